@@ -1,0 +1,20 @@
+# Warnings are errors for every target of ours; set once here, used through spindrift_options.
+add_library(spindrift_options INTERFACE)
+target_compile_options(spindrift_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
+    -Woverloaded-virtual -Werror)
+target_compile_definitions(spindrift_options INTERFACE _FILE_OFFSET_BITS=64 _GNU_SOURCE)
+
+option(SPINDRIFT_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+if(SPINDRIFT_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
+        -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+
+# Qt's own switches, for targets that use Qt.
+add_library(spindrift_qt_options INTERFACE)
+target_link_libraries(spindrift_qt_options INTERFACE spindrift_options)
+target_compile_definitions(spindrift_qt_options INTERFACE
+    QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_USE_QSTRINGBUILDER
+    QT_DISABLE_DEPRECATED_BEFORE=0x060400)

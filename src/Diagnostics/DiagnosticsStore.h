@@ -1,0 +1,43 @@
+// The history of measured speeds and the drives' nicknames, kept in two small JSON files.
+//
+// Owned by one window, lives on the main thread. Reads both files when it is made and rewrites one
+// in full after each change; what cannot be read is empty, what cannot be written stays in memory.
+#pragma once
+
+#include <QList>
+#include <QMap>
+#include <QObject>
+#include <QString>
+#include <optional>
+
+#include "DriveIdentity.h"
+#include "SpeedTestResult.h"
+
+class DiagnosticsStore final : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QList<SpeedTestResult> results READ results NOTIFY resultsChanged)
+
+public:
+    explicit DiagnosticsStore(QObject* parent = nullptr);
+
+    const QList<SpeedTestResult>& results() const { return m_results; }           // newest first
+    const QMap<QString, QString>& nicknames() const { return m_nicknames; }  // by drive key
+    const QString& resultsPath() const { return m_resultsPath; }
+    const QString& nicknamesPath() const { return m_nicknamesPath; }
+
+    std::optional<QString> nickname(const DriveIdentity& drive) const;
+    // Blanks and tabs at both ends are dropped; an empty name removes the nickname.
+    void setNickname(const QString& name, const DriveIdentity& drive);
+    void record(const SpeedTestResult& result);
+
+signals:
+    void objectWillChange();
+    void resultsChanged();
+    void nicknamesChanged();
+
+private:
+    QList<SpeedTestResult> m_results;
+    QMap<QString, QString> m_nicknames;
+    QString m_resultsPath;
+    QString m_nicknamesPath;
+};

@@ -1,0 +1,45 @@
+// The four preferences and the appearance key, in the user's settings file.
+//
+// Main thread. All instances of a process share one state: a write through any is seen, and
+// signalled, by all at once, and lies in the file when the setter returns. A getter sees what
+// another process has written.
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <optional>
+
+class Preferences final : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(bool ejectWhenDone READ ejectWhenDone WRITE setEjectWhenDone NOTIFY
+                   ejectWhenDoneChanged)
+    Q_PROPERTY(bool thoroughVerify READ thoroughVerify WRITE setThoroughVerify NOTIFY
+                   thoroughVerifyChanged)
+    Q_PROPERTY(bool retroMode READ retroMode WRITE setRetroMode NOTIFY retroModeChanged)
+    Q_PROPERTY(bool hasCompletedOnboarding READ hasCompletedOnboarding WRITE
+                   setHasCompletedOnboarding NOTIFY hasCompletedOnboardingChanged)
+
+public:
+    explicit Preferences(QObject* parent = nullptr);
+    ~Preferences() override;
+
+    bool ejectWhenDone() const;           // default true
+    bool thoroughVerify() const;          // default false
+    bool retroMode() const;               // default false
+    bool hasCompletedOnboarding() const;  // default false
+
+    // The key "AppleInterfaceStyle" as it stands in the file; absent while it is not there. Never
+    // written by this program.
+    std::optional<QString> appleInterfaceStyle() const;
+
+    void setEjectWhenDone(bool value);
+    void setThoroughVerify(bool value);
+    void setRetroMode(bool value);
+    void setHasCompletedOnboarding(bool value);
+
+signals:
+    void ejectWhenDoneChanged();
+    void thoroughVerifyChanged();
+    void retroModeChanged();
+    void hasCompletedOnboardingChanged();
+};

@@ -1,0 +1,3 @@
+#include "ToolRoot.h"
+
+QString ToolRoot::resolve(const QString& fixedPath) { return fixedPath; }

@@ -1,0 +1,22 @@
+// Tells the user through the desktop's notifications how a rip ended.
+//
+// Fire and forget: a call costs its caller nothing, whatever the bus or the daemon does, and a
+// notification that cannot be delivered is dropped without a word. Main thread.
+#pragma once
+
+#include <QString>
+
+namespace NotificationManager {
+
+// The desktop needs no permission; connects to the bus in the background so that the first
+// notification is quick. Call once at the start.
+void requestAuthorization();
+
+// A new notification, never the replacement of another.
+void notify(const QString& title, const QString& body);
+
+// Gives notifications that are on their way at most this long to leave; for programs that end right
+// after the last one.
+void flush(int milliseconds);
+
+}  // namespace NotificationManager

@@ -1,0 +1,69 @@
+// What surrounds a rip: the destination, what was ripped from where, and what happens at its end.
+//
+// The window and the command line both drive rips through this object, so that both react alike:
+// notifications, the automatic eject, the entry in the history of speeds. Main thread. Borrows its
+// models, which must outlive it.
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <functional>
+#include <optional>
+
+#include "DriveIdentity.h"
+#include "OpticalDisc.h"
+
+class DiagnosticsStore;
+class ISORipper;
+class OpticalDriveMonitor;
+
+// What the user has chosen, asked at the moment it matters: thoroughVerify when a rip starts,
+// ejectWhenDone when it has been verified.
+struct RipChoices {
+    std::function<bool()> thoroughVerify;
+    std::function<bool()> ejectWhenDone;
+};
+
+class RipSession final : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(std::optional<QString> destination READ destination WRITE setDestination NOTIFY
+                   destinationChanged)
+
+public:
+    RipSession(OpticalDriveMonitor& monitor, ISORipper& ripper, DiagnosticsStore& diagnostics,
+               RipChoices choices, QObject* parent = nullptr);
+
+    // Absolute path of the next image; cleared once a rip has been verified.
+    const std::optional<QString>& destination() const { return m_destination; }
+    void setDestination(const std::optional<QString>& destination);
+
+    // The name that a save dialog offers for this disc: "<volume name or kind>.iso", "/" as "-".
+    static QString defaultFileName(const OpticalDisc& disc);
+
+    // Starts a rip of the monitor's disc; nothing without a disc or a destination.
+    void startRip();
+    // Cancels whatever runs: the rip, else the verification.
+    void cancel();
+    // Ejects in the background; a failure is told by a notification and ejectFinished.
+    void ejectDisc(const QString& bsdName);
+    // True while an eject runs.
+    bool isEjecting() const { return m_ejecting > 0; }
+
+signals:
+    void destinationChanged();
+    // The rip failed for lack of permission: show how to get it.
+    void permissionNeeded();
+    void ejectFinished(bool ejected);
+
+private:
+    OpticalDriveMonitor& m_monitor;
+    ISORipper& m_ripper;
+    DiagnosticsStore& m_diagnostics;
+    RipChoices m_choices;
+    std::optional<QString> m_destination;
+    std::optional<QString> m_rippedBSDName;
+    std::optional<DriveIdentity> m_rippedDrive;
+    std::optional<DiscKind> m_rippedDiscKind;
+    std::optional<qint64> m_rippedDiscSize;
+    int m_ejecting = 0;
+};
