@@ -20,7 +20,7 @@ class DiagnosticsStore final : public QObject {
 public:
     explicit DiagnosticsStore(QObject* parent = nullptr);
 
-    const QList<SpeedTestResult>& results() const { return m_results; }           // newest first
+    const QList<SpeedTestResult>& results() const { return m_results; }      // newest first
     const QMap<QString, QString>& nicknames() const { return m_nicknames; }  // by drive key
     const QString& resultsPath() const { return m_resultsPath; }
     const QString& nicknamesPath() const { return m_nicknamesPath; }

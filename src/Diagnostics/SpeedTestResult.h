@@ -42,7 +42,7 @@ QByteArray encodeHistory(const QList<SpeedTestResult>& results);
 // Absent when the document or any one element is not in its exact form.
 std::optional<QList<SpeedTestResult>> decodeHistory(const QByteArray& document);
 
-// How many times the single speed of its kind of disc this is: 1,385,000 bytes per second for "DVD",
-// 4,500,000 for "BD", 150,000 for all others. As text: "8.0x".
+// How many times the single speed of its kind of disc this is: 1,385,000 bytes per second for
+// "DVD", 4,500,000 for "BD", 150,000 for all others. As text: "8.0x".
 double speedMultiple(const SpeedTestResult& result);
 QString speedMultipleText(const SpeedTestResult& result);

@@ -6,9 +6,9 @@
 
 namespace DiscEjector {
 
-// Three tries of "diskutil eject", a second apart, then one of "drutil eject"; true when one of them
-// ended with status 0. Blocks for up to two seconds and the tools' run times: never call it on the
-// main thread. The device name comes without "/dev/".
+// Three tries of "diskutil eject", a second apart, then one of "drutil eject"; true when one of
+// them ended with status 0. Blocks for up to two seconds and the tools' run times: never call it on
+// the main thread. The device name comes without "/dev/".
 bool eject(const QString& bsdName);
 
 // The same with another way to wait, for tests.

@@ -13,8 +13,8 @@ QString rawValue(DiscKind kind);
 // The kind with exactly this raw value (case-sensitive); absent for any other text.
 std::optional<DiscKind> discKindFromRawValue(const QString& rawValue);
 
-// The kind of a disc whose type the drive tool printed as this text; anything that mentions "BD" is a
-// BD, else "DVD", else "CD", in any letter case.
+// The kind of a disc whose type the drive tool printed as this text; anything that mentions "BD" is
+// a BD, else "DVD", else "CD", in any letter case.
 DiscKind discKindFromRawType(const QString& rawType);
 
 struct OpticalDisc {

@@ -17,8 +17,8 @@ class OpticalDriveMonitor final : public QObject {
     Q_OBJECT
     Q_PROPERTY(std::optional<OpticalDisc> disc READ disc NOTIFY discChanged)
     Q_PROPERTY(bool driveDetected READ driveDetected NOTIFY driveDetectedChanged)
-    Q_PROPERTY(std::optional<DriveIdentity> driveIdentity READ driveIdentity NOTIFY
-                   driveIdentityChanged)
+    Q_PROPERTY(
+        std::optional<DriveIdentity> driveIdentity READ driveIdentity NOTIFY driveIdentityChanged)
     Q_PROPERTY(std::optional<QString> lastError READ lastError NOTIFY lastErrorChanged)
 
 public:

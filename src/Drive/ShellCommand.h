@@ -1,7 +1,8 @@
 // Runs a small external tool to its end and hands back everything it printed.
 //
 // Stateless; any thread, several at once; blocks its caller. Only for tools whose output is small:
-// the pipes are read after the exit, standard output first, so a tool that fills a pipe would block.
+// the pipes are read after the exit, standard output first, so a tool that fills a pipe would
+// block.
 #pragma once
 
 #include <QString>

@@ -22,8 +22,8 @@ public:
 
     // Called on a background thread with each chunk, in order; never empty.
     using ChunkHandler = std::function<void(const QByteArray& chunk)>;
-    // Called once on a background thread, after every chunk that was left in the pipes. The status is
-    // the exit status, or the number of the signal that ended the child.
+    // Called once on a background thread, after every chunk that was left in the pipes. The status
+    // is the exit status, or the number of the signal that ended the child.
     using ExitHandler = std::function<void(int status)>;
 
     // The executable is an absolute path that is started as it stands (see ToolRoot).
@@ -38,8 +38,8 @@ public:
     void setChunkHandler(Output output, ChunkHandler handler);
     void setExitHandler(ExitHandler handler);
 
-    // Starts the child; absent on success, otherwise the error number's standard text. No handler is
-    // ever called after a failed launch.
+    // Starts the child; absent on success, otherwise the error number's standard text. No handler
+    // is ever called after a failed launch.
     std::optional<QString> launch();
 
     // 0 before a successful launch; stays the same after the exit.
@@ -51,8 +51,8 @@ public:
     // Blocks until the child has ended, and returns its status. Any thread, several times.
     int wait();
 
-    // All that is left in a pipe without a handler, to its end; blocks until every writer has closed
-    // it. Empty for other streams.
+    // All that is left in a pipe without a handler, to its end; blocks until every writer has
+    // closed it. Empty for other streams.
     QByteArray readToEnd(Output output);
 
 private:

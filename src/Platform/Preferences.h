@@ -11,8 +11,8 @@
 
 class Preferences final : public QObject {
     Q_OBJECT
-    Q_PROPERTY(bool ejectWhenDone READ ejectWhenDone WRITE setEjectWhenDone NOTIFY
-                   ejectWhenDoneChanged)
+    Q_PROPERTY(
+        bool ejectWhenDone READ ejectWhenDone WRITE setEjectWhenDone NOTIFY ejectWhenDoneChanged)
     Q_PROPERTY(bool thoroughVerify READ thoroughVerify WRITE setThoroughVerify NOTIFY
                    thoroughVerifyChanged)
     Q_PROPERTY(bool retroMode READ retroMode WRITE setRetroMode NOTIFY retroModeChanged)

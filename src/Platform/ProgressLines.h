@@ -1,8 +1,8 @@
 // Reads the imaging tool's progress lines out of a stream of chunks.
 //
-// A plain value owned by one reader; not shared between threads. A chunk that is not UTF-8 by itself
-// is dropped whole; a line counts when its end has come, and every newline character that Unicode
-// knows ends one.
+// A plain value owned by one reader; not shared between threads. A chunk that is not UTF-8 by
+// itself is dropped whole; a line counts when its end has come, and every newline character that
+// Unicode knows ends one.
 #pragma once
 
 #include <QByteArray>

@@ -8,9 +8,10 @@
 
 namespace ToolRoot {
 
-// The file to start for the tool with this fixed path: under $SPINDRIFT_TOOL_ROOT if that is set and
-// holds it; else under the tool root beside this program (<program's folder>/../libexec/spindrift)
-// if that holds it; else the path itself. SPINDRIFT_TOOL_ROOT=/ always gives the path itself.
+// The file to start for the tool with this fixed path: under $SPINDRIFT_TOOL_ROOT if that is set
+// and holds it; else under the tool root beside this program (<program's
+// folder>/../libexec/spindrift) if that holds it; else the path itself. SPINDRIFT_TOOL_ROOT=/
+// always gives the path itself.
 QString resolve(const QString& fixedPath);
 
 }  // namespace ToolRoot

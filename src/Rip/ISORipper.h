@@ -24,11 +24,13 @@ class ISORipper final : public QObject {
     Q_PROPERTY(bool isRunning READ isRunning NOTIFY isRunningChanged)
     Q_PROPERTY(qint64 bytesWritten READ bytesWritten NOTIFY bytesWrittenChanged)
     Q_PROPERTY(double progress READ progress NOTIFY progressChanged)
-    Q_PROPERTY(double speedBytesPerSecond READ speedBytesPerSecond NOTIFY speedBytesPerSecondChanged)
+    Q_PROPERTY(
+        double speedBytesPerSecond READ speedBytesPerSecond NOTIFY speedBytesPerSecondChanged)
     Q_PROPERTY(bool finished READ finished NOTIFY finishedChanged)
     Q_PROPERTY(std::optional<RipError> error READ error NOTIFY errorChanged)
     Q_PROPERTY(bool isVerifying READ isVerifying NOTIFY isVerifyingChanged)
-    Q_PROPERTY(std::optional<VerifyStatus> verifyStatus READ verifyStatus NOTIFY verifyStatusChanged)
+    Q_PROPERTY(
+        std::optional<VerifyStatus> verifyStatus READ verifyStatus NOTIFY verifyStatusChanged)
     Q_PROPERTY(std::optional<double> lastRipAverageBytesPerSecond READ lastRipAverageBytesPerSecond
                    NOTIFY lastRipAverageBytesPerSecondChanged)
 

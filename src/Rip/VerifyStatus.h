@@ -1,4 +1,5 @@
-// The verdict of the verification that follows a rip, as a plain value. No verdict is an absent one.
+// The verdict of the verification that follows a rip, as a plain value. No verdict is an absent
+// one.
 #pragma once
 
 #include <QString>
