@@ -1,0 +1,24 @@
+// The program's text styles, as sizes relative to the desktop's own font.
+//
+// Stateless; main thread. A font is worked out from the application's font at the time of the call,
+// so a larger desktop font makes every style larger in proportion.
+#pragma once
+
+#include <QFont>
+#include <optional>
+
+namespace TextStyle {
+
+enum class Style { Body, Title, Title2, Headline, Callout, Subheadline, Caption, Caption2 };
+
+// The style's font in its usual weight (headline: bold, all others: regular), or in the given one.
+QFont font(Style style, std::optional<QFont::Weight> weight = std::nullopt);
+
+// Points of a text style or a symbol (body text: 13) as a length in device-independent pixels.
+double length(double points);
+
+// A font family in the given points (body text: 13). Of several families the first that is
+// installed is used.
+QFont family(const QStringList& families, double points, QFont::Weight weight = QFont::Normal);
+
+}  // namespace TextStyle
