@@ -1,0 +1,295 @@
+"""Imaging, digests and polls against what a user would otherwise run."""
+
+import os
+import subprocess
+from dataclasses import dataclass
+
+import measure
+from measure import Figure, in_turn, ratios, run
+
+MIB = 1 << 20
+GIB = 1 << 30
+
+
+@dataclass
+class Setting:
+    build: str
+    folder: str
+    full: bool
+    machine: dict
+
+    @property
+    def rounds(self):
+        return 7 if self.full else 5
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def tool(self, fixed):
+        return os.path.join(self.build, "libexec/spindrift") + fixed
+
+    def program(self, name):
+        return os.path.join(self.build, "bin", name)
+
+    def hdiutil(self, device, output):
+        return [self.tool("/usr/bin/hdiutil"), "create", "-srcdevice", device, "-format", "UDTO", "-o", output]
+
+    def image(self, name, size):
+        """A file of bytes that do not repeat, made once."""
+        path = self.path(name)
+        if not os.path.exists(path):
+            seed = subprocess.Popen(
+                ["openssl", "enc", "-aes-128-ctr", "-nosalt", "-K", "0" * 32, "-iv", "0" * 32, "-in", "/dev/zero"],
+                stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+            with open(path, "wb") as file:
+                subprocess.run(["head", "-c", str(size)], stdin=seed.stdout, stdout=file, check=True)
+            seed.kill()
+            seed.stdout.close()
+            seed.wait()
+        return path
+
+    def practice_drive(self, name, image):
+        folder = self.path(name)
+        os.makedirs(folder, exist_ok=True)
+        link = os.path.join(folder, "disc.iso")
+        if not os.path.lexists(link):
+            os.symlink(image, link)
+        return {"SPINDRIFT_PRACTICE_DRIVE": folder}
+
+
+def remove(path):
+    if os.path.exists(path):
+        os.unlink(path)
+
+
+def image(setting):
+    """Bar 1: a cold image to disk with a final sync, against dd."""
+    source = setting.image("source.img", GIB if setting.full else 512 * MIB)
+    with measure.loop_device(source) as device:
+        def ours():
+            output = setting.path("ours.cdr")
+            remove(output)
+            measure.drop_caches()
+            return run(setting.hdiutil(device, output))
+
+        def dd():
+            output = setting.path("dd.iso")
+            remove(output)
+            measure.drop_caches()
+            return run(["dd", f"if={device}", f"of={output}", "bs=1M", "conv=fsync", "status=none"])
+
+        results = in_turn(setting.rounds, ours=ours, dd=dd)
+    subprocess.run(["cmp", source, setting.path("ours.cdr")], check=True)
+    yield Figure(1, "image, cold, synced: wall / dd bs=1M conv=fsync", ratios(results, "ours", "dd", lambda c: c.wall), 0.90)
+    yield Figure(1, "image, cold, synced: CPU / dd bs=1M conv=fsync", ratios(results, "ours", "dd", lambda c: c.cpu), 0.60)
+
+
+def paced(setting):
+    """Bar 2: a drive of a fixed pace, with and without read-ahead of its own."""
+    program = setting.program("paced-drive")
+    for rate in ([10, 70] if setting.full else [70]):
+        size = (16 if rate == 10 else 256) * MIB if not setting.full else (64 if rate == 10 else 512) * MIB
+        source = setting.image(f"paced-{size}.img", size)
+        ideal = size / (rate * 1e6)
+        for ahead in (2_000_000, 0):
+            options = ["--rate", str(rate * 1_000_000), "--read-ahead", str(ahead)]
+            with measure.paced_drive(program, source, setting.path("mnt"), options) as device:
+                def ours():
+                    output = setting.path("paced.cdr")
+                    remove(output)
+                    return run(setting.hdiutil(device, output))
+
+                def dd():
+                    return run(["dd", f"if={device}", "of=/dev/null", "bs=1M", "iflag=direct", "status=none"])
+
+                if ahead:
+                    results = in_turn(setting.rounds, ours=ours)
+                    yield Figure(2, f"{rate} MB/s with read-ahead: elapsed / ideal",
+                                 [cost.wall / ideal for cost in results["ours"]], 1.01)
+                else:
+                    results = in_turn(setting.rounds, ours=ours, dd=dd)
+                    yield Figure(2, f"{rate} MB/s without read-ahead: wall / dd iflag=direct",
+                                 ratios(results, "ours", "dd", lambda c: c.wall), 1.03)
+
+
+def memory(setting):
+    """Bar 3: peak memory and what is left in the page cache."""
+    sizes = {"128 MiB": 128 * MIB, "8 GiB": 8 * GIB} if setting.full else {"128 MiB": 128 * MIB, "1 GiB": GIB}
+    for name, size in sizes.items():
+        source = setting.path("sparse.img")
+        with open(source, "wb") as file:
+            file.truncate(size)
+        with measure.loop_device(source) as device:
+            output = setting.path("memory.cdr")
+            costs, cached = [], []
+            for _ in range(1 if size > 2 * GIB else 3):
+                remove(output)
+                measure.drop_caches()
+                costs.append(run(setting.hdiutil(device, output)))
+                cached.append((measure.cached_bytes(output) + measure.cached_bytes(source)) / MIB)
+            remove(output)
+        os.unlink(source)
+        yield Figure(3, f"{name}: peak memory, MiB", [cost.peak_memory / MIB for cost in costs], 16, "MiB")
+        yield Figure(3, f"{name}: page cache left behind, MiB", cached, 16, "MiB")
+
+
+def faults(setting):
+    """Bar 4: one bad sector, 0.2 s for each failing command, against ddrescue."""
+    program = setting.program("paced-drive")
+    source = setting.image("faults.img", 64 * MIB)
+    log = setting.path("commands.log")
+    options = ["--bad", "16001", "--failure-seconds", "0.2", "--log", log]
+
+    def failing(action):
+        before = log_failures()
+        cost = action()
+        return cost, log_failures() - before
+
+    def log_failures():
+        with open(log) as file:
+            return sum(1 for line in file if line.endswith("failed\n"))
+
+    with measure.paced_drive(program, source, setting.path("mnt"), options) as device:
+        def ours():
+            output = setting.path("faults.cdr")
+            remove(output)
+            cost, count = failing(lambda: run(setting.hdiutil(device, output), expect=None))
+            if cost.status == 0 or b"16001" not in cost.output:
+                raise SystemExit("bench: the bad sector was not reported")
+            return cost, count
+
+        def ddrescue():
+            output, map_file = setting.path("rescue.iso"), setting.path("rescue.map")
+            remove(output)
+            remove(map_file)
+            return failing(lambda: run(["ddrescue", "-q", "-d", "-b", "2048", device, output, map_file], expect=None))
+
+        results = in_turn(setting.rounds, ours=ours, ddrescue=ddrescue)
+    yield Figure(4, "one bad sector: wall / ddrescue -d -b 2048", ratios(results, "ours", "ddrescue", lambda r: r[0].wall), 1.0)
+    yield Figure(4, "one bad sector: failing commands", [count for _, count in results["ours"]], 4,
+                 note=f"ddrescue: {results['ddrescue'][0][1]} failing commands")
+
+
+def digest(setting):
+    """Bar 5: SHA-256 of a file, against the system's shasum and openssl."""
+    source = setting.image("source.img", GIB if setting.full else 512 * MIB)
+    ours_command = [setting.tool("/usr/bin/shasum"), "-a", "256", source]
+
+    def warm(arguments):
+        def action():
+            with open(source, "rb") as file:
+                while file.read(8 * MIB):
+                    pass
+            return run(arguments)
+        return action
+
+    candidates = {"ours": warm(ours_command), "openssl": warm(["openssl", "dgst", "-sha256", source])}
+    system = "/usr/bin/shasum"
+    if os.path.exists(system):
+        candidates["shasum"] = warm([system, "-a", "256", source])
+    results = in_turn(setting.rounds, **candidates)
+    if "shasum" in results and not setting.machine["sha_instructions"]:
+        yield Figure(5, "digest: wall / the system's shasum", ratios(results, "ours", "shasum", lambda c: c.wall), 0.60)
+    yield Figure(5, "digest: wall / openssl dgst -sha256", ratios(results, "ours", "openssl", lambda c: c.wall), 1.05)
+
+    if setting.full:
+        big = setting.image("big.img", 4 * GIB)
+    else:
+        big = source
+
+    def cold(arguments, environment=None):
+        def action():
+            measure.drop_caches()
+            return run(arguments, environment)
+        return action
+
+    results = in_turn(
+        3,
+        ours=cold([setting.tool("/usr/bin/shasum"), "-a", "256", big]),
+        disk=cold(["dd", f"if={big}", "of=/dev/null", "bs=1M", "iflag=direct", "status=none"]),
+        hashing=warm(["openssl", "dgst", "-sha256", big]) if big == source else lambda: run(["openssl", "dgst", "-sha256", big]))
+    values = [a.wall / max(b.wall, c.wall) for a, b, c in zip(results["ours"], results["disk"], results["hashing"])]
+    yield Figure(5, "digest, cold: wall / the larger of disk and digest", values, 1.05)
+
+
+def thorough(setting):
+    """Bar 6: a whole thorough rip, against dd twice and sha256sum twice."""
+    source = setting.image("source.img", GIB if setting.full else 512 * MIB)
+    environment = {**setting.practice_drive("thorough", source), "TMPDIR": setting.folder,
+                   "XDG_DATA_HOME": setting.path("data"), "XDG_CONFIG_HOME": setting.path("config"),
+                   "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
+
+    def ours():
+        output = setting.path("thorough.iso")
+        remove(output)
+        measure.drop_caches()
+        return run([setting.program("spindrift-cli"), "rip", "--thorough", "--output", output], environment)
+
+    def by_hand():
+        first, second = setting.path("first.iso"), setting.path("second.iso")
+        remove(first)
+        remove(second)
+        measure.drop_caches()
+        script = (f"dd if='{source}' of='{first}' bs=1M conv=fsync status=none && "
+                  f"dd if='{source}' of='{second}' bs=1M conv=fsync status=none && "
+                  f"sha256sum '{first}' && sha256sum '{second}'")
+        cost = run(["sh", "-c", script])
+        remove(second)
+        return cost
+
+    results = in_turn(setting.rounds, ours=ours, by_hand=by_hand)
+    limit = 0.35 if setting.machine["sha_instructions"] else 0.60
+    yield Figure(6, "thorough rip: wall / dd twice and sha256sum twice", ratios(results, "ours", "by_hand", lambda c: c.wall), limit)
+
+
+def poll(setting):
+    """Bar 7: what a poll costs."""
+    source = setting.image("poll.img", 16 * MIB)
+    environment = setting.practice_drive("poll", source)
+    device = "/dev/practice0"
+    diskutil = setting.tool("/usr/sbin/diskutil")
+    tools = [[setting.tool("/usr/bin/drutil"), "status"], [diskutil, "info", "-plist", device],
+             [diskutil, "list", "-plist", device], [diskutil, "list", device], [diskutil, "info", "-plist", device]]
+    trivial = [[setting.program("trivial-program")]] * 5
+
+    def cost(commands, megabytes):
+        joined = []
+        for command in commands:
+            joined += (["+"] if joined else []) + command
+        text = subprocess.check_output(
+            [setting.program("spawn-cost"), "--megabytes", str(megabytes), "--rounds", "40", *joined],
+            env={**os.environ, **environment}, text=True)
+        return tuple(float(word) for word in text.split())
+
+    results = in_turn(setting.rounds, ours=lambda: cost(tools, 50), trivial=lambda: cost(trivial, 50),
+                      large=lambda: cost(tools, 500))
+    yield Figure(7, "a poll's CPU / five trivial C++ programs'", ratios(results, "ours", "trivial", lambda c: c[0]), 1.5)
+    yield Figure(7, "a poll's wall from 500 MB / from 50 MB", ratios(results, "large", "ours", lambda c: c[1]), 1.3)
+
+
+def growth(setting):
+    """Bar 8: cost per GB of a large image against a small one."""
+    large = 16 * GIB if setting.full else 4 * GIB
+    costs = {}
+    for name, size in (("small", GIB), ("large", large)):
+        source = setting.path(f"{name}.img")
+        with open(source, "wb") as file:
+            file.truncate(size)
+        environment = setting.practice_drive(name, source)
+        output = setting.path(f"{name}.cdr")
+
+        def one(output=output, environment=environment, size=size):
+            remove(output)
+            cost = run(setting.hdiutil("/dev/practice0", output), environment)
+            remove(output)
+            return cost.wall / size, cost.cpu / size
+
+        costs[name] = one
+    results = in_turn(5 if setting.full else 3, **costs)
+    size = f"{large // GIB} GiB"
+    yield Figure(8, f"wall per byte: {size} / 1 GiB", ratios(results, "large", "small", lambda c: c[0]), 1.10)
+    yield Figure(8, f"CPU per byte: {size} / 1 GiB", ratios(results, "large", "small", lambda c: c[1]), 1.10)
+
+
+ALL = {"image": image, "paced": paced, "memory": memory, "faults": faults, "digest": digest,
+       "thorough": thorough, "poll": poll, "growth": growth}

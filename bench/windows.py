@@ -1,0 +1,3 @@
+"""Comparisons of the windows."""
+
+ALL = {}

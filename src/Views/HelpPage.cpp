@@ -1,0 +1,42 @@
+#include "HelpPage.h"
+
+#include <QDialogButtonBox>
+#include <QFile>
+#include <QTextBrowser>
+#include <QVBoxLayout>
+
+// The page lies in a static library: without this the linker would drop it.
+static void initialiseResources() { Q_INIT_RESOURCE(help); }
+
+HelpPage::HelpPage(const QString& title, const QString& page, QWidget* parent) : QDialog(parent) {
+    initialiseResources();
+    setAttribute(Qt::WA_DeleteOnClose);
+    setObjectName(QStringLiteral("helpPage"));
+    setWindowTitle(title);
+    setWindowModality(Qt::NonModal);
+
+    auto* text = new QTextBrowser(this);
+    text->setObjectName(QStringLiteral("helpText"));
+    text->setAccessibleName(title);
+    text->setOpenExternalLinks(true);
+    text->document()->setDocumentMargin(16);
+    QFile file(page);
+    if (file.open(QIODevice::ReadOnly)) {
+        text->setMarkdown(QString::fromUtf8(file.readAll()));
+    }
+
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(text);
+    layout->addWidget(buttons);
+    resize(620, 560);
+}
+
+HelpPage* HelpPage::openDiscAccess(QWidget* parent) {
+    auto* page = new HelpPage(tr("Reading optical discs on Linux"),
+                              QStringLiteral(":/help/disc-access.md"), parent);
+    page->show();
+    return page;
+}
