@@ -2,7 +2,8 @@
 //
 // A plain value owned by one reader; not shared between threads. A chunk that is not UTF-8 by
 // itself is dropped whole; a line counts when its end has come, and every newline character that
-// Unicode knows ends one.
+// Unicode knows ends one. The number behind "PERCENT:" is decimal with a point, whatever the
+// locale; a line without one is passed over. Memory stays bounded whatever the tool prints.
 #pragma once
 
 #include <QByteArray>
@@ -15,5 +16,7 @@ public:
     QList<double> append(const QByteArray& chunk);
 
 private:
-    QString m_buffer;
+    void shortenBuffer();
+
+    QString m_buffer;  // the line that has not ended yet
 };

@@ -1,7 +1,7 @@
 // How a model object writes a published property.
 #pragma once
 
-#include <QtGlobal>
+#include <QObject>
 #include <utility>
 
 // Emits owner->objectWillChange() before every write, also when the value stays equal, and the
