@@ -2,8 +2,10 @@
 //
 // Owned by whoever starts it (shared, because its callbacks may outlive the owner). Set it up,
 // launch() once, then use it from any thread. Standard input is inherited. Dropping the last
-// reference neither ends nor waits for the child; it is reaped all the same. All descriptors of the
-// parent's side are close-on-exec.
+// reference neither ends nor waits for the child; it is reaped all the same, and its handlers are
+// still called. All descriptors of the parent's side are close-on-exec. The child starts with no
+// signal blocked and every signal at its default, but for SIGHUP, SIGINT and SIGQUIT that this
+// program was started to ignore (nohup).
 #pragma once
 
 #include <sys/types.h>
@@ -22,8 +24,9 @@ public:
 
     // Called on a background thread with each chunk, in order; never empty.
     using ChunkHandler = std::function<void(const QByteArray& chunk)>;
-    // Called once on a background thread, after every chunk that was left in the pipes. The status
-    // is the exit status, or the number of the signal that ended the child.
+    // Called once on a background thread, after every chunk that was left in the pipes; what a
+    // grandchild writes later is lost. The status is the exit status, or the number of the signal
+    // that ended the child.
     using ExitHandler = std::function<void(int status)>;
 
     // The executable is an absolute path that is started as it stands (see ToolRoot).
@@ -33,7 +36,8 @@ public:
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     // Before launch() only. Both streams are inherited unless set. A pipe with a handler is read in
-    // the background; one without is read with readToEnd() after wait().
+    // the background; one without is read with readToEnd() after wait(). The handlers, and what
+    // they hold, are dropped once the exit has been delivered. A handler must not call wait().
     void setStream(Output output, Stream stream);
     void setChunkHandler(Output output, ChunkHandler handler);
     void setExitHandler(ExitHandler handler);
@@ -48,11 +52,12 @@ public:
     // Sends SIGTERM, unless the child is known to have ended.
     void terminate();
 
-    // Blocks until the child has ended, and returns its status. Any thread, several times.
+    // Blocks until the child has ended, and returns its status; -1 without a successful launch. Any
+    // thread, several times.
     int wait();
 
     // All that is left in a pipe without a handler, to its end; blocks until every writer has
-    // closed it. Empty for other streams.
+    // closed it. Empty for other streams, and the second time.
     QByteArray readToEnd(Output output);
 
 private:

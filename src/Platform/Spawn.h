@@ -1,0 +1,25 @@
+// The one call of posix_spawn, with everything that surrounds it. Any thread; used by ChildProcess.
+#pragma once
+
+#include <sys/types.h>
+
+#include <QString>
+#include <QStringList>
+#include <array>
+
+#include "ChildProcess.h"
+#include "Descriptor.h"
+
+namespace Spawn {
+
+struct Result {
+    int error = 0;  // an error number; 0 when the child runs
+    pid_t pid = 0;
+    // The parent's ends of the pipes of standard output and error; not open for other streams.
+    std::array<Descriptor, 2> readEnds;
+};
+
+Result start(const QString& executable, const QStringList& arguments,
+             const std::array<ChildProcess::Stream, 2>& streams);
+
+}  // namespace Spawn
