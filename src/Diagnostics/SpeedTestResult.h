@@ -37,8 +37,9 @@ struct SpeedTestResult {
 QString rawValue(SpeedTestResult::Source source);
 std::optional<SpeedTestResult::Source> sourceFromRawValue(const QString& rawValue);
 
-// The history file: a JSON array, newest first, pretty-printed.
-QByteArray encodeHistory(const QList<SpeedTestResult>& results);
+// The history file: a JSON array, newest first, pretty-printed. Absent when a value has no JSON
+// form that could be read again: a speed that is not finite, a date outside the years 1 to 9999.
+std::optional<QByteArray> encodeHistory(const QList<SpeedTestResult>& results);
 // Absent when the document or any one element is not in its exact form.
 std::optional<QList<SpeedTestResult>> decodeHistory(const QByteArray& document);
 

@@ -1,13 +1,13 @@
 // Measures how fast the drive reads: images the whole disc into a throw-away file.
 //
 // Owned by the diagnostics window, lives on the main thread. A discarded tester leaves its tool
-// running and drops what comes back.
+// running and drops what comes back, except that the throw-away file still goes.
 #pragma once
 
-#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 #include <QTimer>
+#include <chrono>
 #include <memory>
 #include <optional>
 
@@ -16,6 +16,7 @@
 #include "SpeedTestResult.h"
 
 class ChildProcess;
+class MainThreadLink;
 
 class SpeedTester final : public QObject {
     Q_OBJECT
@@ -41,6 +42,12 @@ public:
     // Ends the test without a result or an error.
     void cancel();
 
+    // What the timer does every second of a test; public so that tests need not wait for it.
+    void sample();
+
+    // Bytes per second of a whole test; absent when no time has passed.
+    static std::optional<double> averageSpeed(qint64 bytes, double seconds);
+
 signals:
     void objectWillChange();
     void isRunningChanged();
@@ -50,9 +57,27 @@ signals:
     void errorChanged();
 
 private:
+    // What the result says of the disc and the drive, as it was at the start.
+    struct Subject {
+        DriveIdentity drive;
+        DiscKind discKind;
+        std::optional<qint64> discSizeBytes;
+    };
+
+    void reset();
+    void toolEnded(const Subject& subject, int status);
+    void publishOutcome(const Subject& subject, int status);
+
     bool m_isRunning = false;
     double m_progress = 0;
     qint64 m_bytesRead = 0;
     std::optional<SpeedTestResult> m_result;
     std::optional<QString> m_error;
+
+    std::shared_ptr<ChildProcess> m_process;
+    std::unique_ptr<QTimer> m_progressTimer;
+    std::optional<QString> m_tempPath;
+    std::optional<std::chrono::steady_clock::time_point> m_startTime;
+    bool m_cancelled = false;
+    std::shared_ptr<MainThreadLink> m_link;  // to the current test's tool
 };

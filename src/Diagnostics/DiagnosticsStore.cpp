@@ -1,0 +1,117 @@
+#include "DiagnosticsStore.h"
+
+#include <QDir>
+#include <QFile>
+#include <nlohmann/json.hpp>
+
+#include "Published.h"
+#include "UserFolders.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+QString applicationFolder() {
+    const QString parent = UserFolders::data().value_or(UserFolders::temporary());
+    const QString folder = QDir::cleanPath(parent) + QStringLiteral("/Spindrift");
+    QDir().mkpath(folder);
+    return folder;
+}
+
+std::optional<QByteArray> readWhole(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return std::nullopt;
+    }
+    QByteArray content = file.readAll();
+    if (file.error() != QFileDevice::NoError) {
+        return std::nullopt;
+    }
+    return content;
+}
+
+// In place, so that a link or a file with its own permissions stays what it is.
+void writeOver(const QString& path, const QByteArray& content) {
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
+        file.write(content);
+    }
+}
+
+QString trimmed(const QString& name) {
+    const auto isBlank = [](QChar character) {
+        return character == u'\t' || character.category() == QChar::Separator_Space;
+    };
+    QStringView rest(name);
+    while (!rest.isEmpty() && isBlank(rest.front())) {
+        rest = rest.mid(1);
+    }
+    while (!rest.isEmpty() && isBlank(rest.back())) {
+        rest.chop(1);
+    }
+    return rest.toString();
+}
+
+QByteArray encodeNicknames(const QMap<QString, QString>& nicknames) {
+    Json json = Json::object();
+    for (auto it = nicknames.cbegin(); it != nicknames.cend(); ++it) {
+        json[it.key().toUtf8().toStdString()] = it.value().toUtf8().toStdString();
+    }
+    return QByteArray::fromStdString(json.dump(2));
+}
+
+std::optional<QMap<QString, QString>> decodeNicknames(const QByteArray& document) {
+    const Json json = Json::parse(document.cbegin(), document.cend(), nullptr, false);
+    if (!json.is_object()) {
+        return std::nullopt;
+    }
+    QMap<QString, QString> nicknames;
+    for (const auto& entry : json.items()) {
+        if (!entry.value().is_string()) {
+            return std::nullopt;
+        }
+        nicknames.insert(QString::fromStdString(entry.key()),
+                         QString::fromStdString(entry.value().get_ref<const std::string&>()));
+    }
+    return nicknames;
+}
+
+}  // namespace
+
+DiagnosticsStore::DiagnosticsStore(QObject* parent) : QObject(parent) {
+    const QString folder = applicationFolder();
+    m_resultsPath = folder + QStringLiteral("/speedlog.json");
+    m_nicknamesPath = folder + QStringLiteral("/drivenicknames.json");
+    if (const auto document = readWhole(m_resultsPath)) {
+        m_results = decodeHistory(*document).value_or(QList<SpeedTestResult>());
+    }
+    if (const auto document = readWhole(m_nicknamesPath)) {
+        m_nicknames = decodeNicknames(*document).value_or(QMap<QString, QString>());
+    }
+}
+
+std::optional<QString> DiagnosticsStore::nickname(const DriveIdentity& drive) const {
+    const auto entry = m_nicknames.constFind(drive.driveKey());
+    return entry == m_nicknames.cend() ? std::nullopt : std::optional(entry.value());
+}
+
+void DiagnosticsStore::setNickname(const QString& name, const DriveIdentity& drive) {
+    const QString kept = trimmed(name);
+    auto nicknames = m_nicknames;
+    if (kept.isEmpty()) {
+        nicknames.remove(drive.driveKey());
+    } else {
+        nicknames.insert(drive.driveKey(), kept);
+    }
+    publish(this, m_nicknames, std::move(nicknames), &DiagnosticsStore::nicknamesChanged);
+    writeOver(m_nicknamesPath, encodeNicknames(m_nicknames));
+}
+
+void DiagnosticsStore::record(const SpeedTestResult& result) {
+    auto results = m_results;
+    results.prepend(result);
+    publish(this, m_results, std::move(results), &DiagnosticsStore::resultsChanged);
+    if (const auto document = encodeHistory(m_results)) {
+        writeOver(m_resultsPath, *document);
+    }
+}
