@@ -5,19 +5,21 @@
 // running tool goes on, and what comes back is dropped.
 #pragma once
 
-#include <QElapsedTimer>
+#include <QByteArray>
 #include <QObject>
 #include <QString>
 #include <QTimer>
+#include <chrono>
 #include <memory>
-#include <mutex>
 #include <optional>
-#include <vector>
 
 #include "RipError.h"
 #include "VerifyStatus.h"
 
 class ChildProcess;
+class MainThreadLink;
+class StagedCopy;
+class VerifyProcesses;
 
 class ISORipper final : public QObject {
     Q_OBJECT
@@ -35,6 +37,8 @@ class ISORipper final : public QObject {
                    NOTIFY lastRipAverageBytesPerSecondChanged)
 
 public:
+    using Clock = std::chrono::steady_clock;
+
     explicit ISORipper(QObject* parent = nullptr);
     ~ISORipper() override;
 
@@ -59,6 +63,12 @@ public:
     void cancelVerification();
     void reset();
 
+    // What the timer does every second of a rip, at this moment; public so that tests need not
+    // wait for it.
+    void sample(Clock::time_point now = Clock::now());
+    // The speed to show after a sample, in bytes per second.
+    static double smoothedSpeed(double current, double instant);
+
 signals:
     void objectWillChange();
     void isRunningChanged();
@@ -72,6 +82,24 @@ signals:
     void lastRipAverageBytesPerSecondChanged();
 
 private:
+    // What the end of the imaging tool needs to know of the rip it ends.
+    struct Rip {
+        QString bsdName;
+        QString destination;
+        bool thoroughVerify;
+        QByteArray errorOutput;  // collected by the tool's reader until its end
+    };
+
+    void toolEnded(const std::shared_ptr<Rip>& rip, int status);
+    void copyEnded(const std::shared_ptr<Rip>& rip);
+    void publishStopped();
+    void publishToolFailure(const Rip& rip, int status);
+    void publishMoved(const Rip& rip, int moveError);
+    void removeTemporaryImage();
+    void deletePartialOutput();
+    void startVerification(const QString& bsdName, bool thorough);
+    void verificationEnded(const VerifyStatus& verdict);
+
     bool m_isRunning = false;
     qint64 m_bytesWritten = 0;
     double m_progress = 0;
@@ -81,4 +109,18 @@ private:
     bool m_isVerifying = false;
     std::optional<VerifyStatus> m_verifyStatus;
     std::optional<double> m_lastRipAverageBytesPerSecond;
+
+    std::shared_ptr<ChildProcess> m_process;  // stays after its end, until the next reset
+    std::unique_ptr<QTimer> m_progressTimer;
+    std::optional<QString> m_destination;
+    [[maybe_unused]] std::optional<qint64> m_totalBytes;  // kept with the rip
+    bool m_cancelled = false;
+    bool m_verifyCancelled = false;
+    std::optional<QString> m_cdrPath;
+    std::optional<Clock::time_point> m_lastSampleTime;
+    qint64 m_lastSampleBytes = 0;
+    std::optional<Clock::time_point> m_ripStartTime;
+    std::shared_ptr<StagedCopy> m_copy;               // while the image is copied into place
+    std::shared_ptr<VerifyProcesses> m_verification;  // what the verification has started
+    std::shared_ptr<MainThreadLink> m_link;  // to what the current rip has started, a new one each
 };

@@ -1,7 +1,8 @@
 // Tells the user through the desktop's notifications how a rip ended.
 //
 // Fire and forget: a call costs its caller nothing, whatever the bus or the daemon does, and a
-// notification that cannot be delivered is dropped without a word. Main thread.
+// notification that cannot be delivered is dropped without a word. Any thread; the end of the
+// program waits for nothing.
 #pragma once
 
 #include <QString>
@@ -12,7 +13,7 @@ namespace NotificationManager {
 // notification is quick. Call once at the start.
 void requestAuthorization();
 
-// A new notification, never the replacement of another.
+// A new notification, never the replacement of another. Plain texts.
 void notify(const QString& title, const QString& body);
 
 // Gives notifications that are on their way at most this long to leave; for programs that end right

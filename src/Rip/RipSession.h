@@ -8,6 +8,7 @@
 #include <QObject>
 #include <QString>
 #include <functional>
+#include <memory>
 #include <optional>
 
 #include "DriveIdentity.h"
@@ -15,6 +16,7 @@
 
 class DiagnosticsStore;
 class ISORipper;
+class MainThreadLink;
 class OpticalDriveMonitor;
 
 // What the user has chosen, asked at the moment it matters: thoroughVerify when a rip starts,
@@ -32,6 +34,7 @@ class RipSession final : public QObject {
 public:
     RipSession(OpticalDriveMonitor& monitor, ISORipper& ripper, DiagnosticsStore& diagnostics,
                RipChoices choices, QObject* parent = nullptr);
+    ~RipSession() override;
 
     // Absolute path of the next image; cleared once a rip has been verified.
     const std::optional<QString>& destination() const { return m_destination; }
@@ -56,6 +59,11 @@ signals:
     void ejectFinished(bool ejected);
 
 private:
+    void verifyStatusChanged();
+    void verified();
+    void errorChanged();
+    void averageSpeedChanged();
+
     OpticalDriveMonitor& m_monitor;
     ISORipper& m_ripper;
     DiagnosticsStore& m_diagnostics;
@@ -66,4 +74,6 @@ private:
     std::optional<DiscKind> m_rippedDiscKind;
     std::optional<qint64> m_rippedDiscSize;
     int m_ejecting = 0;
+    bool m_hadError;
+    std::shared_ptr<MainThreadLink> m_link;  // to the ejects on their way
 };

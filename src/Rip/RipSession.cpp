@@ -1,0 +1,142 @@
+#include "RipSession.h"
+
+#include <QFileInfo>
+#include <utility>
+
+#include "BackgroundThread.h"
+#include "DiagnosticsStore.h"
+#include "DiscEjector.h"
+#include "ISORipper.h"
+#include "MainThreadLink.h"
+#include "NotificationManager.h"
+#include "OpticalDriveMonitor.h"
+
+RipSession::RipSession(OpticalDriveMonitor& monitor, ISORipper& ripper,
+                       DiagnosticsStore& diagnostics, RipChoices choices, QObject* parent)
+    : QObject(parent),
+      m_monitor(monitor),
+      m_ripper(ripper),
+      m_diagnostics(diagnostics),
+      m_choices(std::move(choices)),
+      m_hadError(ripper.error().has_value()),
+      m_link(MainThreadLink::to(this)) {
+    connect(&ripper, &ISORipper::verifyStatusChanged, this, &RipSession::verifyStatusChanged);
+    connect(&ripper, &ISORipper::errorChanged, this, &RipSession::errorChanged);
+    connect(&ripper, &ISORipper::lastRipAverageBytesPerSecondChanged, this,
+            &RipSession::averageSpeedChanged);
+}
+
+RipSession::~RipSession() {
+    m_link->cut();
+}
+
+void RipSession::setDestination(const std::optional<QString>& destination) {
+    if (m_destination != destination) {
+        m_destination = destination;
+        Q_EMIT destinationChanged();
+    }
+}
+
+QString RipSession::defaultFileName(const OpticalDisc& disc) {
+    QString name = disc.volumeName.value_or(QString());
+    if (name.isEmpty()) {
+        name = rawValue(disc.kind);
+    }
+    return name.replace(QLatin1Char('/'), QLatin1Char('-')) + QStringLiteral(".iso");
+}
+
+void RipSession::startRip() {
+    const auto disc = m_monitor.disc();
+    const auto destination = m_destination;
+    if (!disc || !destination) {
+        return;
+    }
+    m_rippedBSDName = disc->bsdName;
+    m_rippedDrive = m_monitor.driveIdentity();
+    m_rippedDiscKind = disc->kind;
+    m_rippedDiscSize = disc->totalBytes;
+    m_ripper.start(disc->imageSourceBSDName, *destination, disc->totalBytes,
+                   m_choices.thoroughVerify && m_choices.thoroughVerify());
+}
+
+void RipSession::cancel() {
+    if (m_ripper.isRunning()) {
+        m_ripper.cancel();
+    } else {
+        m_ripper.cancelVerification();
+    }
+}
+
+void RipSession::ejectDisc(const QString& bsdName) {
+    ++m_ejecting;
+    const auto report = [this, link = m_link](bool ejected) {
+        if (!ejected) {
+            NotificationManager::notify(
+                QStringLiteral("Couldn't Eject Disc"),
+                QStringLiteral("The rip finished, but the disc couldn't be ejected automatically. "
+                               "You can eject it manually."));
+        }
+        link->post([this, ejected] {
+            --m_ejecting;
+            Q_EMIT ejectFinished(ejected);
+        });
+    };
+    if (BackgroundThread::start(BackgroundThread::Priority::Low,
+                                [report, bsdName] { report(DiscEjector::eject(bsdName)); }) != 0) {
+        report(false);
+    }
+}
+
+void RipSession::verifyStatusChanged() {
+    const auto status = m_ripper.verifyStatus();
+    if (!status) {
+        return;
+    }
+    switch (status->kind()) {
+        case VerifyStatus::Kind::matched:
+            verified();
+            break;
+        case VerifyStatus::Kind::mismatched:
+            NotificationManager::notify(
+                QStringLiteral("Verification Failed"),
+                QStringLiteral("The ISO does not match the disc. The disc was not ejected \u2014 "
+                               "you may want to retry."));
+            break;
+        case VerifyStatus::Kind::failed:
+            NotificationManager::notify(QStringLiteral("Verification Error"), status->text());
+            break;
+    }
+}
+
+void RipSession::verified() {
+    NotificationManager::notify(QStringLiteral("Rip Verified"),
+                                m_destination ? QStringLiteral("Saved and verified: ") +
+                                                    QFileInfo(*m_destination).fileName()
+                                              : QStringLiteral("ISO verified."));
+    if (m_rippedBSDName && m_choices.ejectWhenDone && m_choices.ejectWhenDone()) {
+        ejectDisc(*m_rippedBSDName);
+    }
+    setDestination(std::nullopt);
+}
+
+void RipSession::errorChanged() {
+    const auto error = m_ripper.error();
+    const bool hadError = std::exchange(m_hadError, error.has_value());
+    if (!error || hadError) {
+        return;
+    }
+    NotificationManager::notify(QStringLiteral("Rip Failed"), error->errorDescription());
+    if (error->kind() == RipError::Kind::permissionDenied) {
+        Q_EMIT permissionNeeded();
+    }
+}
+
+void RipSession::averageSpeedChanged() {
+    const auto speed = m_ripper.lastRipAverageBytesPerSecond();
+    if (!speed || !m_rippedDrive || !m_rippedDiscKind) {
+        return;
+    }
+    m_diagnostics.record(SpeedTestResult::now(
+        m_rippedDrive->driveKey(), m_rippedDrive->modelString(), rawValue(*m_rippedDiscKind),
+        m_rippedDiscSize.value_or(m_ripper.bytesWritten()), *speed, SpeedTestResult::Source::rip));
+}

@@ -1,0 +1,157 @@
+#include "StagedCopy.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QFile>
+#include <QFileInfo>
+#include <cerrno>
+#include <cstdio>
+#include <vector>
+
+#include "BackgroundThread.h"
+#include "Descriptor.h"
+#include "UserFolders.h"
+
+namespace {
+
+constexpr size_t blockSize = 1024 * 1024;
+// How much may wait in memory for a slow disk: bounds what the last flush has to do.
+constexpr off_t flushWindow = 16 * 1024 * 1024;
+
+bool writeAll(int descriptor, const char* data, size_t size) {
+    while (size > 0) {
+        const ssize_t written = write(descriptor, data, size);
+        if (written < 0 && errno == EINTR) {
+            continue;
+        }
+        if (written <= 0) {
+            return false;
+        }
+        data += written;
+        size -= static_cast<size_t>(written);
+    }
+    return true;
+}
+
+ssize_t readSome(int descriptor, std::vector<char>& buffer) {
+    ssize_t count = 0;
+    do {
+        count = read(descriptor, buffer.data(), buffer.size());
+    } while (count < 0 && errno == EINTR);
+    return count;
+}
+
+// An image is larger than what is worth keeping in memory.
+void flush(int input, int output, off_t from, off_t to) {
+    sync_file_range(
+        output, from, to - from,
+        SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER);
+    posix_fadvise(output, from, to - from, POSIX_FADV_DONTNEED);
+    posix_fadvise(input, from, to - from, POSIX_FADV_DONTNEED);
+}
+
+}  // namespace
+
+int moveFile(const QString& source, const QString& destination) {
+    const QByteArray from = QFile::encodeName(source);
+    const QByteArray to = QFile::encodeName(destination);
+    struct stat existing = {};
+    if (lstat(to.constData(), &existing) == 0 && S_ISDIR(existing.st_mode)) {
+        return EISDIR;
+    }
+    if (rename(from.constData(), to.constData()) == 0) {
+        return 0;
+    }
+    // Some user-space file systems cannot replace a file in one step.
+    if (errno == EEXIST && unlink(to.constData()) == 0 &&
+        rename(from.constData(), to.constData()) == 0) {
+        return 0;
+    }
+    return errno;
+}
+
+StagedCopy::StagedCopy(const QString& source, const QString& destination)
+    : m_source(source),
+      m_destination(destination),
+      m_staging(QFileInfo(destination).path() + QStringLiteral("/.spindrift-") +
+                UserFolders::freshIdentifier() + QStringLiteral(".part")) {}
+
+StagedCopy::~StagedCopy() {
+    discard();
+}
+
+std::shared_ptr<StagedCopy> StagedCopy::begin(const QString& source, const QString& destination,
+                                              std::function<void()> finished) {
+    const std::shared_ptr<StagedCopy> staged(new StagedCopy(source, destination));
+    const int error =
+        BackgroundThread::start(BackgroundThread::Priority::Normal, [staged, finished] {
+            staged->m_error = staged->copy();
+            finished();
+        });
+    if (error != 0) {
+        staged->m_error = error;
+        finished();
+    }
+    return staged;
+}
+
+void StagedCopy::discard() {
+    m_discarded = true;
+    unlink(QFile::encodeName(m_staging).constData());
+}
+
+int StagedCopy::commit() {
+    if (m_error != 0) {
+        return m_error;
+    }
+    const int error = moveFile(m_staging, m_destination);
+    if (error == 0) {
+        unlink(QFile::encodeName(m_source).constData());
+    }
+    return error;
+}
+
+int StagedCopy::copy() {
+    const Descriptor input(open(QFile::encodeName(m_source).constData(), O_RDONLY | O_CLOEXEC));
+    struct stat original = {};
+    if (!input.isOpen() || fstat(input.number(), &original) != 0) {
+        return errno;
+    }
+    const QByteArray staging = QFile::encodeName(m_staging);
+    const Descriptor output(open(staging.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
+                                 original.st_mode & ACCESSPERMS));
+    if (!output.isOpen()) {
+        return errno;
+    }
+    // A disk that is too small says so now instead of after half an hour.
+    if (fallocate(output.number(), FALLOC_FL_KEEP_SIZE, 0, original.st_size) != 0 &&
+        errno == ENOSPC) {
+        return ENOSPC;
+    }
+    std::vector<char> buffer(blockSize);
+    off_t position = 0;
+    off_t flushed = 0;
+    while (true) {
+        if (m_discarded) {
+            // Once more: the file may have come into being after discard() looked for it.
+            unlink(staging.constData());
+            return ECANCELED;
+        }
+        const ssize_t count = readSome(input.number(), buffer);
+        if (count < 0 ||
+            (count > 0 && !writeAll(output.number(), buffer.data(), static_cast<size_t>(count)))) {
+            return errno;
+        }
+        if (count == 0) {
+            break;
+        }
+        position += count;
+        if (position - flushed >= flushWindow) {
+            flush(input.number(), output.number(), flushed, position);
+            flushed = position;
+        }
+    }
+    return fsync(output.number()) == 0 ? 0 : errno;
+}

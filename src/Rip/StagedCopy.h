@@ -1,0 +1,43 @@
+// Copies a finished image to another file system, under a hidden name beside its destination.
+//
+// Shared by the rip engine (main thread) and the thread that copies. begin(), then, once the
+// callback has come, commit() puts the copy in place in one step and removes the original. A copy
+// that is discarded, or dropped before commit(), leaves nothing behind; the original stays then.
+#pragma once
+
+#include <QString>
+#include <atomic>
+#include <functional>
+#include <memory>
+
+class StagedCopy final {
+public:
+    // Paths of files. Returns at once; the callback comes once, however the copy ended, on the
+    // copying thread or (when there can be none) on the calling one.
+    static std::shared_ptr<StagedCopy> begin(const QString& source, const QString& destination,
+                                             std::function<void()> finished);
+
+    ~StagedCopy();
+    StagedCopy(const StagedCopy&) = delete;
+    StagedCopy& operator=(const StagedCopy&) = delete;
+
+    // Makes a copy that runs end soon; what it has written is gone at once. Main thread.
+    void discard();
+
+    // After the callback; main thread. 0, or the error number of what failed.
+    int commit();
+
+private:
+    StagedCopy(const QString& source, const QString& destination);
+    int copy();
+
+    const QString m_source;
+    const QString m_destination;
+    const QString m_staging;
+    std::atomic<bool> m_discarded = false;
+    int m_error = 0;  // written by the copying thread before the callback
+};
+
+// Puts a file in another's place within one file system, in one step. 0 or the error number: EXDEV
+// when the two are on different file systems. A folder is never replaced.
+int moveFile(const QString& source, const QString& destination);

@@ -1,0 +1,68 @@
+#include "Verification.h"
+
+#include <QFile>
+
+#include "StrictUtf8.h"
+#include "ToolRoot.h"
+#include "UserFolders.h"
+
+namespace {
+
+VerifyStatus compare(const Verification::Job& job, const QString& base) {
+    if (!Verification::reimage(job.bsdName, base, *job.processes)) {
+        return VerifyStatus::failed(QStringLiteral("Could not re-read the disc to verify."));
+    }
+    const auto saved = Verification::sha256(job.image, *job.processes);
+    const auto second =
+        saved ? Verification::sha256(base + QStringLiteral(".cdr"), *job.processes) : std::nullopt;
+    if (!saved || !second) {
+        return VerifyStatus::failed(QStringLiteral("Could not compute checksum."));
+    }
+    return *saved == *second ? VerifyStatus::matched() : VerifyStatus::mismatched();
+}
+
+}  // namespace
+
+void Verification::run(const Job& job, const std::function<void(const VerifyStatus&)>& handOver) {
+    const QString base = UserFolders::temporaryImageBase(QStringLiteral("spindrift-verify-"));
+    handOver(compare(job, base));
+    QFile::remove(base + QStringLiteral(".cdr"));
+}
+
+bool Verification::reimage(const QString& bsdName, const QString& base,
+                           VerifyProcesses& processes) {
+    // Without an extension: the tool adds ".cdr" itself.
+    const auto process = std::make_shared<ChildProcess>(
+        ToolRoot::resolve(QStringLiteral("/usr/bin/hdiutil")),
+        QStringList{QStringLiteral("create"), QStringLiteral("-srcdevice"),
+                    QStringLiteral("/dev/") + bsdName, QStringLiteral("-format"),
+                    QStringLiteral("UDTO"), QStringLiteral("-o"), base});
+    process->setStream(ChildProcess::Output::Standard, ChildProcess::Stream::Null);
+    process->setStream(ChildProcess::Output::Error, ChildProcess::Stream::Null);
+    if (process->launch()) {
+        return false;
+    }
+    processes.track(process);
+    return process->wait() == 0;
+}
+
+std::optional<QString> Verification::sha256(const QString& path, VerifyProcesses& processes) {
+    const auto process = std::make_shared<ChildProcess>(
+        ToolRoot::resolve(QStringLiteral("/usr/bin/shasum")),
+        QStringList{QStringLiteral("-a"), QStringLiteral("256"), path});
+    process->setStream(ChildProcess::Output::Standard, ChildProcess::Stream::Pipe);
+    if (process->launch()) {
+        return std::nullopt;
+    }
+    processes.track(process);
+    if (process->wait() != 0) {
+        return std::nullopt;
+    }
+    return parseDigest(process->readToEnd(ChildProcess::Output::Standard));
+}
+
+std::optional<QString> Verification::parseDigest(const QByteArray& output) {
+    const QStringList pieces =
+        strictUtf8(output).value_or(QString()).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    return pieces.isEmpty() ? std::nullopt : std::optional(pieces.first());
+}
