@@ -1,0 +1,80 @@
+"""A user who may not read the drive, and the permission that helps."""
+
+from cases import CLI, Rip, case, expect, expect_equal
+
+DENIED = ("Permission denied reading the disc. Try again, or grant Full Disk Access to this app in "
+          "System Settings.")
+USER = 1000
+
+
+def _as_visitor(command):
+    return (f"cd /home/visitor && HOME=/home/visitor USER=visitor TMPDIR=/var/tmp"
+            f" /usr/bin/setpriv --reuid {USER} --regid {USER} --init-groups {command}")
+
+
+def _rip_as_visitor(bench):
+    script = f"{CLI} rip --json --output /home/visitor/out.iso"
+    return Rip(bench.guest.run(_as_visitor(script), 60))
+
+
+def _expect_denied(bench):
+    rip = _rip_as_visitor(bench)
+    expect_equal(rip.status, 1, f"the rip's status ({rip.text[-600:]})")
+    expect("permissionDenied" in str(rip.last("error")) or DENIED in str(rip.last("error")),
+           f"the error: {rip.last('error')}")
+    expect(DENIED in rip.errors, f"standard error: {rip.errors!r}")
+    bench.expect_no_file("/home/visitor/out.iso")
+
+
+def _prepare(bench):
+    disc = bench.discs.named("cd", "plain")
+    bench.guest.insert(disc.path)
+    bench.guest.check("chown 1000:1000 /home/visitor; rm -f /home/visitor/*.iso;"
+                      " chmod 1777 /var/tmp; chown 0:24 /dev/sr0; chmod 660 /dev/sr0")
+    return disc
+
+
+@case("A user without access to the drive still sees the disc in it", "udev")
+def _sees(bench):
+    disc = _prepare(bench)
+    result = bench.guest.run(_as_visitor(f"{CLI} status --json"))
+    expect_equal(result.status, 0, str(result))
+    expect(f'"volumeName":"{disc.label}"' in result.out.replace('": "', '":"'), str(result))
+
+
+@case("A user without access to the drive gets the permission error", "udev bare ide")
+def _denied(bench):
+    _prepare(bench)
+    _expect_denied(bench)
+
+
+@case("The helper that grants access refuses arguments, an unknown user and a direct call",
+      "udev")
+def _refuses(bench):
+    _prepare(bench)
+    for script in [f"PKEXEC_UID={USER} $HELPER --all", f"PKEXEC_UID={USER} $HELPER visitor",
+                   "PKEXEC_UID=4711 $HELPER", "PKEXEC_UID=abc $HELPER", "PKEXEC_UID= $HELPER",
+                   "env -u PKEXEC_UID $HELPER",
+                   _as_visitor(f"env PKEXEC_UID={USER} $HELPER")]:
+        result = bench.guest.run(f"HELPER={_helper(bench)}; " + script)
+        expect(result.status not in (0, 126, 127), f"{script}: {result}")
+    _expect_denied(bench)
+
+
+@case("After the helper granted access the same user rips the disc", "udev bare")
+def _granted(bench):
+    disc = _prepare(bench)
+    _expect_denied(bench)
+    granted = bench.guest.run(f"PKEXEC_UID={USER} {_helper(bench)}")
+    expect_equal(granted.status, 0, f"the helper: {granted}")
+    rip = _rip_as_visitor(bench)
+    expect_equal(rip.status, 0, f"the rip's status ({rip.text[-600:]})")
+    bench.expect_same_bytes("/home/visitor/out.iso", disc.path)
+    members = bench.guest.check("grep ^cdrom: /etc/group").strip().split(":")[3]
+    expect("visitor" in members.split(","), f"members of the group cdrom: {members!r}")
+
+
+def _helper(bench):
+    found = bench.guest.run("find /opt/spindrift -name grant-disc-access -type f").out.strip()
+    expect(found, "the helper is not built")
+    return found.splitlines()[0]

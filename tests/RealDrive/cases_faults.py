@@ -1,0 +1,133 @@
+"""Sectors that cannot be read, and discs that are taken away while they are read."""
+
+from cases import Rip, case, expect, expect_equal
+from guest import Fault
+
+BAD_SECTOR = 3333
+PACE = 4 << 20  # bytes per second: slow enough to change the disc in mid-rip
+
+
+def _failing_reads(commands, lba):
+    return [read for read in commands.reads() if read.failed and
+            read.lba <= lba < read.lba + read.sectors]
+
+
+def _expect_failure(bench, rip):
+    expect_equal(rip.status, 1, f"the rip's status ({rip.text[-600:]})")
+    expect_equal(rip.last("finished"), None, "finished")
+    expect(rip.last("error"), f"no error in {rip.text[-600:]}")
+    bench.expect_no_file("/root/out.iso")
+
+
+@case("An unreadable sector ends the rip with its number, after at most four failing commands",
+      "udev bare")
+def _unreadable(bench):
+    bench.guest.insert(bench.discs.named("cd", "plain").path, [Fault(BAD_SECTOR)])
+    commands = bench.guest.commands()
+    rip = bench.rip("/root/out.iso", "--thorough")
+    _expect_failure(bench, rip)
+    expect(str(BAD_SECTOR) in str(rip.last("error")), f"no sector number in {rip.last('error')}")
+    failing = _failing_reads(commands, BAD_SECTOR)
+    expect(1 <= len(failing) <= 4, f"{len(failing)} failing commands: {failing}")
+    expect_equal(failing[-1].sectors, 1, "the sectors of the last failing command")
+
+
+@case("An unreadable sector ends the rip with its number on an IDE drive", "ide")
+def _unreadable_on_ide(bench):
+    bench.guest.insert(bench.discs.named("cd", "plain").path, [Fault(BAD_SECTOR)])
+    rip = bench.rip("/root/out.iso")
+    _expect_failure(bench, rip)
+    expect(str(BAD_SECTOR) in str(rip.last("error")), f"no sector number in {rip.last('error')}")
+
+
+@case("A sector that fails twice and then reads well is in the image", "udev bare ide")
+def _flaky(bench):
+    disc = bench.discs.named("cd", "plain")
+    bench.guest.insert(disc.path, [Fault(BAD_SECTOR, times=2)])
+    rip = bench.rip("/root/out.iso")
+    expect_equal(rip.status, 0, f"the rip's status ({rip.text[-600:]})")
+    bench.expect_same_bytes("/root/out.iso", disc.path)
+
+
+@case("Two unreadable sectors at the end, behind the file system, are left out with a word",
+      "udev bare")
+def _run_out(bench):
+    disc = bench.discs.run_out_cd()
+    size = disc.file_system_sectors() * 2048
+    expect_equal(disc.size - size, 2 * 2048, "the run-out on the disc")
+    faults = [Fault(disc.sectors - 2), Fault(disc.sectors - 1)]
+    bench.guest.insert(disc.path, faults)
+    made = bench.tool("usr/bin/hdiutil create -srcdevice /dev/sr0 -format UDTO -o /root/x.cdr")
+    expect_equal(made.status, 0, f"hdiutil: {made}")
+    expect(str(disc.sectors - 2) in made.err, f"standard error does not say what is left: {made}")
+    bench.expect_same_bytes("/root/x.cdr", disc.path, size)
+    rip = bench.rip("/root/out.iso", "--thorough")
+    expect_equal(rip.status, 0, f"the rip's status ({rip.text[-600:]})")
+    bench.expect_same_bytes("/root/out.iso", disc.path, size)
+
+
+@case("A readable end of the disc behind the file system is in the image", "udev bare")
+def _readable_run_out(bench):
+    disc = bench.discs.run_out_cd()
+    bench.guest.insert(disc.path)
+    rip = bench.rip("/root/out.iso")
+    expect_equal(rip.status, 0, f"the rip's status ({rip.text[-600:]})")
+    bench.expect_same_bytes("/root/out.iso", disc.path)
+
+
+@case("An unreadable sector at the end, inside the file system, is an error", "udev bare")
+def _error_at_the_end(bench):
+    disc = bench.discs.named("cd", "plain")
+    expect_equal(disc.sectors, disc.file_system_sectors(), "the file system's size")
+    bench.guest.insert(disc.path, [Fault(disc.sectors - 1)])
+    rip = bench.rip("/root/out.iso")
+    _expect_failure(bench, rip)
+    expect(str(disc.sectors - 1) in str(rip.last("error")),
+           f"no sector number in {rip.last('error')}")
+
+
+@case("An unreadable sector just before the run-out ones is an error", "udev")
+def _error_before_the_run_out(bench):
+    disc = bench.discs.run_out_cd()
+    bad = disc.file_system_sectors() - 1
+    bench.guest.insert(disc.path, [Fault(bad), Fault(bad + 1), Fault(bad + 2)])
+    rip = bench.rip("/root/out.iso")
+    _expect_failure(bench, rip)
+    expect(str(bad) in str(rip.last("error")), f"no sector number in {rip.last('error')}")
+
+
+def _rip_under_way(bench):
+    bench.guest.insert(bench.discs.named("cd", "plain").path, bytes_per_second=PACE)
+    job = bench.guest.start(bench.rip_script("/root/out.iso"))
+    bench.wait_for_image(job, 4 << 20)
+    expect(job.running(), "the rip is over before the disc is touched")
+    return job
+
+
+@case("A disc that is changed for another during a rip makes the rip fail", "udev bare ide")
+def _swapped(bench):
+    job = _rip_under_way(bench)
+    bench.guest.insert(bench.discs.other_cd().path, noticed=False)
+    rip = Rip(job.wait(60))
+    _expect_failure(bench, rip)
+
+
+@case("A disc that is taken out during a rip makes the rip fail", "udev bare ide")
+def _taken_out(bench):
+    job = _rip_under_way(bench)
+    bench.guest.remove()
+    _expect_failure(bench, Rip(job.wait(60)))
+
+
+@case("A disc that is changed during the second reading is not called verified", "udev")
+def _swapped_while_verifying(bench):
+    bench.guest.insert(bench.discs.named("cd", "plain").path, bytes_per_second=PACE)
+    job = bench.guest.start(bench.rip_script("/root/out.iso", "--thorough"))
+    bench.guest.wait_until(f"test -e /root/out.iso || {job.ended}", 30)
+    bench.guest.insert(bench.discs.other_cd().path, noticed=False)
+    rip = Rip(job.wait(60))
+    expect(rip.status in (1, 2), f"the rip's status ({rip.text[-600:]})")
+    expect_equal(rip.last("finished"), True, "finished")
+    expect(rip.last("verifyStatus") and "matched" not in
+           str(rip.last("verifyStatus")).replace("mismatched", ""),
+           f"verifyStatus: {rip.last('verifyStatus')}")
