@@ -1,0 +1,32 @@
+#include "StatusReport.h"
+
+#include "Utf8.h"
+
+namespace {
+
+constexpr std::size_t vendorWidth = 8;
+constexpr std::size_t productWidth = 16;
+constexpr std::size_t revisionWidth = 4;
+
+std::string row(const std::string& vendor, const std::string& product,
+                const std::string& revision) {
+    return " " + Utf8::column(Utf8::oneLine(vendor), vendorWidth) + " " +
+           Utf8::column(Utf8::oneLine(product), productWidth) + "  " +
+           Utf8::column(Utf8::oneLine(revision), revisionWidth) + "\n";
+}
+
+}  // namespace
+
+std::string StatusReport::text(const DriveFacts& drive) {
+    constexpr std::size_t typeWidth = 22;
+    std::string report =
+        row("Vendor", "Product", "Rev") + row(drive.vendor, drive.product, drive.revision) + "\n";
+    if (!drive.disc) {
+        return report + "           Type: No Media Inserted\n";
+    }
+    std::string type = Utf8::oneLine(drive.disc->type);
+    if (Utf8::characterCount(type) < typeWidth) {
+        type = Utf8::column(type, typeWidth);
+    }
+    return report + "           Type: " + type + "Name: /dev/" + drive.node + "\n";
+}
