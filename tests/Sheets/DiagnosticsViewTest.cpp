@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <QCoreApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QPointer>
 #include <QTextBrowser>
 

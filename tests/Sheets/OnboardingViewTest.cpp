@@ -2,10 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <QCoreApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
-#include <QSignalSpy>
 
 #include "StatusPill.h"
 #include "TextLabel.h"
