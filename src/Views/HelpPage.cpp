@@ -6,7 +6,9 @@
 #include <QVBoxLayout>
 
 // The page lies in a static library: without this the linker would drop it.
-static void initialiseResources() { Q_INIT_RESOURCE(help); }
+static void initialiseResources() {
+    Q_INIT_RESOURCE(help);
+}
 
 HelpPage::HelpPage(const QString& title, const QString& page, QWidget* parent) : QDialog(parent) {
     initialiseResources();

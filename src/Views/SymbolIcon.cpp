@@ -3,15 +3,12 @@
 #include <QPaintEvent>
 #include <QPainter>
 
+#include "Symbol.h"
 #include "TextStyle.h"
 
-#if __has_include("Symbol.h")
-#include "Symbol.h"
-#endif
-
 SymbolIcon::SymbolIcon(const QString& symbol, double points, Appearance::Role role, QWidget* parent)
-    : QWidget(parent), m_symbol(symbol), m_role(role) {
-    const int side = qRound(TextStyle::length(points));
+    : QWidget(parent), m_symbol(symbol), m_points(TextStyle::length(points)), m_role(role) {
+    const int side = Symbol::side(m_points);
     m_size = QSize(side, side);
     setFixedSize(m_size);
     setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -29,6 +26,7 @@ void SymbolIcon::setRole(Appearance::Role role) {
 
 void SymbolIcon::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setPen(Appearance::color(m_role, palette()));
-    painter.drawEllipse(rect().adjusted(1, 1, -2, -2));
+    painter.drawPixmap(0, 0,
+                       Symbol::pixmap(m_symbol, m_points, Appearance::color(m_role, palette()),
+                                      devicePixelRatioF()));
 }

@@ -27,6 +27,7 @@ protected:
 
 private:
     QString m_symbol;
+    qreal m_points;
     Appearance::Role m_role;
     QSize m_size;
 };

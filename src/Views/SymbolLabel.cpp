@@ -1,5 +1,7 @@
 #include "SymbolLabel.h"
 
+#include <QEvent>
+#include <QFontInfo>
 #include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
@@ -8,36 +10,33 @@
 
 namespace {
 
-// Symbols are drawn a little larger than the letters beside them.
-constexpr double symbolScale = 1.2;
 constexpr int gap = 6;
 
 }  // namespace
 
 SymbolLabel::SymbolLabel(const QString& symbol, const QString& text, const QFont& font,
                          Appearance::Role role, TextLabel::Wrap wrap, QWidget* parent)
-    : QWidget(parent) {
-    const int pixels = QFontInfo(font).pixelSize();
-    const double points = symbolScale * pixels / TextStyle::length(1);
-    m_icon = new SymbolIcon(symbol, points, role, this);
-    m_text = new TextLabel(text, font, role, wrap, this);
-
-    // The symbol stands beside the text's first line, however many follow.
-    auto* iconColumn = new QVBoxLayout;
-    const int lineHeight = QFontMetrics(font).height();
-    iconColumn->setContentsMargins(0, qMax(0, (lineHeight - m_icon->height()) / 2), 0, 0);
-    iconColumn->addWidget(m_icon);
-    iconColumn->addStretch();
-
+    : QWidget(parent),
+      m_icon(
+          new SymbolIcon(symbol, QFontInfo(font).pixelSize() / TextStyle::length(1), role, this)),
+      m_text(new TextLabel(text, role, wrap, this)),
+      m_iconColumn(new QVBoxLayout) {
+    m_text->setFont(font);
+    m_iconColumn->addWidget(m_icon);
+    m_iconColumn->addStretch();
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(gap);
-    row->addLayout(iconColumn);
+    row->addLayout(m_iconColumn);
     row->addWidget(m_text, 1, Qt::AlignTop);
-    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
-    policy.setHeightForWidth(wrap == TextLabel::Wrap::Yes);
-    setSizePolicy(policy);
-    setAccessibleName(text);
+    alignIcon();
+}
+
+SymbolLabel::SymbolLabel(const QString& symbol, const QString& text, Appearance::Role role,
+                         TextLabel::Wrap wrap, QWidget* parent)
+    : SymbolLabel(symbol, text, TextStyle::font(TextStyle::Style::Body), role, wrap, parent) {
+    m_text->setFont(QFont());
+    alignIcon();
 }
 
 const QString& SymbolLabel::symbol() const {
@@ -46,7 +45,6 @@ const QString& SymbolLabel::symbol() const {
 
 void SymbolLabel::setText(const QString& text) {
     m_text->setText(text);
-    setAccessibleName(text);
 }
 
 void SymbolLabel::setSymbol(const QString& symbol) {
@@ -56,4 +54,17 @@ void SymbolLabel::setSymbol(const QString& symbol) {
 void SymbolLabel::setRole(Appearance::Role role) {
     m_icon->setRole(role);
     m_text->setRole(role);
+}
+
+void SymbolLabel::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange) {
+        alignIcon();
+    }
+}
+
+void SymbolLabel::alignIcon() {
+    // The symbol stands beside the text's first line, however many follow.
+    const int space = QFontMetrics(m_text->font()).height() - m_icon->height();
+    m_iconColumn->setContentsMargins(0, qMax(0, space / 2), 0, 0);
 }

@@ -9,6 +9,7 @@
 #include "TextLabel.h"
 #include "TextStyle.h"
 
+class QVBoxLayout;
 class SymbolIcon;
 
 class SymbolLabel final : public QWidget {
@@ -16,6 +17,10 @@ class SymbolLabel final : public QWidget {
 
 public:
     SymbolLabel(const QString& symbol, const QString& text, const QFont& font,
+                Appearance::Role role = Appearance::Role::Primary,
+                TextLabel::Wrap wrap = TextLabel::Wrap::No, QWidget* parent = nullptr);
+    // In the font of the parent.
+    SymbolLabel(const QString& symbol, const QString& text,
                 Appearance::Role role = Appearance::Role::Primary,
                 TextLabel::Wrap wrap = TextLabel::Wrap::No, QWidget* parent = nullptr);
 
@@ -30,7 +35,13 @@ public:
     // The text's own label, for object names and tests.
     TextLabel* textLabel() const { return m_text; }
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
+    void alignIcon();
+
     SymbolIcon* m_icon;
     TextLabel* m_text;
+    QVBoxLayout* m_iconColumn;
 };

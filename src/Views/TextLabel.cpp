@@ -1,13 +1,41 @@
 #include "TextLabel.h"
 
 #include <QEvent>
+#include <QHelpEvent>
+#include <QPainter>
+#include <QStyle>
+#include <QTextLayout>
+#include <QToolTip>
+#include <cmath>
+
+namespace {
+
+// Ends of lines and tabulators would not show in a single line.
+QString onOneLine(QString text) {
+    for (QChar& character : text) {
+        if (character.isSpace()) {
+            character = QLatin1Char(' ');
+        }
+    }
+    return text;
+}
+
+int widthOf(const QFontMetricsF& metrics, const QString& text) {
+    return static_cast<int>(std::ceil(metrics.horizontalAdvance(text)));
+}
+
+}  // namespace
 
 TextLabel::TextLabel(const QString& text, const QFont& font, Appearance::Role role, Wrap wrap,
                      QWidget* parent)
+    : TextLabel(text, role, wrap, parent) {
+    setFont(font);
+}
+
+TextLabel::TextLabel(const QString& text, Appearance::Role role, Wrap wrap, QWidget* parent)
     : QLabel(parent), m_role(role) {
     setTextFormat(Qt::PlainText);
-    setFont(font);
-    setWrap(wrap);
+    setWordWrap(wrap == Wrap::Yes);
     setText(text);
     applyRole();
 }
@@ -19,14 +47,147 @@ void TextLabel::setRole(Appearance::Role role) {
     }
 }
 
-void TextLabel::setWrap(Wrap wrap) {
-    setWordWrap(wrap == Wrap::Yes);
+void TextLabel::setMaximumLines(int lines) {
+    m_maximumLines = lines;
+    updateGeometry();
+    update();
+}
+
+void TextLabel::setElideMode(Qt::TextElideMode mode) {
+    m_elideMode = mode;
+    update();
+}
+
+bool TextLabel::isMarkup() const {
+    return textFormat() != Qt::PlainText;
+}
+
+QString TextLabel::shownText() const {
+    // Tools end their texts with a newline, which must not cost a line here.
+    qsizetype end = text().size();
+    while (end > 0 && text().at(end - 1).isSpace()) {
+        --end;
+    }
+    return text().left(end);
+}
+
+QStringList TextLabel::lines(int width) const {
+    if (!wordWrap()) {
+        return {QFontMetrics(font()).elidedText(onOneLine(shownText()), m_elideMode, width)};
+    }
+    return brokenLines(width, m_maximumLines);
+}
+
+QStringList TextLabel::brokenLines(int width, int maximum) const {
+    QString text = shownText();
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    text.replace(QLatin1Char('\n'), QChar::LineSeparator);
+    QTextLayout layout(text, font());
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
+    layout.beginLayout();
+    QStringList result;
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(qMax(1, width));
+        const bool last = maximum > 0 && result.size() == maximum - 1;
+        if (last && line.textStart() + line.textLength() < text.size()) {
+            result << QFontMetrics(font()).elidedText(onOneLine(text.mid(line.textStart())),
+                                                      Qt::ElideRight, width);
+            break;
+        }
+        result << onOneLine(text.mid(line.textStart(), line.textLength()));
+    }
+    layout.endLayout();
+    return result;
+}
+
+bool TextLabel::isCut() const {
+    const int width = contentsRect().width();
+    return wordWrap() ? lines(width) != brokenLines(width, 0)
+                      : lines(width).constFirst() != onOneLine(shownText());
+}
+
+QSize TextLabel::sizeHint() const {
+    if (isMarkup()) {
+        return QLabel::sizeHint();
+    }
+    const QFontMetricsF metrics(font());
+    int width = 0;
+    if (wordWrap()) {
+        for (const QString& line : shownText().split(QLatin1Char('\n'))) {
+            width = qMax(width, widthOf(metrics, line));
+        }
+    } else {
+        width = widthOf(metrics, onOneLine(shownText()));
+    }
+    const QMargins margins = contentsMargins();
+    width += margins.left() + margins.right();
+    return {width, heightForWidth(width)};
+}
+
+QSize TextLabel::minimumSizeHint() const {
+    if (isMarkup()) {
+        return QLabel::minimumSizeHint();
+    }
+    const int width = QFontMetrics(font()).averageCharWidth() * 4;
+    return {qMin(width, sizeHint().width()), QFontMetrics(font()).height()};
+}
+
+int TextLabel::heightForWidth(int width) const {
+    if (isMarkup()) {
+        return QLabel::heightForWidth(width);
+    }
+    const QMargins margins = contentsMargins();
+    const int height = QFontMetrics(font()).height();
+    const int inner = width - margins.left() - margins.right();
+    const auto count = wordWrap() ? lines(inner).size() : 1;
+    return static_cast<int>(qMax<qsizetype>(1, count)) * height + margins.top() + margins.bottom();
+}
+
+bool TextLabel::event(QEvent* event) {
+    if (event->type() == QEvent::ToolTip && toolTip().isEmpty() && !isMarkup()) {
+        const bool cut = isCut();
+        // As markup, so that a long text wraps; escaped, so that it says what it says.
+        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(),
+                           cut ? QStringLiteral("<p style='white-space:pre-wrap'>") +
+                                     shownText().toHtmlEscaped() + QStringLiteral("</p>")
+                               : QString(),
+                           this);
+        return true;
+    }
+    return QLabel::event(event);
 }
 
 void TextLabel::changeEvent(QEvent* event) {
     QLabel::changeEvent(event);
     if (event->type() == QEvent::PaletteChange || event->type() == QEvent::ParentChange) {
         applyRole();
+    }
+}
+
+void TextLabel::paintEvent(QPaintEvent* event) {
+    if (isMarkup()) {
+        QLabel::paintEvent(event);
+        return;
+    }
+    QPainter painter(this);
+    painter.setFont(font());
+    painter.setPen(palette().color(QPalette::Active, QPalette::WindowText));
+    const QRect area = contentsRect();
+    const QStringList shown = lines(area.width());
+    const int lineHeight = QFontMetrics(font()).height();
+    const int total = static_cast<int>(shown.size()) * lineHeight;
+    const bool top = alignment().testFlag(Qt::AlignTop) || total > area.height();
+    int y = top ? area.top() : area.top() + (area.height() - total) / 2;
+    const auto horizontal =
+        QStyle::visualAlignment(layoutDirection(), alignment()) & Qt::AlignHorizontal_Mask;
+    for (const QString& line : shown) {
+        painter.drawText(
+            QRect(area.left(), y, area.width(), lineHeight),
+            static_cast<int>(horizontal) | Qt::AlignTop | Qt::TextSingleLine | Qt::TextDontClip,
+            line);
+        y += lineHeight;
     }
 }
 

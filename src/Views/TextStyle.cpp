@@ -52,11 +52,4 @@ double length(double points) {
     return QFontInfo(QApplication::font()).pixelSize() * points / bodyPoints;
 }
 
-QFont family(const QStringList& families, double points, QFont::Weight weight) {
-    QFont result = scaled(QApplication::font(), points);
-    result.setFamilies(families + QApplication::font().families());
-    result.setWeight(weight);
-    return result;
-}
-
 }  // namespace TextStyle

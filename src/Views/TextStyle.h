@@ -17,8 +17,4 @@ QFont font(Style style, std::optional<QFont::Weight> weight = std::nullopt);
 // Points of a text style or a symbol (body text: 13) as a length in device-independent pixels.
 double length(double points);
 
-// A font family in the given points (body text: 13). Of several families the first that is
-// installed is used.
-QFont family(const QStringList& families, double points, QFont::Weight weight = QFont::Normal);
-
 }  // namespace TextStyle

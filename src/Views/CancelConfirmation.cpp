@@ -1,0 +1,39 @@
+#include "CancelConfirmation.h"
+
+#include <QPushButton>
+
+#include "Appearance.h"
+#include "Symbol.h"
+#include "TextStyle.h"
+
+CancelConfirmation::CancelConfirmation(Subject subject, QWidget* parent) : QMessageBox(parent) {
+    setObjectName(QStringLiteral("cancelConfirmation"));
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowModality(Qt::WindowModal);
+    setTextFormat(Qt::PlainText);
+    setIconPixmap(Symbol::pixmap(
+        QStringLiteral("exclamationmark.triangle.fill"), TextStyle::length(26),
+        Appearance::color(Appearance::Role::Orange, palette()), devicePixelRatioF()));
+    m_destructive = addButton(QString(), QMessageBox::DestructiveRole);
+    m_destructive->setObjectName(QStringLiteral("destructiveButton"));
+    QPalette red = m_destructive->palette();
+    red.setColor(QPalette::ButtonText, Appearance::color(Appearance::Role::Red, palette()));
+    m_destructive->setPalette(red);
+    QPushButton* keepGoing = addButton(tr("Keep Going"), QMessageBox::RejectRole);
+    keepGoing->setObjectName(QStringLiteral("keepGoingButton"));
+    setDefaultButton(keepGoing);
+    setEscapeButton(keepGoing);
+    connect(m_destructive, &QPushButton::clicked, this, &CancelConfirmation::confirmed);
+    setSubject(subject);
+}
+
+void CancelConfirmation::setSubject(Subject subject) {
+    const bool rip = subject == Subject::Rip;
+    const QString text = rip ? tr("Cancel the rip? The partial ISO file will be deleted.")
+                             : tr("Cancel verification? The ISO file is already complete and will "
+                                  "be kept \u2014 it just won't be confirmed as verified.");
+    if (text != this->text()) {
+        setText(text);
+        m_destructive->setText(rip ? tr("Cancel Rip") : tr("Cancel Verification"));
+    }
+}

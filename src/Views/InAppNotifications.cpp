@@ -1,0 +1,6 @@
+#include "InAppNotifications.h"
+
+InAppNotifications& InAppNotifications::shared() {
+    static InAppNotifications notifications;
+    return notifications;
+}
