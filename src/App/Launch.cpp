@@ -1,0 +1,72 @@
+#include "Launch.h"
+
+#include <unistd.h>
+
+#include <QApplication>
+#include <cstdio>
+
+#include "LaunchOptions.h"
+#include "PracticeDrive.h"
+#include "SpindriftApp.h"
+
+namespace {
+
+constexpr int exitFailed = 1;
+constexpr int exitUsage = 64;
+
+void print(FILE* stream, const QString& text) {
+    std::fputs(text.toLocal8Bit().constData(), stream);
+}
+
+// Qt ends the process when it can open no display. Whoever sits at a terminal is told what to do
+// instead of being shown a list of plugins.
+void explainMissingDisplay(QtMsgType type, const QMessageLogContext&, const QString&) {
+    if (type == QtFatalMsg) {
+        std::fputs(
+            "spindrift: No display can be opened. Start it in a graphical session, or make the "
+            "image in this terminal with \"spindrift-cli rip --output FILE\".\n",
+            stderr);
+        _exit(exitFailed);
+    }
+}
+
+}  // namespace
+
+int launch(int argc, char** argv) {
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments << QString::fromLocal8Bit(argv[i]);
+    }
+    QString error;
+    const auto options = LaunchOptions::parse(arguments, &error);
+    if (!options) {
+        print(stderr, QStringLiteral("spindrift: ") + error + QLatin1Char('\n'));
+        return exitUsage;
+    }
+    if (options->help) {
+        print(stdout, LaunchOptions::helpText());
+        return 0;
+    }
+    if (options->version) {
+        print(stdout, QStringLiteral("Spindrift " SPINDRIFT_VERSION "\n"));
+        return 0;
+    }
+
+    const QtMessageHandler usual = qInstallMessageHandler(explainMissingDisplay);
+    QApplication application(argc, argv);
+    qInstallMessageHandler(usual);
+    SpindriftApp::describe();
+    if (options->practice) {
+        const auto drive = PracticeDrive::prepare(options->practiceImage, &error);
+        if (!drive) {
+            print(stderr, QStringLiteral("spindrift: ") + error + QLatin1Char('\n'));
+            return exitFailed;
+        }
+        print(stdout, QCoreApplication::translate("Launch",
+                                                  "Using the practice drive with %1 in its tray.\n")
+                          .arg(drive->disc));
+    }
+    SpindriftApp app;
+    app.openMainWindow();
+    return QApplication::exec();
+}

@@ -1,0 +1,6 @@
+// The program from its command line to its exit status.
+#pragma once
+
+// Runs the whole program; the arguments are main()'s. Exit status 0: done, 1: no display or no
+// practice drive, 64: the command line makes no sense.
+int launch(int argc, char** argv);

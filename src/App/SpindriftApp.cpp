@@ -1,0 +1,106 @@
+#include "SpindriftApp.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+
+#include "AboutPanel.h"
+#include "Appearance.h"
+#include "MainWindow.h"
+#include "NotificationManager.h"
+#include "SettingsWindow.h"
+#include "Symbol.h"
+#include "SystemAppearance.h"
+
+SpindriftApp::SpindriftApp(QObject* parent) : QObject(parent), m_retroModeAction(tr("Retro Mode")) {
+    NotificationManager::requestAuthorization();
+    SystemAppearance::prepare();
+    Appearance::follow();
+
+    m_retroModeAction.setObjectName(QStringLiteral("retroModeAction"));
+    m_retroModeAction.setCheckable(true);
+    m_retroModeAction.setChecked(m_preferences.retroMode());
+    m_retroModeAction.setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R));
+    connect(&m_retroModeAction, &QAction::triggered, &m_preferences, &Preferences::setRetroMode);
+    connect(&m_preferences, &Preferences::retroModeChanged, &m_retroModeAction,
+            [this] { m_retroModeAction.setChecked(m_preferences.retroMode()); });
+    qApp->installEventFilter(this);
+}
+
+SpindriftApp::~SpindriftApp() {
+    qApp->removeEventFilter(this);
+    delete m_settings;
+    delete m_about;
+}
+
+void SpindriftApp::describe() {
+    QApplication::setApplicationName(QStringLiteral("Spindrift"));
+    QApplication::setOrganizationName(QStringLiteral("Spindrift"));
+    QApplication::setApplicationVersion(QStringLiteral(SPINDRIFT_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("spindrift"));
+    QApplication::setWindowIcon(Symbol::applicationIcon());
+}
+
+MainWindow* SpindriftApp::openMainWindow() {
+    auto* window = new MainWindow(&m_retroModeAction);
+    ++m_mainWindows;
+    connect(window, &MainWindow::newWindowRequested, this, &SpindriftApp::openMainWindow);
+    connect(window, &MainWindow::settingsRequested, this, &SpindriftApp::showSettings);
+    connect(window, &MainWindow::aboutRequested, this, &SpindriftApp::showAboutPanel);
+    connect(window, &MainWindow::quitRequested, this, &SpindriftApp::quit);
+    connect(window, &QObject::destroyed, this, &SpindriftApp::mainWindowClosed);
+    window->show();
+    return window;
+}
+
+void SpindriftApp::mainWindowClosed() {
+    // Nothing else can be reached without a main window, so the others do not keep the program.
+    if (--m_mainWindows == 0) {
+        delete m_settings;
+        delete m_about;
+    }
+}
+
+void SpindriftApp::showSettings() {
+    if (!m_settings) {
+        m_settings = new SettingsWindow;
+    }
+    m_settings->show();
+    m_settings->raise();
+    m_settings->activateWindow();
+}
+
+void SpindriftApp::showAboutPanel() {
+    if (!m_about) {
+        m_about = new AboutPanel;
+        m_about->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    m_about->show();
+    m_about->raise();
+    m_about->activateWindow();
+}
+
+void SpindriftApp::quit() {
+    QApplication::closeAllWindows();
+}
+
+bool SpindriftApp::eventFilter(QObject* watched, QEvent* event) {
+    // A sheet blocks the menus of its window, and the settings window has none; the command works
+    // in both all the same.
+    if (event->type() == QEvent::ShortcutOverride) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        if (QKeySequence(key->keyCombination()) == m_retroModeAction.shortcut()) {
+            event->accept();
+            return true;
+        }
+    }
+    if (event->type() == QEvent::KeyPress && watched->isWidgetType()) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        if (QKeySequence(key->keyCombination()) == m_retroModeAction.shortcut()) {
+            if (!key->isAutoRepeat()) {
+                m_retroModeAction.trigger();
+            }
+            return true;
+        }
+    }
+    return QObject::eventFilter(watched, event);
+}
