@@ -1,0 +1,190 @@
+#include "ImagingJob.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <condition_variable>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+#include "Copier.h"
+#include "ImageFile.h"
+#include "OpenMedium.h"
+#include "ProgressLines.h"
+
+namespace {
+
+// The work of another thread, and waiting for it with a limit.
+template <typename Value>
+class Background final {
+public:
+    template <typename Work>
+    explicit Background(Work work)
+        : m_thread([this, work = std::move(work)] {
+              std::optional<Value> value;
+              std::exception_ptr problem;
+              try {
+                  value = work();
+              } catch (...) {
+                  problem = std::current_exception();
+              }
+              const std::lock_guard lock(m_lock);
+              m_value = std::move(value);
+              m_problem = problem;
+              m_isDone = true;
+              m_done.notify_one();
+          }) {}
+    ~Background() { m_thread.join(); }
+    Background(const Background&) = delete;
+    Background& operator=(const Background&) = delete;
+
+    bool isDoneWithin(std::chrono::milliseconds time) {
+        std::unique_lock lock(m_lock);
+        return m_done.wait_for(lock, time, [this] { return m_isDone; });
+    }
+    // Once it is done; throws what the work threw.
+    Value take() {
+        const std::lock_guard lock(m_lock);
+        if (m_problem) {
+            std::rethrow_exception(m_problem);
+        }
+        return std::move(*m_value);
+    }
+
+private:
+    std::mutex m_lock;
+    std::condition_variable m_done;
+    bool m_isDone = false;
+    std::optional<Value> m_value;
+    std::exception_ptr m_problem;
+    std::thread m_thread;
+};
+
+// Ends without waiting for threads: one of them may hang in the drive.
+[[noreturn]] void leave(int status) {
+    _exit(status);
+}
+
+std::string folderOf(const std::string& path) {
+    const auto slash = path.rfind('/');
+    return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string reasonOfCreate(const std::string& path, int error) {
+    if (error == ENOENT) {
+        return "the folder " + folderOf(path) + " does not exist";
+    }
+    return path + ": " + std::strerror(error);
+}
+
+std::string reasonOfReserve(const std::string& path, int error, std::uint64_t bytes) {
+    return path + ": " + std::strerror(error) + "; the image needs " + std::to_string(bytes) +
+           " bytes";
+}
+
+std::string reasonOf(const CopyResult& result, const CreateCommand& command) {
+    const auto& device = command.device;
+    switch (result.kind) {
+        case CopyResult::Kind::Unreadable:
+            return "sector " + std::to_string(result.sector) + " of " + device +
+                   " cannot be read: " + std::strerror(result.error);
+        case CopyResult::Kind::Changed:
+            return "the disc in " + device + " was changed while it was read";
+        case CopyResult::Kind::Removed:
+            return "the disc in " + device + " was removed while it was read";
+        case CopyResult::Kind::WriteFailed:
+            return command.image + ": " + std::strerror(result.error);
+        case CopyResult::Kind::Copied:
+        case CopyResult::Kind::Stopped:
+            break;
+    }
+    return "the copy was stopped";
+}
+
+struct OpenResult {
+    std::unique_ptr<Medium> medium;
+    std::string problem;
+};
+
+}  // namespace
+
+int ImagingJob::fail(const std::string& reason) const {
+    writeText(STDERR_FILENO, "hdiutil: create failed - " + reason + "\n");
+    return EXIT_FAILURE;
+}
+
+int ImagingJob::run() {
+    try {
+        return imageDisc();
+    } catch (const std::exception& problem) {
+        return fail(problem.what());
+    }
+}
+
+int ImagingJob::imageDisc() {
+    ProgressLines lines(m_command.progress ? std::optional(STDOUT_FILENO) : std::nullopt);
+    lines.unknown();
+
+    Background<OpenResult> opening([device = m_command.device] {
+        OpenResult result;
+        result.medium = openMedium(device, &result.problem);
+        return result;
+    });
+    while (!opening.isDoneWithin(ProgressLines::interval)) {
+        if (lines.readerIsGone()) {
+            leave(EXIT_FAILURE);
+        }
+    }
+    const auto [medium, problem] = opening.take();
+    if (!medium) {
+        return fail(problem);
+    }
+
+    int error = 0;
+    const auto image = ImageFile::create(m_command.image, &error);
+    if (!image) {
+        return fail(reasonOfCreate(m_command.image, error));
+    }
+    const std::uint64_t bytes = medium->capacity();
+    error = image->reserve(bytes);
+    if (error != 0) {
+        image->remove();
+        return fail(reasonOfReserve(m_command.image, error, bytes));
+    }
+
+    Copier copier(*medium, *image);
+    Background<CopyResult> copying([&copier] { return copier.run(); });
+    bool done = false;
+    while (!done) {
+        done = copying.isDoneWithin(ProgressLines::interval);
+        lines.done(copier.bytesWritten(), bytes);
+        if (lines.readerIsGone()) {
+            image->remove();
+            leave(EXIT_FAILURE);
+        }
+    }
+    const CopyResult result = copying.take();
+    if (result.kind != CopyResult::Kind::Copied) {
+        image->keepPartial();
+        return fail(reasonOf(result, m_command));
+    }
+    if (result.sectorsLeftOut > 0) {
+        const std::uint64_t first = result.bytes / medium->sectorBytes();
+        writeText(STDERR_FILENO,
+                  "hdiutil: left out the last " + std::to_string(result.sectorsLeftOut) +
+                      " sectors, from sector " + std::to_string(first) +
+                      ": no drive reads them, and the file system ends before them\n");
+    }
+    if (result.fileSystemSectors) {
+        writeText(STDERR_FILENO, "hdiutil: the file system claims " +
+                                     std::to_string(*result.fileSystemSectors) +
+                                     " sectors, but the disc has only " +
+                                     std::to_string(bytes / medium->sectorBytes()) + "\n");
+    }
+    writeText(STDOUT_FILENO, "created: " + m_command.image + "\n");
+    return EXIT_SUCCESS;
+}

@@ -1,0 +1,56 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <new>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "CreateCommand.h"
+#include "ImagingJob.h"
+#include "ProgressLines.h"
+
+namespace {
+
+constexpr int usageError = 64;
+constexpr const char* usage =
+    "Usage: hdiutil create -srcdevice /dev/NODE -format UDTO [-puppetstrings] -o FILE\n"
+    "Makes a raw image of a disc; \".cdr\" is added to FILE unless it is there.\n"
+    "  -puppetstrings   prints \"PERCENT:<number>\" lines, -1 while unknown\n";
+
+// Otherwise the image could become standard output.
+void keepStandardStreamsOpen() {
+    int descriptor = -1;
+    do {
+        descriptor = open("/dev/null", O_RDWR);
+    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    if (descriptor > STDERR_FILENO) {
+        close(descriptor);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    keepStandardStreamsOpen();
+    // Both then are errors of a write, which can be answered.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+
+    const std::vector<const char*> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+    if (arguments.size() == 1 && std::string_view(arguments[0]) == "--help") {
+        return writeText(STDOUT_FILENO, usage) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    }
+    std::string problem = "the only command is create";
+    std::optional<CreateCommand> command;
+    if (!arguments.empty() && std::string_view(arguments[0]) == "create") {
+        command = CreateCommand::parse(std::span(arguments).subspan(1), &problem);
+    }
+    if (!command) {
+        writeText(STDERR_FILENO, "hdiutil: " + problem + "\n" + usage);
+        return usageError;
+    }
+    return ImagingJob(*command).run();
+}

@@ -1,0 +1,61 @@
+#include "DeviceMedium.h"
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+std::unique_ptr<DeviceMedium> DeviceMedium::open(const std::string& device,
+                                                 std::unique_ptr<OpticalDrive> drive,
+                                                 const DiscLayout& layout, std::string* problem) {
+    // Without O_NONBLOCK: the kernel then takes a fresh look at the size, and locks the door.
+    const int descriptor = ::open(device.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        *problem = device + ": " + std::strerror(errno);
+        return nullptr;
+    }
+    int logicalBytes = 0;
+    std::uint64_t bytes = 0;
+    if (ioctl(descriptor, BLKSSZGET, &logicalBytes) != 0 ||
+        ioctl(descriptor, BLKGETSIZE64, &bytes) != 0) {
+        *problem = device + ": " + std::strerror(errno);
+        close(descriptor);
+        return nullptr;
+    }
+    const auto alignment = static_cast<std::uint32_t>(std::max(logicalBytes, 512));
+    std::unique_ptr<DeviceMedium> medium(
+        new DeviceMedium(std::move(drive), std::make_unique<UncachedFile>(descriptor, alignment)));
+    medium->m_sectorBytes = std::max(2048U, alignment);
+    medium->m_capacity = bytes;
+    if (layout.kind == DiscLayout::Kind::Mixed) {
+        medium->m_firstSector = layout.firstSector;
+        medium->m_capacity = std::uint64_t{layout.sectors} * medium->m_sectorBytes;
+        medium->m_runOutSectors += layout.gapSectors;
+    }
+    medium->m_disc = diskSequence(descriptor);
+    return medium;
+}
+
+DeviceMedium::DeviceMedium(std::unique_ptr<OpticalDrive> drive, std::unique_ptr<UncachedFile> file)
+    : m_drive(std::move(drive)), m_file(std::move(file)) {}
+
+int DeviceMedium::read(std::uint64_t offset, std::span<std::byte> buffer) {
+    std::size_t got = 0;
+    const int error = m_file->read(m_firstSector * m_sectorBytes + offset, buffer, &got);
+    return error == 0 && got < buffer.size() ? EIO : error;
+}
+
+Medium::State DeviceMedium::state() {
+    if (m_drive) {
+        return m_drive->state();
+    }
+    return diskSequence(m_file->descriptor()) == m_disc ? State::Same : State::Changed;
+}
+
+Medium::State DeviceMedium::confirmedState() {
+    return m_drive ? m_drive->confirmedState() : state();
+}

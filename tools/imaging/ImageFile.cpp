@@ -1,0 +1,148 @@
+#include "ImageFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "BufferRing.h"
+
+namespace {
+
+constexpr std::uint64_t windowBytes = 8ULL * 1024 * 1024;
+
+}  // namespace
+
+std::unique_ptr<ImageFile> ImageFile::create(const std::string& path, int* error, Caching caching) {
+    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
+    constexpr mode_t mode = 0666;
+    // Created without O_DIRECT: where it is refused, an open that asks for it leaves an empty file.
+    const int descriptor = open(path.c_str(), flags, mode);
+    if (descriptor < 0) {
+        *error = errno;
+        return nullptr;
+    }
+    const bool uncached = caching == Caching::Avoid && fcntl(descriptor, F_SETFL, O_DIRECT) == 0;
+    return std::unique_ptr<ImageFile>(new ImageFile(path, descriptor, uncached));
+}
+
+ImageFile::ImageFile(std::string path, int descriptor, bool uncached)
+    : m_path(std::move(path)), m_descriptor(descriptor), m_uncached(uncached) {}
+
+ImageFile::~ImageFile() {
+    close(m_descriptor);
+}
+
+int ImageFile::reserve(std::uint64_t bytes) {
+    if (bytes == 0) {
+        return 0;
+    }
+    int result = 0;
+    do {
+        result = fallocate(m_descriptor, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(bytes));
+    } while (result != 0 && errno == EINTR);
+    if (result == 0 || (errno != ENOSPC && errno != EDQUOT && errno != EFBIG)) {
+        return 0;
+    }
+    return errno;
+}
+
+int ImageFile::stopUncached() {
+    m_uncached = false;
+    m_windowStart = m_windowEnd = m_size;
+    return fcntl(m_descriptor, F_SETFL, 0) == 0 ? 0 : errno;
+}
+
+int ImageFile::writeAll(std::span<const std::byte> bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written =
+            pwrite(m_descriptor, bytes.data(), bytes.size(), static_cast<off_t>(m_size));
+        if (written > 0) {
+            m_size += static_cast<std::uint64_t>(written);
+            bytes = bytes.subspan(static_cast<std::size_t>(written));
+            // A short uncached write may leave an unaligned rest.
+            if (m_uncached && m_size % BufferRing::alignment != 0) {
+                if (const int error = stopUncached()) {
+                    return error;
+                }
+            }
+        } else if (written == 0) {
+            return ENOSPC;
+        } else if (errno == EINVAL && m_uncached) {
+            if (const int error = stopUncached()) {
+                return error;
+            }
+        } else if (errno != EINTR) {
+            return errno;
+        }
+    }
+    return 0;
+}
+
+int ImageFile::append(std::span<const std::byte> bytes) {
+    if (m_uncached) {
+        const auto aligned =
+            bytes.first(bytes.size() / BufferRing::alignment * BufferRing::alignment);
+        if (const int error = writeAll(aligned)) {
+            return error;
+        }
+        bytes = bytes.subspan(aligned.size());
+        if (!bytes.empty() && m_uncached) {
+            if (const int error = stopUncached()) {
+                return error;
+            }
+        }
+    }
+    if (const int error = writeAll(bytes)) {
+        return error;
+    }
+    return m_uncached ? 0 : writeBackWindows();
+}
+
+int ImageFile::writeBackWindows() {
+    while (m_size - m_windowEnd >= windowBytes) {
+        // The window before this one has had the time of a whole window to reach the disk.
+        const auto start = static_cast<off_t>(m_windowStart);
+        const auto length = static_cast<off_t>(m_windowEnd - m_windowStart);
+        if (length > 0) {
+            if (sync_file_range(m_descriptor, start, length,
+                                SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE |
+                                    SYNC_FILE_RANGE_WAIT_AFTER) != 0 &&
+                errno != ENOSYS && errno != EINVAL && errno != ESPIPE) {
+                return errno;
+            }
+            posix_fadvise(m_descriptor, start, length, POSIX_FADV_DONTNEED);
+        }
+        m_windowStart = m_windowEnd;
+        sync_file_range(m_descriptor, static_cast<off_t>(m_windowEnd),
+                        static_cast<off_t>(windowBytes), SYNC_FILE_RANGE_WRITE);
+        m_windowEnd += windowBytes;
+    }
+    return 0;
+}
+
+int ImageFile::finish() {
+    int result = 0;
+    do {
+        result = fdatasync(m_descriptor);
+    } while (result != 0 && errno == EINTR);
+    if (result != 0) {
+        return errno;
+    }
+    posix_fadvise(m_descriptor, 0, 0, POSIX_FADV_DONTNEED);
+    return 0;
+}
+
+void ImageFile::keepPartial() {
+    // Truncating to the size that the file has frees the blocks beyond its end.
+    struct stat status {};
+    if (fstat(m_descriptor, &status) == 0 && ftruncate(m_descriptor, status.st_size) != 0) {
+        // The space then goes with the file; nothing better can be done.
+        return;
+    }
+}
+
+void ImageFile::remove() {
+    unlink(m_path.c_str());
+}

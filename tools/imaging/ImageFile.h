@@ -1,0 +1,49 @@
+// A new image file, written past the page cache so that imaging leaves the rest of the machine's
+// memory alone.
+//
+// Made on one thread, then used by one writer thread. Dropping it closes the file and leaves it.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "ImageSink.h"
+
+class ImageFile final : public ImageSink {
+public:
+    enum class Caching {
+        Avoid,    // uncached writes where the file system takes them
+        Windows,  // cached writes, written back and dropped window by window
+    };
+
+    // Creates the file; one that exists is never touched. Absent on failure; *error is its number.
+    static std::unique_ptr<ImageFile> create(const std::string& path, int* error,
+                                             Caching caching = Caching::Avoid);
+    ~ImageFile() override;
+
+    // Takes the space for so many bytes now, so that a full disk fails at once; the file's size
+    // still grows with what is written. 0 also where the file system cannot do that.
+    int reserve(std::uint64_t bytes);
+
+    int append(std::span<const std::byte> bytes) override;
+    int finish() override;
+
+    // Gives back what was reserved and not written; for an image that stays incomplete.
+    void keepPartial();
+    // Removes the file; safe while another thread still writes to it.
+    void remove();
+
+private:
+    ImageFile(std::string path, int descriptor, bool uncached);
+    int stopUncached();
+    int writeAll(std::span<const std::byte> bytes);
+    int writeBackWindows();
+
+    const std::string m_path;
+    const int m_descriptor;
+    bool m_uncached;
+    std::uint64_t m_size = 0;         // bytes written
+    std::uint64_t m_windowStart = 0;  // cached bytes before it are on the disk and dropped
+    std::uint64_t m_windowEnd = 0;    // the write-back of those before it was started
+};

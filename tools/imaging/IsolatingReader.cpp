@@ -1,0 +1,111 @@
+#include "IsolatingReader.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <vector>
+
+namespace {
+
+constexpr int singleSectorAttempts = 2;
+constexpr std::size_t smallPiece = 64UL * 1024;  // bytes
+
+}  // namespace
+
+std::optional<IsolatingReader::Failure> IsolatingReader::discIsGone(int error) {
+    const auto state = m_medium->confirmedState();
+    if (state == Medium::State::Changed) {
+        return Failure{Failure::Kind::Changed, 0, error};
+    }
+    if (state == Medium::State::Removed || error == ENOMEDIUM || error == ENODEV ||
+        error == ENXIO) {
+        return Failure{Failure::Kind::Removed, 0, error};
+    }
+    return std::nullopt;
+}
+
+std::optional<IsolatingReader::Failure> IsolatingReader::readOneSector(
+    std::uint64_t offset, std::span<std::byte> buffer) {
+    int error = 0;
+    for (int attempt = 0; attempt < singleSectorAttempts; ++attempt) {
+        error = m_medium->read(offset, buffer);
+        if (error == 0) {
+            m_pastTheBadSector = m_pastTheBadSector || attempt > 0;
+            return std::nullopt;
+        }
+        m_pastTheBadSector = true;
+        if (const auto gone = discIsGone(error)) {
+            return gone;
+        }
+    }
+    return Failure{Failure::Kind::Unreadable, offset / m_medium->sectorBytes(), error};
+}
+
+std::optional<IsolatingReader::Failure> IsolatingReader::readSectors(std::uint64_t offset,
+                                                                     std::span<std::byte> buffer,
+                                                                     std::size_t& good) {
+    const std::size_t sector = m_medium->sectorBytes();
+    good = 0;
+    while (good < buffer.size()) {
+        const auto piece = buffer.subspan(good, std::min(sector, buffer.size() - good));
+        if (auto failure = readOneSector(offset + good, piece)) {
+            return failure;
+        }
+        good += piece.size();
+        if (m_pastTheBadSector && good < buffer.size()) {
+            return std::nullopt;
+        }
+    }
+    return std::nullopt;
+}
+
+IsolatingReader::Result IsolatingReader::read(std::uint64_t offset, std::span<std::byte> buffer) {
+    if (const auto state = m_medium->state(); state != Medium::State::Same) {
+        return {0, Failure{state == Medium::State::Changed ? Failure::Kind::Changed
+                                                           : Failure::Kind::Removed,
+                           0, 0}};
+    }
+    int error = m_medium->read(offset, buffer);
+    if (error == 0) {
+        return {buffer.size(), std::nullopt};
+    }
+    if (const auto gone = discIsGone(error)) {
+        return {0, gone};
+    }
+    const std::size_t sector = m_medium->sectorBytes();
+    const std::size_t smallBytes = std::max<std::size_t>(smallPiece / sector, 1) * sector;
+    m_pastTheBadSector = false;
+    std::size_t done = 0;
+    while (done < buffer.size()) {
+        std::size_t good = 0;
+        if (auto failure = readSectors(offset + done, buffer.subspan(done), good)) {
+            return {done + good, failure};
+        }
+        done += good;
+        // The bad sector is behind: small pieces are quick and cost one failing command at most.
+        while (done < buffer.size()) {
+            const auto piece = buffer.subspan(done, std::min(smallBytes, buffer.size() - done));
+            error = m_medium->read(offset + done, piece);
+            if (error != 0) {
+                break;
+            }
+            done += piece.size();
+        }
+        if (done < buffer.size()) {
+            if (const auto gone = discIsGone(error)) {
+                return {done, gone};
+            }
+            m_pastTheBadSector = false;
+        }
+    }
+    return {done, std::nullopt};
+}
+
+bool IsolatingReader::isReadable(std::uint64_t sector) {
+    const std::uint64_t offset = sector * m_medium->sectorBytes();
+    if (offset >= m_medium->capacity()) {
+        return false;
+    }
+    std::vector<std::byte> buffer(static_cast<std::size_t>(
+        std::min<std::uint64_t>(m_medium->sectorBytes(), m_medium->capacity() - offset)));
+    return m_medium->read(offset, buffer) == 0;
+}

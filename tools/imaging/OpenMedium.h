@@ -1,0 +1,13 @@
+// Finds what a device name stands for: the practice drive's disc, a disc in an optical drive, or
+// another block device.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "Medium.h"
+
+// The medium in this device, such as "/dev/sr0", ready to be imaged; may wait while a disc spins
+// up. Absent on failure; *problem is then one sentence, with "Permission denied" in it when the
+// reason is a missing permission.
+std::unique_ptr<Medium> openMedium(const std::string& device, std::string* problem);

@@ -1,0 +1,44 @@
+// An optical drive of the kernel's, and the disc that was in it when it was opened.
+//
+// Owned by the medium that reads from it; used by one thread. Opening never moves a tray.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "DiscLayout.h"
+#include "Medium.h"
+
+class OpticalDrive final {
+public:
+    // Waits for a disc that is still spinning up. Absent on failure, also when the tray is empty;
+    // *problem is then one sentence, or empty when the device is no optical drive.
+    static std::unique_ptr<OpticalDrive> open(const std::string& device, std::string* problem);
+    ~OpticalDrive();
+    OpticalDrive(const OpticalDrive&) = delete;
+    OpticalDrive& operator=(const OpticalDrive&) = delete;
+
+    int descriptor() const { return m_descriptor; }
+    DiscLayout layout() const;
+    // Whether the drive says that nothing has been recorded on the disc; false when it won't say.
+    bool discIsBlank() const;
+
+    // As Medium::state() and Medium::confirmedState().
+    Medium::State state();
+    Medium::State confirmedState();
+
+private:
+    OpticalDrive(std::string device, int descriptor);
+
+    const std::string m_device;
+    const int m_descriptor;
+    std::optional<std::uint64_t> m_disc;  // the kernel's number of the disc; absent on old kernels
+    std::chrono::steady_clock::time_point m_asked;
+};
+
+// The kernel's number of the medium in a block device, another one for every disc; absent on
+// kernels that don't count.
+std::optional<std::uint64_t> diskSequence(int descriptor);

@@ -1,0 +1,100 @@
+#include "UncachedFile.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+std::unique_ptr<UncachedFile> UncachedFile::open(const std::string& path, int* error) {
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        *error = errno;
+        return nullptr;
+    }
+    return std::make_unique<UncachedFile>(descriptor);
+}
+
+UncachedFile::UncachedFile(int descriptor, std::size_t alignment)
+    : m_descriptor(descriptor),
+      m_alignment(alignment),
+      m_uncached(fcntl(descriptor, F_SETFL, O_DIRECT) == 0) {
+    if (!m_uncached) {
+        useCache();
+    }
+}
+
+UncachedFile::~UncachedFile() {
+    close(m_descriptor);
+}
+
+bool UncachedFile::isAligned(std::uint64_t offset, std::span<const std::byte> buffer) const {
+    return offset % m_alignment == 0 && buffer.size() % m_alignment == 0 &&
+           reinterpret_cast<std::uintptr_t>(buffer.data()) % m_alignment == 0;
+}
+
+void UncachedFile::useCache() {
+    m_uncached = false;
+    fcntl(m_descriptor, F_SETFL, 0);
+    // Pages that are not on the disk yet cannot be dropped.
+    fdatasync(m_descriptor);
+    posix_fadvise(m_descriptor, 0, 0, POSIX_FADV_DONTNEED);
+    posix_fadvise(m_descriptor, 0, 0, POSIX_FADV_SEQUENTIAL);
+}
+
+int UncachedFile::readAligned(std::uint64_t offset, std::span<std::byte> buffer,
+                              std::size_t* bytes) {
+    *bytes = 0;
+    while (*bytes < buffer.size()) {
+        const auto rest = buffer.subspan(*bytes);
+        const ssize_t count =
+            pread(m_descriptor, rest.data(), rest.size(), static_cast<off_t>(offset + *bytes));
+        if (count > 0) {
+            *bytes += static_cast<std::size_t>(count);
+            // A short uncached read that ends off the alignment has reached the file's end.
+            if (m_uncached && static_cast<std::size_t>(count) % m_alignment != 0) {
+                return 0;
+            }
+        } else if (count == 0) {
+            return 0;
+        } else if (errno == EINVAL && m_uncached) {
+            useCache();
+        } else if (errno != EINTR) {
+            return errno;
+        }
+    }
+    return 0;
+}
+
+int UncachedFile::read(std::uint64_t offset, std::span<std::byte> buffer, std::size_t* bytes) {
+    if (!m_uncached || isAligned(offset, buffer)) {
+        const int error = readAligned(offset, buffer, bytes);
+        if (!m_uncached && *bytes > 0) {
+            posix_fadvise(m_descriptor, static_cast<off_t>(offset), static_cast<off_t>(*bytes),
+                          POSIX_FADV_DONTNEED);
+        }
+        return error;
+    }
+    *bytes = 0;
+    const std::uint64_t start = offset / m_alignment * m_alignment;
+    const auto lead = static_cast<std::size_t>(offset - start);
+    const std::size_t span = (lead + buffer.size() + m_alignment - 1) / m_alignment * m_alignment;
+    void* memory = nullptr;
+    if (posix_memalign(&memory, BufferRing::alignment, span) != 0) {
+        return ENOMEM;
+    }
+    const std::unique_ptr<std::byte, decltype(&std::free)> copy(static_cast<std::byte*>(memory),
+                                                                &std::free);
+    std::size_t filled = 0;
+    if (const int error = readAligned(start, {copy.get(), span}, &filled)) {
+        return error;
+    }
+    if (filled > lead) {
+        *bytes = std::min(filled - lead, buffer.size());
+        std::memcpy(buffer.data(), copy.get() + lead, *bytes);
+    }
+    return 0;
+}

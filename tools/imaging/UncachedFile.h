@@ -1,0 +1,42 @@
+// A file or block device that is read from its disk and not from the machine's memory, and whose
+// reading leaves nothing behind in memory.
+//
+// Used by one thread at a time. Where the file system refuses uncached reading (files that live in
+// memory do), the file is read in the ordinary way, after its cached pages have been dropped.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+#include "BufferRing.h"
+
+class UncachedFile final {
+public:
+    // Opens the file for reading. Absent on failure; *error is its number.
+    static std::unique_ptr<UncachedFile> open(const std::string& path, int* error);
+    // Takes over an open descriptor. The alignment is what uncached reading of it needs, in bytes.
+    explicit UncachedFile(int descriptor, std::size_t alignment = BufferRing::alignment);
+    ~UncachedFile();
+    UncachedFile(const UncachedFile&) = delete;
+    UncachedFile& operator=(const UncachedFile&) = delete;
+
+    int descriptor() const { return m_descriptor; }
+
+    // Reads up to the buffer's size from the offset; fewer bytes only at the file's end. 0, or the
+    // number of the error. Quick when offset, buffer and size are multiples of
+    // the alignment; any others work, through a copy.
+    int read(std::uint64_t offset, std::span<std::byte> buffer, std::size_t* bytes);
+
+private:
+    int readAligned(std::uint64_t offset, std::span<std::byte> buffer, std::size_t* bytes);
+    void useCache();
+
+    bool isAligned(std::uint64_t offset, std::span<const std::byte> buffer) const;
+
+    const int m_descriptor;
+    const std::size_t m_alignment;
+    bool m_uncached;
+};
