@@ -1,0 +1,272 @@
+#include "GelBar.h"
+
+#include <gtest/gtest.h>
+
+#include <QPainter>
+#include <cmath>
+#include <limits>
+
+#include "Aqua.h"
+#include "Pixels.h"
+
+namespace {
+
+constexpr int barWidth = 200;
+constexpr int barHeight = 14;
+
+QImage painted(std::optional<double> value, double phase, double ratio,
+               Qt::LayoutDirection direction = Qt::LeftToRight) {
+    QImage image(int(barWidth * ratio), int(barHeight * ratio),
+                 QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(ratio);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    GelBar bar;
+    bar.paint(painter, QRectF(0, 0, barWidth, barHeight), value, phase, direction);
+    return image;
+}
+
+// How far a point lies inside a stripe; negative outside of all.
+double depthInStripe(double x, double y, double phase) {
+    const double offset = x + y - (phase - barHeight);
+    const double inPeriod = offset - std::floor(offset / 18) * 18;
+    return inPeriod < 9 ? std::min(inPeriod, 9 - inPeriod) : -std::min(inPeriod - 9, 18 - inPeriod);
+}
+
+bool isBlue(QRgb pixel) {
+    return qBlue(pixel) > qRed(pixel) + 10;
+}
+
+TEST(GelBarTest, TheFillIsTheValuesShareOfTheWidth) {
+    EXPECT_DOUBLE_EQ(GelBar::fillWidth(0.0, 420), 0);
+    EXPECT_DOUBLE_EQ(GelBar::fillWidth(0.25, 420), 105);
+    EXPECT_DOUBLE_EQ(GelBar::fillWidth(1.0, 420), 420);
+}
+
+TEST(GelBarTest, OddValuesFillNothingOrEverything) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    EXPECT_DOUBLE_EQ(GelBar::fillWidth(-1.0, 420), 0);
+    EXPECT_DOUBLE_EQ(GelBar::fillWidth(-infinity, 420), 0);
+    EXPECT_DOUBLE_EQ(GelBar::fillWidth(2.0, 420), 420);
+    EXPECT_DOUBLE_EQ(GelBar::fillWidth(infinity, 420), 420);
+    EXPECT_DOUBLE_EQ(GelBar::fillWidth(std::nan(""), 420), 420);
+    EXPECT_DOUBLE_EQ(GelBar::fillWidth(std::nullopt, 420), 420);
+}
+
+TEST(GelBarTest, ThePaintedFillIsAsWide) {
+    struct Case {
+        std::optional<double> value;
+        int filled;
+    };
+    for (const Case& c : {Case{-1.0, 0}, Case{0.0, 0}, Case{0.25, 50}, Case{1.0, 200},
+                          Case{2.0, 200}, Case{std::nan(""), 200}, Case{std::nullopt, 200}}) {
+        const QImage image = painted(c.value, 0, 1);
+        int blue = 0;
+        for (int x = 0; x < barWidth; ++x)
+            blue += isBlue(image.pixel(x, 7)) ? 1 : 0;
+        EXPECT_EQ(blue, c.filled) << c.value.value_or(-99);
+    }
+}
+
+TEST(GelBarTest, AStripeLeansByTheHeightOfTheBar) {
+    const GelBar bar;
+    for (const double height : {14.0, 30.0}) {
+        const auto stripes = bar.stripes(QSizeF(100, height), 5);
+        ASSERT_FALSE(stripes.empty());
+        for (size_t i = 0; i < stripes.size(); ++i) {
+            const double x = 5 - height + 18 * double(i);
+            const QPolygonF expected({QPointF(x, 0), QPointF(x + 9, 0),
+                                      QPointF(x + 9 - height, height),
+                                      QPointF(x - height, height)});
+            EXPECT_EQ(stripes[i], expected);
+            // As far to the left as it is down: 45 degrees.
+            EXPECT_DOUBLE_EQ(stripes[i][0].x() - stripes[i][3].x(), height);
+        }
+    }
+}
+
+TEST(GelBarTest, StripesBeginLeftOfTheBarAndEndRightOfIt) {
+    const GelBar bar;
+    const auto stripes = bar.stripes(QSizeF(100, 14), 3);
+    EXPECT_DOUBLE_EQ(stripes.front()[0].x(), 3 - 14);
+    EXPECT_LT(stripes.back()[0].x(), 100 + 14);
+    EXPECT_GE(stripes.back()[0].x() + 18, 100 + 14);
+    EXPECT_EQ(stripes.size(), 7U);
+}
+
+TEST(GelBarTest, AStripeWidthOfAnotherCallerSetsThePeriod) {
+    const GelBar bar(4);
+    const auto stripes = bar.stripes(QSizeF(40, 10), 0);
+    ASSERT_GT(stripes.size(), 2U);
+    EXPECT_DOUBLE_EQ(stripes[1][0].x() - stripes[0][0].x(), 8);
+    EXPECT_DOUBLE_EQ(stripes[0][1].x() - stripes[0][0].x(), 4);
+    EXPECT_DOUBLE_EQ(bar.phase(0.25), 4);
+}
+
+TEST(GelBarTest, ThePhaseMovesOnePeriodInHalfASecond) {
+    const GelBar bar;
+    EXPECT_DOUBLE_EQ(bar.phase(0), 0);
+    EXPECT_DOUBLE_EQ(bar.phase(0.125), 4.5);
+    EXPECT_DOUBLE_EQ(bar.phase(0.25), 9);
+    EXPECT_NEAR(bar.phase(0.4999), 18, 0.01);
+    EXPECT_NEAR(bar.phase(0.5), 0, 1e-9);
+    EXPECT_NEAR(bar.phase(7200.125), 4.5, 1e-6);
+    EXPECT_DOUBLE_EQ(bar.phase(-3), 0);
+}
+
+TEST(GelBarTest, TheTrackIsAGradientWithABorder) {
+    for (const double ratio : {1.0, 1.5, 2.0, 3.0}) {
+        const QImage image = painted(0.0, 0, ratio);
+        const int line = std::max(1, qRound(ratio));
+        const int x = image.width() / 2;
+        for (int y = 0; y < image.height(); ++y) {
+            const bool border = y < line || y >= image.height() - line;
+            const double t = (y + 0.5) / image.height();
+            const Colour expected =
+                border ? Colour::white(0.55) : Colour::white(0.78 + (0.92 - 0.78) * t);
+            EXPECT_TRUE(isColour(image.pixel(x, y), expected)) << ratio << " row " << y;
+        }
+        EXPECT_LT(qAlpha(image.pixel(0, 0)), 20) << "round ends";
+    }
+}
+
+TEST(GelBarTest, TheFillIsGradientStripesAndGlossInThisOrder) {
+    for (const double ratio : {1.0, 2.0, 3.0}) {
+        for (const double phase : {0.0, 4.5, 11.25}) {
+            const QImage image = painted(std::nullopt, phase, ratio);
+            int inside = 0;
+            int outside = 0;
+            for (int row = int(ratio); row < int(13 * ratio); ++row) {
+                const double y = (row + 0.5) / ratio;
+                const double gloss = std::max(0.0, 0.70 * (1 - y / 7));
+                const Colour gel =
+                    threeStops(Aqua::blueTop(), Aqua::blueMid(), Aqua::blueBottom(), y / barHeight);
+                for (int column = int(20 * ratio); column < int(180 * ratio); ++column) {
+                    const double depth = depthInStripe((column + 0.5) / ratio, y, phase);
+                    if (std::abs(depth) < 1.1 / ratio)
+                        continue;  // the stripe's soft edge
+                    ++(depth > 0 ? inside : outside);
+                    const Colour expected = gel.under(Colour::white(1), depth > 0 ? 0.35 : 0)
+                                                .under(Colour::white(1), gloss);
+                    ASSERT_TRUE(isColour(image.pixel(column, row), expected, 3))
+                        << column << " " << row << " at " << ratio << " phase " << phase;
+                }
+            }
+            EXPECT_GT(inside, 500);
+            EXPECT_GT(outside, 500);
+        }
+    }
+}
+
+TEST(GelBarTest, TheFillsGradientPassesItsThreeStops) {
+    // Between stripes, at twenty pixels a point, so that rows are as good as points.
+    const QImage image = painted(std::nullopt, 0, 20);
+    const auto between = [&](double y) {
+        for (int x = 40 * 20;; ++x) {
+            if (depthInStripe((x + 0.5) / 20, y, 0) < -2)
+                return image.pixel(x, int(y * 20));
+        }
+    };
+    EXPECT_TRUE(isColour(between(7.0), Colour::of(Aqua::blueMid()), 2));
+    EXPECT_TRUE(isColour(between(12.9), threeStops(Aqua::blueTop(), Aqua::blueMid(),
+                                                   Aqua::blueBottom(), 12.925 / 14)));
+    const Colour top = threeStops(Aqua::blueTop(), Aqua::blueMid(), Aqua::blueBottom(), 1.025 / 14);
+    EXPECT_TRUE(isColour(between(1.0), top.under(Colour::white(1), 0.70 * (1 - 1.025 / 7)), 2));
+}
+
+TEST(GelBarTest, TheFillHasABorderOfOnePoint) {
+    for (const double ratio : {1.0, 1.5, 2.0, 3.0}) {
+        const QImage image = painted(std::nullopt, 0, ratio);
+        const int line = std::max(1, qRound(ratio));
+        const auto bodyAt = [&](int row) {
+            const double t = (row + 0.5) / image.height();
+            return threeStops(Aqua::blueTop(), Aqua::blueMid(), Aqua::blueBottom(), t);
+        };
+        for (int i = 0; i < line; ++i) {
+            const int row = image.height() - 1 - i;
+            int found = 0;
+            const Colour plain = bodyAt(row).under(Colour::of(Aqua::blueBottom()), 0.7);
+            const Colour striped = bodyAt(row)
+                                       .under(Colour::white(1), 0.35)
+                                       .under(Colour::of(Aqua::blueBottom()), 0.7);
+            for (int column = image.width() / 4; column < image.width() * 3 / 4; ++column) {
+                const double depth = depthInStripe((column + 0.5) / ratio, (row + 0.5) / ratio, 0);
+                if (std::abs(depth) < 1.1 / ratio)
+                    continue;
+                ++found;
+                EXPECT_TRUE(isColour(image.pixel(column, row), depth > 0 ? striped : plain, 2));
+            }
+            EXPECT_GT(found, 20);
+        }
+    }
+}
+
+TEST(GelBarTest, StripesMoveToTheRight) {
+    const QImage before = painted(std::nullopt, 0, 1);
+    const QImage after = painted(std::nullopt, 5, 1);
+    // Away from the ends the picture is the same, five points further.
+    EXPECT_EQ(before.copy(30, 0, 100, 14), after.copy(35, 0, 100, 14));
+    EXPECT_NE(before, after);
+}
+
+TEST(GelBarTest, TheJumpBackAtTheEndOfAPeriodIsInvisible) {
+    EXPECT_EQ(painted(std::nullopt, 0, 2), painted(std::nullopt, 18, 2));
+}
+
+TEST(GelBarTest, TheFillEndsAsACapsuleOnTheTrack) {
+    const QImage image = painted(0.5, 0, 2);
+    // The fill's right end is at 100 points: full in the middle, away at the corner.
+    EXPECT_TRUE(isBlue(image.pixel(198, 14)));
+    EXPECT_FALSE(isBlue(image.pixel(198, 2)));
+    EXPECT_FALSE(isBlue(image.pixel(202, 14)));
+}
+
+TEST(GelBarTest, AShortFillStaysInsideTheTracksRoundEnd) {
+    const QImage track = painted(0.0, 0, 2);
+    for (const double value : {0.005, 0.01, 0.03, 0.05}) {
+        const QImage image = painted(value, 0, 2);
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                // Two soft edges on top of each other cover at most a quarter more.
+                EXPECT_LE(qAlpha(image.pixel(x, y)), qAlpha(track.pixel(x, y)) + 65) << value;
+        EXPECT_TRUE(isBlue(image.pixel(1, 14))) << value;
+    }
+}
+
+TEST(GelBarTest, FromRightToLeftTheFillBeginsOnTheRight) {
+    const QImage image = painted(0.25, 0, 1, Qt::RightToLeft);
+    EXPECT_TRUE(isBlue(image.pixel(195, 7)));
+    EXPECT_TRUE(isBlue(image.pixel(152, 7)));
+    EXPECT_FALSE(isBlue(image.pixel(147, 7)));
+}
+
+TEST(GelBarTest, ABarThatIsUsedAgainShowsEveryNewState) {
+    GelBar bar;
+    const auto paint = [&bar](std::optional<double> value, double phase, double ratio) {
+        QImage image(int(barWidth * ratio), int(barHeight * ratio),
+                     QImage::Format_ARGB32_Premultiplied);
+        image.setDevicePixelRatio(ratio);
+        image.fill(Qt::transparent);
+        QPainter painter(&image);
+        bar.paint(painter, QRectF(0, 0, barWidth, barHeight), value, phase);
+        return image;
+    };
+    for (const double ratio : {1.0, 2.0}) {
+        for (const std::optional<double> value :
+             {std::optional<double>(), std::optional(0.5), std::optional(0.0), std::optional(0.7)})
+            EXPECT_EQ(paint(value, 3, ratio), painted(value, 3, ratio));
+    }
+}
+
+TEST(GelBarTest, ABarWithoutRoomPaintsNothing) {
+    QImage image(10, 14, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    GelBar bar;
+    bar.paint(painter, QRectF(0, 0, 0, 14), 0.5, 0);
+    bar.paint(painter, QRectF(0, 0, 0, 14), std::nullopt, 0);
+    painter.end();
+    EXPECT_EQ(image.pixel(0, 7), 0U);
+}
+
+}  // namespace
