@@ -99,7 +99,7 @@ class Figure:
     bar: int
     name: str
     values: list = field(default_factory=list)
-    limit: float = 0.0
+    limit: float | None = 0.0  # None: no bar, told for comparison only
     unit: str = ""
     note: str = ""
 
@@ -117,11 +117,11 @@ class Figure:
 
     @property
     def met(self):
-        return self.median <= self.limit
+        return self.limit is None or self.median <= self.limit
 
     @property
     def missed(self):
-        return self.median - self.spread > self.limit
+        return self.limit is not None and self.median - self.spread > self.limit
 
     def as_dict(self):
         return {
