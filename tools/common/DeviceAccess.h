@@ -19,6 +19,15 @@ struct Medium {
 
 class DeviceAccess {
 public:
+    enum class Ejected {
+        Yes,
+        Busy,       // another program, or a mount, has the device open
+        Refused,    // the drive itself said no
+        NoAccess,   // this user may not open the device
+        NotADrive,  // the device has no tray
+        Failed,
+    };
+
     DeviceAccess() = default;
     DeviceAccess(const DeviceAccess&) = delete;
     DeviceAccess& operator=(const DeviceAccess&) = delete;
@@ -29,4 +38,6 @@ public:
     virtual std::optional<Medium> medium(const std::string& node, std::string* error) = 0;
     // The label of the file system on it; empty without one.
     virtual std::string label(const std::string& node) = 0;
+    // Unlocks the door and opens the tray; also when it is empty. *error is the reason on Failed.
+    virtual Ejected eject(const std::string& node, std::string* error) = 0;
 };

@@ -165,6 +165,10 @@ std::optional<std::string> DriveQuery::node(const std::string& device, std::stri
     return known;
 }
 
+bool DriveQuery::isOpticalDrive(const std::string& name) {
+    return opticalNumber(name).has_value();
+}
+
 bool DriveQuery::isPractice(const std::string& name) const {
     return m_practiceFolder && std::string(nodePrefix) + name == PracticeDrive::deviceNode;
 }

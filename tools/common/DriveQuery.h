@@ -52,6 +52,9 @@ public:
     // kernel has no such block device.
     std::optional<std::string> kernelName(const std::string& device) const;
 
+    // Whether the kernel gives this name to optical drives.
+    static bool isOpticalDrive(const std::string& name);
+
 private:
     bool isPractice(const std::string& name) const;
     std::optional<DriveFacts> practiceDrive(Wanted wanted, std::string* error) const;

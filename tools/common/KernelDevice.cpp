@@ -140,3 +140,43 @@ std::string KernelDevice::label(const std::string& node) {
     const DescriptorHolder device = openQuietly(node);
     return device.isOpen() ? FileSystemLabel::read(device.get()) : std::string();
 }
+
+DeviceAccess::Ejected KernelDevice::eject(const std::string& node, std::string* error) {
+    const DescriptorHolder device = openQuietly(node);
+    if (!device.isOpen()) {
+        *error = std::strerror(errno);
+        return errno == EACCES || errno == EPERM ? Ejected::NoAccess : Ejected::Failed;
+    }
+    if (ioctl(device.get(), CDROM_DRIVE_STATUS, CDSL_CURRENT) < 0 && errno == ENOTTY) {
+        return Ejected::NotADrive;
+    }
+    // The device manager locks the door of every drive that it has looked at. When this fails,
+    // ejecting fails too and says why.
+    ioctl(device.get(), CDROM_LOCKDOOR, 0);
+    const int result = ioctl(device.get(), CDROMEJECT, 0);
+    const int reason = errno;
+    *error = std::strerror(reason);
+    return ejected(result, reason);
+}
+
+DeviceAccess::Ejected KernelDevice::ejected(int result, int error) {
+    if (result == 0) {
+        return Ejected::Yes;
+    }
+    // The kernel hands a drive's refusal on as a positive number, not as -1.
+    if (result > 0) {
+        return Ejected::Refused;
+    }
+    switch (error) {
+        case EBUSY:
+            return Ejected::Busy;
+        case EACCES:
+        case EPERM:
+            return Ejected::NoAccess;
+        case ENOTTY:
+        case ENOSYS:
+            return Ejected::NotADrive;
+        default:
+            return Ejected::Failed;
+    }
+}

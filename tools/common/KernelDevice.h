@@ -14,6 +14,10 @@ public:
     std::optional<Medium> medium(const std::string& node, std::string* error) override;
     std::string label(const std::string& node) override;
 
+    Ejected eject(const std::string& node, std::string* error) override;
+
+    // What the eject call's result, and errno when it is negative, mean.
+    static Ejected ejected(int result, int error);
     // The current profile in a GET CONFIGURATION answer; absent when it is too short to hold one.
     static std::optional<std::uint16_t> profileIn(const std::uint8_t* answer, std::size_t size);
     // Whether a READ DISC INFORMATION answer says that nothing is recorded.

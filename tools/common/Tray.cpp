@@ -1,20 +1,24 @@
 #include "Tray.h"
 
-#include <fcntl.h>
-#include <linux/cdrom.h>
-#include <sys/ioctl.h>
-
 #include <cerrno>
-#include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <utility>
 
-#include "DescriptorHolder.h"
+#include "DeviceHolders.h"
+#include "DriveQuery.h"
+#include "MountTable.h"
 #include "PracticeDrive.h"
+#include "SmallFile.h"
+#include "Utf8.h"
 
-Tray::Tray(SystemPaths paths, std::optional<std::string> practiceFolder)
-    : m_paths(std::move(paths)), m_practiceFolder(std::move(practiceFolder)) {}
+Tray::Tray(SystemPaths paths, std::optional<std::string> practiceFolder, DeviceAccess& devices,
+           DiscService& service)
+    : m_paths(std::move(paths)),
+      m_practiceFolder(std::move(practiceFolder)),
+      m_devices(devices),
+      m_service(service) {}
 
 bool Tray::open(const std::string& node, std::string* problem) {
     if (m_practiceFolder && "/dev/" + node == PracticeDrive::deviceNode) {
@@ -48,25 +52,99 @@ bool Tray::openPractice(std::string* problem) const {
     return true;
 }
 
-bool Tray::openDrive(const std::string& node, std::string* problem) const {
-    const std::string path = m_paths.nodes + "/" + node;
-    const DescriptorHolder device(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    if (!device.isOpen()) {
-        *problem = "/dev/" + node + ": " + std::strerror(errno);
-        return false;
-    }
-    if (ioctl(device.get(), CDROM_DRIVE_STATUS, CDSL_CURRENT) < 0 && errno == ENOTTY) {
+bool Tray::openDrive(const std::string& node, std::string* problem) {
+    // Before anything is unmounted: the name can be any disk's.
+    if (!DriveQuery::isOpticalDrive(node)) {
         *problem = "/dev/" + node + " is not an optical drive.";
         return false;
     }
-    // The device manager locks the door of every drive that it has looked at.
-    ioctl(device.get(), CDROM_LOCKDOOR, 0);
-    // A drive that refuses gives a positive number, not -1.
-    const int result = ioctl(device.get(), CDROMEJECT, 0);
-    if (result != 0) {
-        *problem = "/dev/" + node + ": " +
-                   (result < 0 ? std::strerror(errno) : "the drive refused to open its tray");
+    if (!unmountAll(node, problem)) {
         return false;
     }
-    return true;
+    const std::string shown = "/dev/" + node;
+    std::string reason;
+    switch (m_devices.eject(nodePath(node), &reason)) {
+        case DeviceAccess::Ejected::Yes:
+            return true;
+        case DeviceAccess::Ejected::Busy:
+            *problem = busySentence(node);
+            return false;
+        case DeviceAccess::Ejected::Refused:
+            *problem = shown + ": the drive refused to open its tray.";
+            return false;
+        case DeviceAccess::Ejected::NotADrive:
+            *problem = shown + " is not an optical drive.";
+            return false;
+        case DeviceAccess::Ejected::NoAccess:
+            break;
+        case DeviceAccess::Ejected::Failed:
+            *problem = shown + ": " + reason;
+            return false;
+    }
+    // Who may not open the device may still be allowed to eject it by the service's rules.
+    std::string answer;
+    const DiscService::Result result = m_service.eject(node, &answer);
+    if (result == DiscService::Result::Busy) {
+        *problem = busySentence(node);
+    } else if (result == DiscService::Result::Failed) {
+        *problem = shown + ": " + answer;
+    } else {
+        *problem = shown + ": " + reason;
+    }
+    return result == DiscService::Result::Done;
+}
+
+bool Tray::unmountAll(const std::string& node, std::string* problem) {
+    const std::string number = deviceNumber(node);
+    if (number.empty()) {
+        return true;
+    }
+    // Each round takes one mount away; a table that does not get shorter ends it.
+    std::size_t before = SIZE_MAX;
+    bool serviceHelps = true;
+    for (;;) {
+        const auto folders = MountTable::read(m_paths.processes, number);
+        if (folders.empty()) {
+            return true;
+        }
+        if (folders.size() >= before && !serviceHelps) {
+            *problem = "/dev/" + node + " is still mounted on " + folders.front() + ".";
+            return false;
+        }
+        serviceHelps = serviceHelps && folders.size() < before;
+        before = folders.size();
+        std::string reason;
+        auto result = DiscService::Result::Unavailable;
+        if (serviceHelps) {
+            result = m_service.unmount(node, &reason);
+            serviceHelps = result != DiscService::Result::Unavailable;
+        }
+        if (!serviceHelps) {
+            result = m_service.unmountFolder(folders.front(), &reason);
+        }
+        if (result != DiscService::Result::Done) {
+            // The service does not always tell "busy" from other failures, so look in any case.
+            const auto holders = DeviceHolders::find(m_paths.processes, nodePath(node), folders);
+            *problem = result == DiscService::Result::Busy || !holders.empty()
+                           ? DeviceHolders::sentence("/dev/" + node, holders)
+                           : "/dev/" + node + " is mounted on " + folders.front() +
+                                 " and cannot be unmounted: " + reason;
+            return false;
+        }
+    }
+}
+
+std::string Tray::busySentence(const std::string& node) const {
+    const auto folders = MountTable::read(m_paths.processes, deviceNumber(node));
+    const auto holders = DeviceHolders::find(m_paths.processes, nodePath(node), folders);
+    return DeviceHolders::sentence("/dev/" + node, holders);
+}
+
+std::string Tray::nodePath(const std::string& node) const {
+    return m_paths.nodes + "/" + node;
+}
+
+std::string Tray::deviceNumber(const std::string& node) const {
+    const auto text = SmallFile::read(m_paths.blockDevices + "/" + node + "/dev");
+    return std::string(Utf8::trimmed(text.value_or("")));
 }

@@ -3,12 +3,14 @@
 #include "DiskTool.h"
 #include "KernelDevice.h"
 #include "SmallFile.h"
+#include "UDisks.h"
 
 int main(int argc, char** argv) {
     KernelDevice devices;
     DriveQuery drives(SystemPaths{}, devices);
     drives.useEnvironment();
-    Tray tray(SystemPaths{}, drives.practiceFolder());
+    UDisks service;
+    Tray tray(SystemPaths{}, drives.practiceFolder(), devices, service);
     std::string output;
     std::string errors;
     const int status = DiskTool(drives, tray)

@@ -24,7 +24,7 @@ std::string StatusReport::text(const DriveFacts& drive) {
     if (!drive.disc) {
         return report + "           Type: No Media Inserted\n";
     }
-    std::string type = Utf8::oneLine(drive.disc->type);
+    std::string type = Utf8::oneLine(drive.disc->type) + " ";
     if (Utf8::characterCount(type) < typeWidth) {
         type = Utf8::column(type, typeWidth);
     }

@@ -1,0 +1,95 @@
+#include "DeviceHolders.h"
+
+#include <dirent.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <climits>
+#include <memory>
+#include <string_view>
+
+#include "SmallFile.h"
+#include "Utf8.h"
+
+namespace {
+
+std::vector<std::string> entries(const std::string& folder) {
+    std::vector<std::string> names;
+    const std::unique_ptr<DIR, int (*)(DIR*)> open(opendir(folder.c_str()), closedir);
+    if (open) {
+        while (const dirent* entry = readdir(open.get())) {
+            names.emplace_back(entry->d_name);
+        }
+    }
+    return names;
+}
+
+std::string linkTarget(const std::string& link) {
+    std::array<char, PATH_MAX> target;
+    const ssize_t size = readlink(link.c_str(), target.data(), target.size());
+    return size < 0 ? std::string() : std::string(target.data(), static_cast<std::size_t>(size));
+}
+
+bool isIn(std::string_view path, std::string_view folder) {
+    return path.substr(0, folder.size()) == folder &&
+           (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
+// The process number that a folder of /proc is named after; 0 for its other folders.
+int processNumber(std::string_view name) {
+    int number = 0;
+    const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
+    return error == std::errc() && end == name.data() + name.size() ? number : 0;
+}
+
+}  // namespace
+
+std::vector<DeviceHolder> DeviceHolders::find(const std::string& processes, const std::string& node,
+                                              const std::vector<std::string>& mountPoints) {
+    const auto holds = [&](const std::string& link) {
+        const std::string target = linkTarget(link);
+        return !target.empty() &&
+               (target == node ||
+                std::any_of(mountPoints.begin(), mountPoints.end(),
+                            [&](const auto& folder) { return isIn(target, folder); }));
+    };
+    std::vector<DeviceHolder> holders;
+    for (const std::string& name : entries(processes)) {
+        const int number = processNumber(name);
+        if (number <= 0 || number == getpid()) {
+            continue;
+        }
+        const std::string folder = processes + "/" + name;
+        bool isHolder = holds(folder + "/cwd") || holds(folder + "/root") || holds(folder + "/exe");
+        for (const std::string& descriptor :
+             isHolder ? std::vector<std::string>() : entries(folder + "/fd")) {
+            isHolder = isHolder || holds(folder + "/fd/" + descriptor);
+        }
+        if (isHolder) {
+            const auto program = SmallFile::read(folder + "/comm");
+            holders.push_back({number, Utf8::oneLine(Utf8::trimmed(program.value_or("")))});
+        }
+    }
+    std::sort(holders.begin(), holders.end(),
+              [](const auto& left, const auto& right) { return left.process < right.process; });
+    return holders;
+}
+
+std::string DeviceHolders::sentence(const std::string& node,
+                                    const std::vector<DeviceHolder>& holders) {
+    std::string text = node + " is in use by ";
+    if (holders.empty()) {
+        return text + "another program.";
+    }
+    for (std::size_t index = 0; index < holders.size(); ++index) {
+        if (index > 0) {
+            text += index + 1 == holders.size() ? " and " : ", ";
+        }
+        const DeviceHolder& holder = holders[index];
+        text += (holder.program.empty() ? "a program" : holder.program) + " (process " +
+                std::to_string(holder.process) + ")";
+    }
+    return text + ".";
+}
