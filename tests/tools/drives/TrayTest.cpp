@@ -1,0 +1,191 @@
+#include "Tray.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "FakeMachine.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const char* const mountedOnce = "30 28 11:0 / /media/A ro - iso9660 /dev/sr0 ro\n";
+const char* const mountedTwice =
+    "30 28 11:0 / /media/A ro - iso9660 /dev/sr0 ro\n"
+    "31 28 11:0 / /media/B ro - iso9660 /dev/sr0 ro\n";
+
+class TrayTest : public testing::Test {
+protected:
+    TrayTest() { machine.addDrive("sr0", "11:0"); }
+
+    bool open(const std::string& node = "sr0") {
+        return Tray(machine.paths(), std::nullopt, devices, service).open(node, &problem);
+    }
+    std::string holderNode() const { return machine.path("dev/sr0"); }
+
+    FakeMachine machine;
+    FakeDevices devices;
+    FakeService service{machine.mountTable()};
+    std::string problem;
+};
+
+TEST_F(TrayTest, ADiscThatIsNotMountedIsEjectedWithoutAskingTheService) {
+    EXPECT_TRUE(open());
+    EXPECT_THAT(devices.questions, ElementsAre("eject sr0"));
+    EXPECT_THAT(service.calls, IsEmpty());
+}
+
+TEST_F(TrayTest, AMountedDiscIsUnmountedByTheServiceFirst) {
+    machine.setMounts(mountedTwice);
+    EXPECT_TRUE(open());
+    EXPECT_THAT(service.calls, ElementsAre("unmount sr0", "unmount sr0"));
+    EXPECT_THAT(devices.questions, ElementsAre("eject sr0"));
+}
+
+TEST_F(TrayTest, WithoutTheServiceTheDiscIsUnmountedDirectlyTheLastMountFirst) {
+    machine.setMounts(mountedTwice);
+    service.unmountResult = DiscService::Result::Unavailable;
+    EXPECT_TRUE(open());
+    EXPECT_THAT(service.calls,
+                ElementsAre("unmount sr0", "unmountFolder /media/B", "unmountFolder /media/A"));
+}
+
+TEST_F(TrayTest, AServiceThatSaysDoneAndDidNothingIsNotAskedForever) {
+    machine.setMounts(mountedOnce);
+    service.removesMounts = false;
+    EXPECT_FALSE(open());
+    EXPECT_THAT(service.calls, ElementsAre("unmount sr0", "unmountFolder /media/A"));
+    EXPECT_EQ(problem, "/dev/sr0 is still mounted on /media/A.");
+    EXPECT_THAT(devices.questions, IsEmpty());
+}
+
+TEST_F(TrayTest, ABusyMountNamesItsHolderAndEjectsNothing) {
+    machine.setMounts(mountedOnce);
+    machine.addProcess(77, "bash", {{"cwd", "/media/A/folder"}});
+    service.unmountResult = DiscService::Result::Busy;
+    EXPECT_FALSE(open());
+    EXPECT_EQ(problem, "/dev/sr0 is in use by bash (process 77).");
+    EXPECT_THAT(devices.questions, IsEmpty());
+}
+
+TEST_F(TrayTest, AFailedUnmountOfADiscThatSomeoneUsesNamesTheUser) {
+    machine.setMounts(mountedOnce);
+    machine.addProcess(77, "bash", {{"cwd", "/media/A"}});
+    service.unmountResult = DiscService::Result::Failed;
+    service.answer = "target is busy";
+    EXPECT_FALSE(open());
+    EXPECT_EQ(problem, "/dev/sr0 is in use by bash (process 77).");
+}
+
+TEST_F(TrayTest, AFailedUnmountGivesTheServicesReason) {
+    machine.setMounts(mountedOnce);
+    service.unmountResult = DiscService::Result::Failed;
+    service.answer = "Not authorized to perform operation";
+    EXPECT_FALSE(open());
+    EXPECT_EQ(problem,
+              "/dev/sr0 is mounted on /media/A and cannot be unmounted: Not authorized to perform "
+              "operation");
+}
+
+TEST_F(TrayTest, AHeldDriveNamesItsHolders) {
+    machine.addProcess(12, "hdiutil", {{"fd/3", holderNode()}});
+    machine.addProcess(34, "vlc", {{"fd/9", holderNode()}});
+    devices.ejected = DeviceAccess::Ejected::Busy;
+    EXPECT_FALSE(open());
+    EXPECT_EQ(problem, "/dev/sr0 is in use by hdiutil (process 12) and vlc (process 34).");
+}
+
+TEST_F(TrayTest, ADriveThatRefusesIsAFailure) {
+    devices.ejected = DeviceAccess::Ejected::Refused;
+    EXPECT_FALSE(open());
+    EXPECT_EQ(problem, "/dev/sr0: the drive refused to open its tray.");
+}
+
+TEST_F(TrayTest, WhoMayNotOpenTheDeviceEjectsThroughTheService) {
+    devices.ejected = DeviceAccess::Ejected::NoAccess;
+    devices.ejectError = "Permission denied";
+    service.ejectResult = DiscService::Result::Done;
+    EXPECT_TRUE(open());
+    EXPECT_THAT(service.calls, ElementsAre("eject sr0"));
+}
+
+TEST_F(TrayTest, WithoutAccessAndWithoutTheServiceTheReasonIsTheMissingPermission) {
+    devices.ejected = DeviceAccess::Ejected::NoAccess;
+    devices.ejectError = "Permission denied";
+    EXPECT_FALSE(open());
+    EXPECT_EQ(problem, "/dev/sr0: Permission denied");
+}
+
+TEST_F(TrayTest, ADeviceThatIsNoOpticalDriveIsNeitherUnmountedNorEjected) {
+    machine.addDrive("sda", "8:0");
+    machine.setMounts("30 28 8:0 / /home rw - ext4 /dev/sda rw\n");
+    for (const char* name : {"sda", "loop0", "sr", "srx", "sr0p1"}) {
+        EXPECT_FALSE(open(name)) << name;
+        EXPECT_EQ(problem, std::string("/dev/") + name + " is not an optical drive.");
+    }
+    EXPECT_THAT(service.calls, IsEmpty());
+    EXPECT_THAT(devices.questions, IsEmpty());
+}
+
+class PracticeTrayTest : public testing::Test {
+protected:
+    bool open() {
+        return Tray(machine.paths(), folder.path(), devices, service).open("practice0", &problem);
+    }
+
+    FakeMachine machine;
+    FakeDevices devices;
+    FakeService service{machine.mountTable()};
+    ScratchFolder folder;
+    std::string problem;
+};
+
+TEST_F(PracticeTrayTest, EjectingRenamesTheImage) {
+    folder.write("disc.iso", "image");
+    EXPECT_TRUE(open());
+    EXPECT_THAT(folder.list(), ElementsAre("ejected.iso"));
+}
+
+TEST_F(PracticeTrayTest, EjectingASymbolicLinkLeavesItsTargetAlone) {
+    const ScratchFolder elsewhere;
+    const std::string image = elsewhere.write("image.iso", "image");
+    ASSERT_EQ(symlink(image.c_str(), folder.path("disc.iso").c_str()), 0);
+    EXPECT_TRUE(open());
+    EXPECT_THAT(folder.list(), ElementsAre("ejected.iso"));
+    struct stat status {};
+    ASSERT_EQ(lstat(folder.path("ejected.iso").c_str(), &status), 0);
+    EXPECT_TRUE(S_ISLNK(status.st_mode));
+    EXPECT_EQ(ScratchFolder::read(image), "image");
+}
+
+TEST_F(PracticeTrayTest, AnImageThatWasEjectedBeforeIsReplaced) {
+    folder.write("ejected.iso", "old");
+    folder.write("disc.iso", "new");
+    EXPECT_TRUE(open());
+    EXPECT_EQ(ScratchFolder::read(folder.path("ejected.iso")), "new");
+}
+
+TEST_F(PracticeTrayTest, AnEmptyTrayOpensToo) {
+    EXPECT_TRUE(open());
+    EXPECT_THAT(folder.list(), IsEmpty());
+}
+
+TEST_F(PracticeTrayTest, ADriveToldToFailKeepsItsDisc) {
+    folder.write("disc.iso", "image");
+    folder.write("drive.json", R"({"failEject": true})");
+    EXPECT_FALSE(open());
+    EXPECT_EQ(problem, "The practice drive refused to open its tray.");
+    EXPECT_THAT(folder.list(), ElementsAre("disc.iso", "drive.json"));
+}
+
+TEST_F(PracticeTrayTest, WithoutADriveNothingIsEjected) {
+    folder.write("disc.iso", "image");
+    folder.write("drive.json", R"({"noDrive": true})");
+    EXPECT_FALSE(open());
+    EXPECT_EQ(problem, "No optical drive found.");
+    EXPECT_THAT(folder.list(), ElementsAre("disc.iso", "drive.json"));
+}
+
+}  // namespace

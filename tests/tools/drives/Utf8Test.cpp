@@ -1,0 +1,66 @@
+#include "Utf8.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+const std::string unknown = "\xEF\xBF\xBD";
+
+TEST(Utf8Test, TextThatIsValidStaysAsItIs) {
+    const std::string text = "A\xC3\xBC\xE2\x82\xAC\xF0\x9F\x92\xBF";
+    EXPECT_EQ(Utf8::valid(text), text);
+}
+
+TEST(Utf8Test, EveryByteThatBelongsToNoCharacterIsReplaced) {
+    EXPECT_EQ(Utf8::valid("M\xFCller"), "M" + unknown + "ller");
+    EXPECT_EQ(Utf8::valid("\xC3"), unknown);
+    EXPECT_EQ(Utf8::valid("a\xE2\x82"), "a" + unknown + unknown);
+}
+
+TEST(Utf8Test, OverlongFormsSurrogatesAndTooLargeValuesAreNotCharacters) {
+    EXPECT_EQ(Utf8::valid("\xC0\x80"), unknown + unknown);
+    EXPECT_EQ(Utf8::valid("\xE0\x80\x80"), unknown + unknown + unknown);
+    EXPECT_EQ(Utf8::valid("\xED\xA0\x80"), unknown + unknown + unknown);
+    EXPECT_EQ(Utf8::valid("\xF4\x90\x80\x80"), unknown + unknown + unknown + unknown);
+    EXPECT_EQ(Utf8::valid("\xF5\x80\x80\x80"), unknown + unknown + unknown + unknown);
+}
+
+TEST(Utf8Test, EveryPairOfBytesBecomesTextThatStaysAsItIsWhenReadAgain) {
+    for (int first = 0; first < 256; ++first) {
+        for (int second = 0; second < 256; ++second) {
+            const std::string bytes = {static_cast<char>(first), static_cast<char>(second)};
+            const std::string text = Utf8::valid(bytes);
+            ASSERT_EQ(Utf8::valid(text), text) << first << " " << second;
+        }
+    }
+}
+
+TEST(Utf8Test, OneLineHoldsNoControlCharacterOfAnyKind) {
+    EXPECT_EQ(Utf8::oneLine("a\nb\tc\rd"), "a b c d");
+    EXPECT_EQ(Utf8::oneLine("a\xC2\x85z"), "a z");      // next line
+    EXPECT_EQ(Utf8::oneLine("a\xE2\x80\xA8z"), "a z");  // line separator
+    EXPECT_EQ(Utf8::oneLine(std::string("a\0z", 3)), "a z");
+}
+
+TEST(Utf8Test, TrimmingTakesBlanksAndLineEndsFromBothEndsOnly) {
+    EXPECT_EQ(Utf8::trimmed("  a b \n"), "a b");
+    EXPECT_EQ(Utf8::trimmed(" \t\r\n"), "");
+    EXPECT_EQ(Utf8::trimmed(""), "");
+}
+
+TEST(Utf8Test, AColumnIsCutAndPaddedByCharactersNotBytes) {
+    EXPECT_EQ(Utf8::column("ab", 4), "ab  ");
+    EXPECT_EQ(Utf8::column("abcdef", 4), "abcd");
+    EXPECT_EQ(Utf8::column("\xC3\xBC\xC3\xBC\xC3\xBC", 2), "\xC3\xBC\xC3\xBC");
+    EXPECT_EQ(Utf8::column("\xC3\xBC", 3), "\xC3\xBC  ");
+    EXPECT_EQ(Utf8::column("", 2), "  ");
+}
+
+TEST(Utf8Test, ACombiningMarkStaysWithItsCharacter) {
+    const std::string text = "u\xCC\x88x";  // u, diaeresis, x
+    EXPECT_EQ(Utf8::characterCount(text), 2U);
+    EXPECT_EQ(Utf8::column(text, 1), "u\xCC\x88");
+    EXPECT_EQ(Utf8::column(text, 3), text + " ");
+}
+
+}  // namespace
