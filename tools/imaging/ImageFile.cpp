@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -37,6 +38,14 @@ ImageFile::~ImageFile() {
 int ImageFile::reserve(std::uint64_t bytes) {
     if (bytes == 0) {
         return 0;
+    }
+    // Asked first: taking the space would fill the disk before it fails.
+    struct statvfs space {};
+    if (fstatvfs(m_descriptor, &space) == 0 && space.f_blocks > 0) {
+        const std::uint64_t blocks = geteuid() == 0 ? space.f_bfree : space.f_bavail;
+        if (bytes / space.f_frsize > blocks) {
+            return ENOSPC;
+        }
     }
     int result = 0;
     do {

@@ -1,0 +1,140 @@
+#include "ImageFile.h"
+
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+
+#include "BufferRing.h"
+#include "CachedPages.h"
+#include "ScratchFolder.h"
+
+namespace {
+
+constexpr std::size_t mebibyte = 1024UL * 1024;
+
+// Appends the content in pieces of the ring's size, from an aligned buffer as the copier does.
+int appendAll(ImageFile& image, const std::string& content, std::size_t piece = mebibyte) {
+    BufferRing ring(1, mebibyte);
+    const auto buffer = ring.free();
+    for (std::size_t at = 0; at < content.size(); at += piece) {
+        const std::size_t bytes = std::min(piece, content.size() - at);
+        std::memcpy(buffer.data(), content.data() + at, bytes);
+        if (const int error = image.append(buffer.first(bytes))) {
+            return error;
+        }
+    }
+    return 0;
+}
+
+class ImageFileTest : public testing::TestWithParam<ImageFile::Caching> {
+protected:
+    std::unique_ptr<ImageFile> create() {
+        return ImageFile::create(m_folder.path("image"), &m_error, GetParam());
+    }
+
+    ScratchFolder m_folder;
+    int m_error = 0;
+};
+
+INSTANTIATE_TEST_SUITE_P(AvoidingTheCacheAndInWindows, ImageFileTest,
+                         testing::Values(ImageFile::Caching::Avoid, ImageFile::Caching::Windows),
+                         [](const auto& test) {
+                             return test.param == ImageFile::Caching::Avoid ? "Avoid" : "Windows";
+                         });
+
+TEST_P(ImageFileTest, WhatIsAppendedIsInTheFileAtEverySize) {
+    for (const std::size_t size :
+         {std::size_t{0}, std::size_t{1}, std::size_t{511}, std::size_t{2048}, std::size_t{4096},
+          std::size_t{6144}, mebibyte - 1, mebibyte, 3 * mebibyte + 2048, 20 * mebibyte}) {
+        const auto image = create();
+        ASSERT_TRUE(image) << m_error;
+        const std::string content = patternBytes(size);
+        EXPECT_EQ(image->reserve(size), 0);
+        EXPECT_EQ(appendAll(*image, content), 0);
+        EXPECT_EQ(image->finish(), 0);
+        EXPECT_TRUE(ScratchFolder::read(m_folder.path("image")) == content) << size;
+        image->remove();
+    }
+}
+
+TEST_P(ImageFileTest, PiecesOffTheAlignmentAreWrittenToo) {
+    const auto image = create();
+    ASSERT_TRUE(image);
+    const std::string content = patternBytes(3 * mebibyte);
+    EXPECT_EQ(appendAll(*image, content, 1000 * 512), 0);
+    EXPECT_EQ(appendAll(*image, content, 4096), 0);
+    EXPECT_EQ(image->finish(), 0);
+    EXPECT_TRUE(ScratchFolder::read(m_folder.path("image")) == content + content);
+}
+
+TEST_P(ImageFileTest, AnExistingFileIsNeverTouched) {
+    m_folder.write("image", "precious");
+    EXPECT_FALSE(create());
+    EXPECT_EQ(m_error, EEXIST);
+    EXPECT_EQ(ScratchFolder::read(m_folder.path("image")), "precious");
+}
+
+TEST_P(ImageFileTest, ALinkThatPointsNowhereIsNotFollowed) {
+    std::filesystem::create_symlink(m_folder.path("target"), m_folder.path("image"));
+    EXPECT_FALSE(create());
+    EXPECT_EQ(m_error, EEXIST);
+    EXPECT_FALSE(std::filesystem::exists(m_folder.path("target")));
+}
+
+TEST_P(ImageFileTest, AMissingFolderIsTheErrorItIs) {
+    EXPECT_FALSE(ImageFile::create(m_folder.path("none/image"), &m_error, GetParam()));
+    EXPECT_EQ(m_error, ENOENT);
+}
+
+TEST_P(ImageFileTest, WhatIsReservedDoesNotShowInTheSizeAndIsGivenBack) {
+    const auto image = create();
+    ASSERT_TRUE(image);
+    ASSERT_EQ(image->reserve(64 * mebibyte), 0);
+    ASSERT_EQ(appendAll(*image, patternBytes(2 * mebibyte)), 0);
+    const auto status = [this] {
+        struct stat result {};
+        stat(m_folder.path("image").c_str(), &result);
+        return result;
+    };
+    EXPECT_EQ(status().st_size, static_cast<off_t>(2 * mebibyte));
+    EXPECT_GE(status().st_blocks * 512, static_cast<off_t>(64 * mebibyte));
+    image->keepPartial();
+    EXPECT_EQ(status().st_size, static_cast<off_t>(2 * mebibyte));
+    EXPECT_LT(status().st_blocks * 512, static_cast<off_t>(4 * mebibyte));
+}
+
+TEST_P(ImageFileTest, ADiskThatIsTooSmallFailsAtOnce) {
+    const auto image = create();
+    ASSERT_TRUE(image);
+    const int error = image->reserve(std::uint64_t{1} << 50);
+    EXPECT_TRUE(error == ENOSPC || error == EFBIG) << error;
+}
+
+TEST_P(ImageFileTest, AFileThatMayNotGrowAnyMoreIsAnError) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const auto image = create();
+    ASSERT_TRUE(image);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit limit{3 * mebibyte + 100, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_EQ(appendAll(*image, patternBytes(5 * mebibyte)), EFBIG);
+    setrlimit(RLIMIT_FSIZE, &before);
+}
+
+TEST_P(ImageFileTest, LittleOfItStaysInMemory) {
+    const auto image = create();
+    ASSERT_TRUE(image);
+    ASSERT_EQ(appendAll(*image, patternBytes(48 * mebibyte)), 0);
+    const auto cached = cachedBytes(m_folder.path("image"));
+    ASSERT_TRUE(cached);
+    EXPECT_LE(*cached, 24 * mebibyte);
+    ASSERT_EQ(image->finish(), 0);
+    EXPECT_LE(cachedBytes(m_folder.path("image")).value_or(~std::size_t{0}), mebibyte);
+}
+
+}  // namespace

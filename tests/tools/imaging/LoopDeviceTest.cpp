@@ -1,0 +1,93 @@
+// The built tools on block devices of the kernel's.
+#include "LoopDevice.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+
+#include "ImagingFixture.h"
+
+using testing::HasSubstr;
+
+namespace {
+
+constexpr std::size_t mebibyte = 1024UL * 1024;
+
+class LoopDeviceTest : public ImagingFixture {
+protected:
+    ToolRun::Result createFrom(const std::string& node, const std::string& name,
+                               const std::function<void()>& prepare = {}) const {
+        return ToolRun::run(
+            ToolRun::tool("hdiutil"),
+            {"create", "-srcdevice", node, "-format", "UDTO", "-o", folder.path(name)}, {},
+            prepare);
+    }
+};
+
+TEST_F(LoopDeviceTest, TheImageIsTheDevice) {
+    SKIP_WITHOUT_LOOP_DEVICES();
+    const std::string content = patternBytes(3 * mebibyte + 3 * 2048);
+    const LoopDevice device(folder.write("disc", content));
+    ASSERT_NE(device.node(), "");
+    const auto result = createFrom(device.node(), "image");
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_TRUE(image() == content);
+}
+
+TEST_F(LoopDeviceTest, ASecondRunSeesNewBytesThoughTheDeviceIsHeldOpen) {
+    SKIP_WITHOUT_LOOP_DEVICES();
+    const std::string content = patternBytes(2 * mebibyte);
+    const std::string path = folder.write("disc", content);
+    const LoopDevice device(path);
+    const int held = open(device.node().c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_GE(held, 0);
+    std::string cached(content.size(), '\0');
+    ASSERT_EQ(read(held, cached.data(), cached.size()), static_cast<ssize_t>(cached.size()));
+    ASSERT_EQ(createFrom(device.node(), "image").status, 0);
+    EXPECT_TRUE(image() == content);
+
+    {
+        std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(mebibyte);
+        file << patternBytes(2048, 7);
+    }
+    ASSERT_EQ(createFrom(device.node(), "second").status, 0);
+    std::string expected = content;
+    expected.replace(mebibyte, 2048, patternBytes(2048, 7));
+    EXPECT_TRUE(ScratchFolder::read(folder.path("second.cdr")) == expected);
+    close(held);
+}
+
+TEST_F(LoopDeviceTest, ADeviceThatMayNotBeReadSaysPermissionDenied) {
+    SKIP_WITHOUT_LOOP_DEVICES();
+    const LoopDevice device(folder.write("disc", patternBytes(8192)));
+    ASSERT_EQ(chmod(folder.path().c_str(), 0777), 0);
+    const auto result = createFrom(device.node(), "image", [] {
+        if (setgid(65534) != 0 || setuid(65534) != 0) {
+            _exit(126);
+        }
+    });
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "hdiutil: create failed - " + device.node() + ": Permission denied\n");
+    EXPECT_FALSE(image());
+}
+
+TEST_F(LoopDeviceTest, ADeviceWithNothingInItHoldsNoData) {
+    SKIP_WITHOUT_LOOP_DEVICES();
+    const LoopDevice device(folder.write("disc", {}));
+    ASSERT_NE(device.node(), "");
+    EXPECT_THAT(createFrom(device.node(), "image").err, HasSubstr("holds no data"));
+}
+
+TEST_F(LoopDeviceTest, ShasumDigestsADevice) {
+    SKIP_WITHOUT_LOOP_DEVICES();
+    const LoopDevice device(folder.write("disc", std::string(4096, '\0')));
+    const auto result = ToolRun::run(ToolRun::tool("shasum"), {"-a", "256", device.node()});
+    EXPECT_EQ(result.out, "ad7facb2586fc6e966c004d7d1d16b024f5805ff7cb47c7a85dabd8b48892ca7  " +
+                              device.node() + "\n");
+}
+
+}  // namespace
