@@ -1,19 +1,29 @@
 // Whether this user may read raw optical discs.
+//
+// Stateless, quick, any thread: a few existence checks and open/close pairs.
 #pragma once
 
+#include <QString>
 #include <QStringList>
+#include <functional>
 
 namespace FullDiskAccess {
 
 // Opens the probe files in their order, read-only and without moving a tray; the first that exists
-// and answers decides. Quick, stateless, any thread; every error is folded into false.
+// and answers decides. Every error is folded into false.
 bool isGranted();
 
-// The files that isGranted() asks, in order: the two under the home folder, then each optical
-// drive's device, then the practice drive's image.
+// The files that isGranted() asks, in order: the two under the home folder, then the devices of the
+// optical drives. With a practice drive the image in its tray stands in for the devices, because
+// the tools do not look at them then.
 QStringList probeFiles();
 
-// The deciding rule over any list of files; open(path) gives 0 or an error number.
-bool decide(const QStringList& files);
+// 0 when the file could be opened (it is closed at once), otherwise the error number. A practice
+// drive's image answers EACCES while the drive denies access.
+int tryToOpen(const QString& path);
+
+// The deciding rule over any list of files.
+using Open = std::function<int(const QString& path)>;
+bool decide(const QStringList& files, const Open& open = tryToOpen);
 
 }  // namespace FullDiskAccess

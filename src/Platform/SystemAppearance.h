@@ -1,4 +1,4 @@
-// Whether the desktop is dark.
+// How the desktop wants programs to look: dark or light, moving or still.
 #pragma once
 
 #include <QString>
@@ -8,12 +8,15 @@ namespace SystemAppearance {
 enum class Scheme { Light, Dark };
 
 // Dark exactly when the preference "AppleInterfaceStyle" is "Dark"; while that key is absent, when
-// the desktop portal's color-scheme is 1. Main thread; never blocks: the portal's answer is asked
-// for once in the background by prepare() and kept up to date, and counts as light until it is
-// there.
+// the desktop portal's color-scheme is 1. Main thread; never blocks: the portal is asked in the
+// background, and counts as light until its answer is there.
 Scheme current();
 
-// Starts asking the desktop portal; call once after the application object exists.
+// Whether the desktop asks for no animations; false until the portal has answered. Any thread.
+bool reducedMotion();
+
+// Starts asking the desktop portal, and following its changes, on a background thread that lives as
+// long as the process. The first call counts. Costs the caller nothing, whatever the bus does.
 void prepare();
 
 }  // namespace SystemAppearance

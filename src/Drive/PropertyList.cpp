@@ -1,0 +1,77 @@
+#include "PropertyList.h"
+
+#include <QXmlStreamReader>
+
+namespace {
+
+using PropertyList::Value;
+
+Value readInteger(QXmlStreamReader& reader) {
+    const QString text = reader.readElementText().trimmed();
+    bool isNumber = false;
+    const bool isHexadecimal = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
+    const qint64 number = text.toLongLong(&isNumber, isHexadecimal ? 16 : 10);
+    return isNumber ? Value(number) : Value();
+}
+
+Value readReal(QXmlStreamReader& reader) {
+    bool isNumber = false;
+    const double number = reader.readElementText().trimmed().toDouble(&isNumber);
+    return isNumber ? Value(number) : Value();
+}
+
+Value readArray(QXmlStreamReader& reader) {
+    QStringList texts;
+    bool onlyTexts = true;
+    while (reader.readNextStartElement()) {
+        if (reader.name() == QLatin1String("string")) {
+            texts << reader.readElementText();
+        } else {
+            onlyTexts = false;
+            reader.skipCurrentElement();
+        }
+    }
+    return onlyTexts ? Value(texts) : Value();
+}
+
+Value readValue(QXmlStreamReader& reader) {
+    if (reader.name() == QLatin1String("string")) {
+        return reader.readElementText();
+    }
+    if (reader.name() == QLatin1String("integer")) {
+        return readInteger(reader);
+    }
+    if (reader.name() == QLatin1String("real")) {
+        return readReal(reader);
+    }
+    if (reader.name() == QLatin1String("array")) {
+        return readArray(reader);
+    }
+    reader.skipCurrentElement();
+    return {};
+}
+
+}  // namespace
+
+std::optional<QMap<QString, Value>> PropertyList::parseDictionary(const QString& text) {
+    QXmlStreamReader reader(text);
+    if (!reader.readNextStartElement() || reader.name() != QLatin1String("plist") ||
+        !reader.readNextStartElement() || reader.name() != QLatin1String("dict")) {
+        return std::nullopt;
+    }
+    QMap<QString, Value> dictionary;
+    while (reader.readNextStartElement()) {
+        if (reader.name() != QLatin1String("key")) {
+            return std::nullopt;
+        }
+        const QString key = reader.readElementText();
+        if (!reader.readNextStartElement()) {
+            return std::nullopt;
+        }
+        dictionary[key] = readValue(reader);
+    }
+    while (!reader.atEnd()) {
+        reader.readNext();
+    }
+    return reader.hasError() ? std::nullopt : std::optional(dictionary);
+}

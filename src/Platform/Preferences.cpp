@@ -1,0 +1,108 @@
+#include "Preferences.h"
+
+#include <QFile>
+#include <QSet>
+#include <QSettings>
+
+#include "UserFolders.h"
+
+namespace {
+
+// Every instance of this process, to be told of a write through any of them.
+QSet<Preferences*>& instances() {
+    static QSet<Preferences*> all;
+    return all;
+}
+
+// Not QSettings' own idea of the folder: it looks at the environment only once.
+QString settingsFile() {
+    QString folder = QFile::decodeName(qgetenv("XDG_CONFIG_HOME"));
+    if (!folder.startsWith(QLatin1Char('/'))) {
+        folder = UserFolders::home() + QStringLiteral("/.config");
+    }
+    return folder + QStringLiteral("/Spindrift/Spindrift.conf");
+}
+
+bool read(const QString& key, bool fallback) {
+    const QString text =
+        QSettings(settingsFile(), QSettings::IniFormat).value(key).toString().trimmed().toLower();
+    if (text == QLatin1String("true") || text == QLatin1String("1")) {
+        return true;
+    }
+    if (text == QLatin1String("false") || text == QLatin1String("0")) {
+        return false;
+    }
+    return fallback;
+}
+
+void write(const QString& key, bool value, bool before, void (Preferences::*changed)()) {
+    {
+        QSettings settings(settingsFile(), QSettings::IniFormat);
+        settings.setValue(key, value);
+        settings.sync();
+    }
+    if (value == before) {
+        return;
+    }
+    const QSet<Preferences*> all = instances();
+    for (Preferences* instance : all) {
+        // A handler of the signal may have deleted another instance.
+        if (instances().contains(instance)) {
+            Q_EMIT(instance->*changed)();
+        }
+    }
+}
+
+const QString ejectKey = QStringLiteral("ejectWhenDone");
+const QString thoroughKey = QStringLiteral("thoroughVerify");
+const QString retroKey = QStringLiteral("retroMode");
+const QString onboardingKey = QStringLiteral("hasCompletedOnboarding");
+
+}  // namespace
+
+Preferences::Preferences(QObject* parent) : QObject(parent) {
+    instances().insert(this);
+}
+
+Preferences::~Preferences() {
+    instances().remove(this);
+}
+
+bool Preferences::ejectWhenDone() const {
+    return read(ejectKey, true);
+}
+
+bool Preferences::thoroughVerify() const {
+    return read(thoroughKey, false);
+}
+
+bool Preferences::retroMode() const {
+    return read(retroKey, false);
+}
+
+bool Preferences::hasCompletedOnboarding() const {
+    return read(onboardingKey, false);
+}
+
+std::optional<QString> Preferences::appleInterfaceStyle() const {
+    const QVariant value = QSettings(settingsFile(), QSettings::IniFormat)
+                               .value(QStringLiteral("AppleInterfaceStyle"));
+    return value.isValid() ? std::optional(value.toString()) : std::nullopt;
+}
+
+void Preferences::setEjectWhenDone(bool value) {
+    write(ejectKey, value, ejectWhenDone(), &Preferences::ejectWhenDoneChanged);
+}
+
+void Preferences::setThoroughVerify(bool value) {
+    write(thoroughKey, value, thoroughVerify(), &Preferences::thoroughVerifyChanged);
+}
+
+void Preferences::setRetroMode(bool value) {
+    write(retroKey, value, retroMode(), &Preferences::retroModeChanged);
+}
+
+void Preferences::setHasCompletedOnboarding(bool value) {
+    write(onboardingKey, value, hasCompletedOnboarding(),
+          &Preferences::hasCompletedOnboardingChanged);
+}
