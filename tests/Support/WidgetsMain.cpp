@@ -3,6 +3,10 @@
 #include <QApplication>
 
 int main(int argc, char** argv) {
+    // Also when the test program is started by hand, or only asked for its tests.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
     QApplication application(argc, argv);
     testing::InitGoogleMock(&argc, argv);
     return RUN_ALL_TESTS();
