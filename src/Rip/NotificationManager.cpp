@@ -33,8 +33,9 @@ public:
     void send(Notice notice) {
         const std::lock_guard lock(m_mutex);
         if (!m_threadRuns) {
-            m_threadRuns = BackgroundThread::start(BackgroundThread::Priority::Normal,
-                                                   [this] { deliver(); }) == 0;
+            m_threadRuns = BackgroundThread::start(
+                               BackgroundThread::Priority::Normal, [this] { deliver(); },
+                               BackgroundThread::Life::Endless) == 0;
         }
         if (m_threadRuns && m_queue.size() < longestQueue) {
             m_queue.push_back(std::move(notice));
