@@ -1,0 +1,121 @@
+#include "CommandLine.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <cstdio>
+#include <variant>
+
+#include "CommandArguments.h"
+#include "CommandContext.h"
+#include "HelpText.h"
+#include "Interruption.h"
+#include "PracticeDrive.h"
+#include "QuickCommands.h"
+#include "RipCommand.h"
+#include "SpeedTestCommand.h"
+#include "TextOutput.h"
+
+namespace {
+
+// A descriptor that the parent left closed would be given to the next file that is opened, and
+// what is printed would land in it.
+void openClosedDescriptors() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(descriptor, F_GETFD) < 0) {
+            [[maybe_unused]] const int opened = ::open("/dev/null", O_RDWR);
+        }
+    }
+}
+
+// Qt remarks on a locale that is not UTF-8 and then does the right thing.
+void printMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+    if (!message.contains(QLatin1String("UTF-8 locale"))) {
+        std::fprintf(stderr, "%s\n",
+                     qFormatLogMessage(type, context, message).toLocal8Bit().constData());
+    }
+}
+
+int runCommand(const CommandContext& context) {
+    switch (context.invocation.command) {
+        case Command::Status:
+            return QuickCommands::status(context);
+        case Command::History:
+            return QuickCommands::history(context);
+        case Command::Nickname:
+            return QuickCommands::nickname(context);
+        case Command::Eject:
+            return QuickCommands::eject(context);
+        case Command::Access:
+            return QuickCommands::access(context);
+        case Command::Settings:
+            return QuickCommands::settings(context);
+        case Command::Rip: {
+            Interruption interruption;
+            return RipCommand(context, interruption).run();
+        }
+        case Command::SpeedTest: {
+            Interruption interruption;
+            return SpeedTestCommand(context, interruption).run();
+        }
+    }
+    Q_UNREACHABLE();
+}
+
+int runInvocation(const Invocation& invocation, TextOutput& output, TextOutput& errors) {
+    const CommandContext context{invocation, output, errors};
+    if (invocation.practice) {
+        QString error;
+        if (!PracticeDrive::prepare(invocation.practiceImage, &error)) {
+            context.complain(error);
+            return ExitStatus::failed;
+        }
+    }
+    const int status = runCommand(context);
+    const auto failure = output.failure();
+    if (failure && !output.readerIsGone()) {
+        context.complain(QStringLiteral("The output could not be written: ") + *failure);
+        return status == ExitStatus::done ? ExitStatus::failed : status;
+    }
+    return status;
+}
+
+int tellUsageError(const UsageError& error, TextOutput& errors) {
+    const QString help = error.command ? commandName(*error.command) + QStringLiteral(" --help")
+                                       : QStringLiteral("--help");
+    errors.write(
+        QStringLiteral("spindrift-cli: %1\nTry “spindrift-cli %2”.\n").arg(error.message, help));
+    return ExitStatus::usage;
+}
+
+}  // namespace
+
+int runCommandLine(int argc, char** argv) {
+    openClosedDescriptors();
+    QByteArrayList arguments;
+    for (int index = 1; index < argc; ++index) {
+        arguments.append(QByteArray(argv[index]));
+    }
+    qInstallMessageHandler(printMessage);
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("Spindrift"));
+    QCoreApplication::setOrganizationName(QStringLiteral("Spindrift"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(SPINDRIFT_VERSION));
+
+    TextOutput output(STDOUT_FILENO);
+    TextOutput errors(STDERR_FILENO);
+    const CommandArguments parsed = parseCommandArguments(arguments);
+    if (const auto* error = std::get_if<UsageError>(&parsed)) {
+        return tellUsageError(*error, errors);
+    }
+    if (const auto* help = std::get_if<HelpRequest>(&parsed)) {
+        output.write(helpText(help->command));
+        return ExitStatus::done;
+    }
+    if (std::holds_alternative<VersionRequest>(parsed)) {
+        output.write(versionText());
+        return ExitStatus::done;
+    }
+    return runInvocation(std::get<Invocation>(parsed), output, errors);
+}

@@ -1,0 +1,171 @@
+#include "RipCommand.h"
+
+#include "BackgroundThread.h"
+#include "ByteCount.h"
+#include "Interruption.h"
+#include "NotificationManager.h"
+#include "QuickCommands.h"
+#include "RipTarget.h"
+
+namespace {
+
+constexpr int readerCheckInterval = 500;       // milliseconds
+constexpr int cancelAgainInterval = 200;       // milliseconds
+constexpr int longestNotificationWait = 1000;  // milliseconds
+// The verification removes its second image, of up to 100 GB, after it has told its verdict.
+constexpr std::chrono::seconds longestTidying{20};
+
+}  // namespace
+
+RipCommand::RipCommand(const CommandContext& context, Interruption& interruption)
+    : m_context(context),
+      m_report(context.invocation.json ? RipReport::json(m_ripper, context.output)
+                                       : RipReport::forPeople(m_ripper, m_monitor, context.output)),
+      m_session(m_monitor, m_ripper, m_diagnostics,
+                RipChoices{[&context] { return context.invocation.thorough; },
+                           [&context] { return context.invocation.eject; }}) {
+    const auto look = [this] { lookAtTheOutcome(); };
+    connect(&m_ripper, &ISORipper::isRunningChanged, this, look, Qt::QueuedConnection);
+    connect(&m_ripper, &ISORipper::isVerifyingChanged, this, look, Qt::QueuedConnection);
+    connect(&m_ripper, &ISORipper::errorChanged, this, look, Qt::QueuedConnection);
+    connect(&m_ripper, &ISORipper::verifyStatusChanged, this, look, Qt::QueuedConnection);
+    connect(&m_session, &RipSession::ejectFinished, this,
+            [this](bool ejected) { m_ejectFailed = !ejected; });
+    connect(&m_session, &RipSession::ejectFinished, this, look, Qt::QueuedConnection);
+    connect(&interruption, &Interruption::interrupted, this, &RipCommand::cancel);
+    interruption.goBeforeEventsOf(&m_ripper);
+    // A tool that the verification had not yet started when it was cancelled escapes.
+    m_cancelAgain.setInterval(cancelAgainInterval);
+    connect(&m_cancelAgain, &QTimer::timeout, this, [this] {
+        if (m_ripper.isVerifying()) {
+            m_session.cancel();
+        }
+    });
+}
+
+RipCommand::~RipCommand() = default;
+
+int RipCommand::run() {
+    m_target = RipTarget::absolutePath(m_context.invocation.output);
+    const auto existing =
+        m_context.invocation.force ? RipTarget::Existing::Replace : RipTarget::Existing::Refuse;
+    if (const auto objection = RipTarget::objection(m_target, existing)) {
+        m_context.complain(*objection);
+        return ExitStatus::failed;
+    }
+    m_monitor.poll();
+    if (Interruption::happened()) {
+        return ExitStatus::cancelled;
+    }
+    if (!m_monitor.disc()) {
+        m_context.complain(
+            m_monitor.lastError().value_or(QStringLiteral("No disc inserted.")).trimmed());
+        return ExitStatus::failed;
+    }
+
+    NotificationManager::requestAuthorization();
+    m_report->say(
+        QStringLiteral("Ripping “%1” to %2").arg(m_monitor.disc()->displayName(), m_target));
+    QTimer readerCheck;
+    connect(&readerCheck, &QTimer::timeout, this, &RipCommand::cancelWithoutAReader);
+    readerCheck.start(readerCheckInterval);
+    m_session.setDestination(m_target);
+    m_session.startRip();
+    const int status = m_loop.exec();
+    m_report->end();
+    tellTheOutcome(status);
+    NotificationManager::flush(longestNotificationWait);
+    if (!m_session.isEjecting()) {
+        BackgroundThread::waitForPassing(longestTidying);
+    }
+    return status;
+}
+
+void RipCommand::cancel() {
+    if (outcome()) {
+        m_loop.exit(*outcome());  // only the eject is waited for
+        return;
+    }
+    m_cancelled = true;
+    m_session.cancel();
+    m_cancelAgain.start();
+}
+
+void RipCommand::cancelWithoutAReader() {
+    if (m_context.output.readerIsGone() && !m_cancelled) {
+        cancel();
+    }
+}
+
+void RipCommand::lookAtTheOutcome() {
+    if (const auto status = outcome(); status && !m_session.isEjecting()) {
+        m_loop.exit(*status);
+    }
+}
+
+std::optional<int> RipCommand::outcome() const {
+    if (m_ripper.isRunning() || m_ripper.isVerifying()) {
+        return std::nullopt;
+    }
+    if (m_ripper.error()) {
+        return m_cancelled ? ExitStatus::cancelled : ExitStatus::failed;
+    }
+    if (const auto& verdict = m_ripper.verifyStatus()) {
+        switch (verdict->kind()) {
+            case VerifyStatus::Kind::matched:
+                return ExitStatus::done;
+            case VerifyStatus::Kind::mismatched:
+                return ExitStatus::mismatched;
+            case VerifyStatus::Kind::failed:
+                return ExitStatus::failed;
+        }
+    }
+    return m_cancelled ? std::optional(ExitStatus::cancelled) : std::nullopt;
+}
+
+void RipCommand::tellTheOutcome(int status) {
+    if (m_ejectFailed) {
+        m_context.complain(QStringLiteral("The rip finished, but the disc couldn't be ejected."));
+    }
+    if (m_context.invocation.json) {
+        return;
+    }
+    if (status == ExitStatus::cancelled) {
+        m_context.complain(m_ripper.finished()
+                               ? QStringLiteral("Verification cancelled. The image is kept: ") +
+                                     m_target
+                               : QStringLiteral("Cancelled."));
+    } else if (const auto& error = m_ripper.error()) {
+        m_context.complain(error->errorDescription().trimmed());
+        if (error->kind() == RipError::Kind::permissionDenied) {
+            m_context.errors.write(accessGuidance());
+        }
+    } else if (const auto& verdict = m_ripper.verifyStatus()) {
+        tellTheVerdict(*verdict);
+    }
+}
+
+void RipCommand::tellTheVerdict(const VerifyStatus& verdict) {
+    switch (verdict.kind()) {
+        case VerifyStatus::Kind::matched: {
+            QString sentence = m_context.invocation.thorough
+                                   ? QStringLiteral("Saved and verified: ")
+                                   : QStringLiteral("Saved: ");
+            sentence +=
+                m_target + QStringLiteral(" (") + ByteCount::format(m_ripper.bytesWritten());
+            if (const auto& average = m_ripper.lastRipAverageBytesPerSecond()) {
+                sentence += QStringLiteral(" at ") + ByteCount::formatSpeed(*average);
+            }
+            m_report->say(sentence + QLatin1Char(')'));
+            return;
+        }
+        case VerifyStatus::Kind::mismatched:
+            m_context.complain(QStringLiteral(
+                "The ISO does not match the disc. The disc was not ejected — you may want to "
+                "retry."));
+            return;
+        case VerifyStatus::Kind::failed:
+            m_context.complain(verdict.text());
+            return;
+    }
+}

@@ -1,0 +1,47 @@
+#include "RipTarget.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace {
+
+QString quoted(const QString& path) {
+    return QStringLiteral("“") + path + QStringLiteral("”");
+}
+
+// Whether the path is the image that lies in the practice drive's tray.
+bool isThePracticeDisc(const QFileInfo& file) {
+    const QString folder = qEnvironmentVariable("SPINDRIFT_PRACTICE_DRIVE");
+    if (folder.isEmpty()) {
+        return false;
+    }
+    const QFileInfo disc(QDir(folder).filePath(QStringLiteral("disc.iso")));
+    return disc.exists() && disc.canonicalFilePath() == file.canonicalFilePath();
+}
+
+}  // namespace
+
+QString RipTarget::absolutePath(const QString& file) {
+    // Not cleaned: "link/../disc.iso" is what the file system makes of it.
+    return QDir::isAbsolutePath(file) ? file : QDir::currentPath() + QLatin1Char('/') + file;
+}
+
+std::optional<QString> RipTarget::objection(const QString& path, Existing existing) {
+    const QFileInfo file(path);
+    if (path.endsWith(QLatin1Char('/')) || file.isDir()) {
+        return quoted(path) + QStringLiteral(" is a folder. Name the file to write.");
+    }
+    if (!file.exists() && !file.isSymLink()) {
+        return std::nullopt;
+    }
+    if (file.exists() && !file.isFile()) {
+        return quoted(path) + QStringLiteral(" is not an ordinary file.");
+    }
+    if (isThePracticeDisc(file)) {
+        return quoted(path) + QStringLiteral(" is the disc in the practice drive.");
+    }
+    if (existing == Existing::Refuse) {
+        return quoted(path) + QStringLiteral(" exists already. Use --force to replace it.");
+    }
+    return std::nullopt;
+}

@@ -1,0 +1,198 @@
+// The other commands of the built program, against stub tools.
+#include <gmock/gmock.h>
+
+#include <QFile>
+#include <csignal>
+
+#include "CliProgram.h"
+#include "StubTools.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+class OtherProgramTest : public testing::Test {
+protected:
+    OtherProgramTest() { CliTest::writeDrive(folder); }
+
+    QByteArray outputOf(const QStringList& arguments, int exitStatus = 0) const {
+        CliProgram program(arguments);
+        EXPECT_EQ(program.exitStatus(), exitStatus) << program.errors().toStdString();
+        return program.output();
+    }
+
+    QByteArray errorsOf(const QStringList& arguments, int exitStatus) const {
+        CliProgram program(arguments);
+        EXPECT_EQ(program.exitStatus(), exitStatus);
+        EXPECT_EQ(program.output(), "");
+        return program.errors();
+    }
+
+    TestFolder folder;
+};
+
+TEST_F(OtherProgramTest, HelpAndVersionAreOutputAndNoErrors) {
+    EXPECT_THAT(outputOf({"--help"}).toStdString(), StartsWith("Usage: spindrift-cli COMMAND"));
+    for (const char* command :
+         {"status", "rip", "speed-test", "history", "nickname", "eject", "access", "settings"}) {
+        EXPECT_THAT(outputOf({command, "--help"}).toStdString(),
+                    StartsWith(std::string("Usage: spindrift-cli ") + command));
+    }
+    EXPECT_THAT(outputOf({"--version"}).toStdString(),
+                testing::MatchesRegex("spindrift-cli [0-9.]+\n"));
+    EXPECT_THAT(StubTools::log(folder), IsEmpty());
+}
+
+TEST_F(OtherProgramTest, AUsageErrorHasAHint) {
+    EXPECT_EQ(errorsOf({}, 64),
+              "spindrift-cli: No command was given.\nTry “spindrift-cli --help”.\n");
+    EXPECT_EQ(errorsOf({"rip", "--fast"}, 64),
+              "spindrift-cli: There is no option “--fast”.\nTry “spindrift-cli rip --help”.\n");
+}
+
+TEST_F(OtherProgramTest, ASpeedTestIsMeasuredShownAndRecorded) {
+    CliTest::writeImagingTool(folder, "echo PERCENT:50\nprintf 0123456789 > \"$image\"");
+    CliProgram program({"speed-test", "--json"});
+    EXPECT_EQ(program.exitStatus(), 0);
+    const auto lines = program.jsonLines();
+    ASSERT_FALSE(lines.empty());
+    const auto result = program.lastValue("result");
+    EXPECT_EQ(result["source"], "Speed Test");
+    EXPECT_EQ(result["discSizeBytes"], 4096);
+    EXPECT_EQ(program.lastValue("isRunning"), false);
+    EXPECT_EQ(program.lastValue("progress"), 0.5);
+    EXPECT_EQ(program.lastValue("bytesRead"), 10);
+    EXPECT_THAT(CliTest::temporaryImages(folder), IsEmpty());
+    CliProgram history({"history", "--json"});
+    EXPECT_EQ(history.exitStatus(), 0);
+    ASSERT_EQ(history.jsonLines().size(), 1U);
+    EXPECT_EQ(history.jsonLines()[0]["id"], result["id"]);
+}
+
+TEST_F(OtherProgramTest, ASpeedTestThatFailsHasAnError) {
+    CliTest::writeImagingTool(folder, "exit 1");
+    CliProgram json({"speed-test", "--json"});
+    EXPECT_EQ(json.exitStatus(), 1);
+    EXPECT_EQ(json.lastValue("error"), "Speed test failed (exit code 1).");
+    CliProgram people({"speed-test"});
+    EXPECT_EQ(people.exitStatus(), 1);
+    EXPECT_EQ(people.errors(), "spindrift-cli: Speed test failed (exit code 1).\n");
+    EXPECT_EQ(outputOf({"history", "--json"}), "");
+}
+
+TEST_F(OtherProgramTest, ASpeedTestWhoseToolCannotStartHasAnError) {
+    QFile::setPermissions(folder.write("tools/usr/bin/hdiutil", ""), QFile::ReadOwner);
+    EXPECT_EQ(outputOf({"speed-test", "--json"}, 1),
+              "{\"property\":\"error\",\"value\":\"Could not start speed test: Permission "
+              "denied\"}\n");
+}
+
+TEST_F(OtherProgramTest, AnInterruptedSpeedTestLeavesNothing) {
+    CliTest::writeImagingTool(folder,
+                              "printf partial > \"$image\"; echo PERCENT:10\n"
+                              "exec sleep 1000");
+    CliProgram program({"speed-test", "--json"});
+    ASSERT_TRUE(program.waitForOutput("0.1"));
+    program.sendSignal(SIGINT);
+    EXPECT_EQ(program.exitStatus(), 130);
+    EXPECT_EQ(program.lastValue("result"), nullptr);
+    EXPECT_EQ(program.lastValue("error"), nullptr);
+    EXPECT_THAT(CliTest::temporaryImages(folder), IsEmpty());
+    EXPECT_EQ(outputOf({"history", "--json"}), "");
+}
+
+TEST_F(OtherProgramTest, TheHistoryIsNewestFirstWithMultipleAndNickname) {
+    folder.write("data/Spindrift/speedlog.json", R"([
+      {"id":"11111111-2222-3333-4444-555555555555","date":"2025-01-31T18:04:59Z","driveKey":"A|B|1",
+       "driveModelString":"A B 1","discKind":"DVD","discSizeBytes":4700000000,
+       "averageBytesPerSecond":11080000.0,"source":"Speed Test"},
+      {"id":"66666666-2222-3333-4444-555555555555","date":"2024-01-31T18:04:59Z","driveKey":"C|D|2",
+       "driveModelString":"C D 2","discKind":"CD","discSizeBytes":700000000,
+       "averageBytesPerSecond":1200000.0,"source":"Rip"}])");
+    folder.write("data/Spindrift/drivenicknames.json", R"({"A|B|1":"Office burner"})");
+    CliProgram program({"history", "--json"});
+    EXPECT_EQ(program.exitStatus(), 0);
+    const auto lines = program.jsonLines();
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_EQ(lines[0]["multiple"], 8.0);
+    EXPECT_EQ(lines[0]["nickname"], "Office burner");
+    EXPECT_EQ(lines[0]["date"], "2025-01-31T18:04:59Z");
+    EXPECT_EQ(lines[1]["multiple"], 8.0);
+    EXPECT_EQ(lines[1]["nickname"], nullptr);
+    EXPECT_EQ(lines[1]["id"], "66666666-2222-3333-4444-555555555555");
+
+    folder.setEnvironment("TZ", "UTC");
+    EXPECT_EQ(outputOf({"history"}).toStdString(),
+              "2025-01-31 18:04  DVD      4.7 GB   11.1 MB/s    8.0x  Speed Test  Office burner\n"
+              "2024-01-31 18:04  CD       700 MB    1.2 MB/s    8.0x  Rip         C D 2\n");
+}
+
+TEST_F(OtherProgramTest, AnEmptyHistorySaysSoToPeople) {
+    EXPECT_EQ(outputOf({"history"}), "No speed tests recorded yet.\n");
+    EXPECT_EQ(outputOf({"history", "--json"}), "");
+}
+
+TEST_F(OtherProgramTest, ANicknameIsSetShownAndRemoved) {
+    EXPECT_EQ(outputOf({"nickname"}), "");
+    EXPECT_EQ(outputOf({"nickname", "  Office burner \t"}), "Office burner\n");
+    EXPECT_EQ(outputOf({"nickname"}), "Office burner\n");
+    EXPECT_EQ(outputOf({"nickname", "--json"}),
+              "{\"driveKey\":\"PIONEER|BD-RW   BDR-209D|1.10\",\"driveModelString\":\"PIONEER "
+              "BD-RW   BDR-209D 1.10\",\"nickname\":\"Office burner\"}\n");
+    EXPECT_EQ(outputOf({"nickname", ""}), "");
+    EXPECT_EQ(outputOf({"nickname"}), "");
+}
+
+TEST_F(OtherProgramTest, ANicknameNeedsADrive) {
+    StubTools::write(folder, "/usr/bin/drutil", "exit 1");
+    EXPECT_EQ(errorsOf({"nickname", "X"}, 1), "spindrift-cli: No optical drive found.\n");
+}
+
+TEST_F(OtherProgramTest, EjectUsesTheDiscsOwnDevice) {
+    EXPECT_EQ(outputOf({"eject", "--json"}), "{\"ejected\":true}\n");
+    EXPECT_EQ(StubTools::log(folder).last(), QStringLiteral("diskutil eject /dev/disk4"));
+}
+
+TEST_F(OtherProgramTest, EjectWithoutADiscIsAFailure) {
+    StubTools::write(folder, "/usr/bin/drutil", "echo");
+    EXPECT_EQ(errorsOf({"eject"}, 1), "spindrift-cli: No disc inserted.\n");
+}
+
+TEST_F(OtherProgramTest, AccessIsToldByItsExitStatus) {
+    folder.write("home/Library/Safari/CloudTabs.db", "");
+    EXPECT_EQ(outputOf({"access", "--json"}), "{\"granted\":true}\n");
+    EXPECT_EQ(outputOf({"access"}), "This user may read discs.\n");
+}
+
+TEST_F(OtherProgramTest, SettingsAreShownAndChanged) {
+    EXPECT_EQ(outputOf({"settings"}),
+              "ejectWhenDone true\nthoroughVerify false\nretroMode "
+              "false\nhasCompletedOnboarding false\n");
+    EXPECT_EQ(outputOf({"settings", "ejectWhenDone", "off"}), "");
+    EXPECT_EQ(outputOf({"settings", "thoroughVerify", "ON"}), "");
+    EXPECT_EQ(outputOf({"settings", "retroMode", "true", "--json"}), "{\"retroMode\":true}\n");
+    EXPECT_EQ(outputOf({"settings", "ejectWhenDone"}), "false\n");
+    EXPECT_EQ(outputOf({"settings", "--json"}),
+              "{\"ejectWhenDone\":false,\"thoroughVerify\":true,\"retroMode\":true,"
+              "\"hasCompletedOnboarding\":false}\n");
+}
+
+TEST_F(OtherProgramTest, AnUnknownSettingOrValueIsAUsageError) {
+    EXPECT_THAT(errorsOf({"settings", "retromode"}, 64).toStdString(),
+                HasSubstr("There is no setting “retromode”."));
+    EXPECT_THAT(errorsOf({"settings", "AppleInterfaceStyle"}, 64).toStdString(),
+                HasSubstr("There is no setting"));
+    EXPECT_EQ(errorsOf({"settings", "retroMode", "maybe"}, 64),
+              "spindrift-cli: “maybe” is not a value of “retroMode”: true, false, on or off.\n");
+}
+
+TEST_F(OtherProgramTest, APracticeImageThatIsMissingIsToldBeforeAnythingRuns) {
+    EXPECT_EQ(errorsOf({"status", "--practice", "/no/such.iso"}, 1),
+              "spindrift-cli: “/no/such.iso” does not exist.\n");
+    EXPECT_THAT(StubTools::log(folder), IsEmpty());
+}
+
+}  // namespace

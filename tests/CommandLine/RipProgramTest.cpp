@@ -1,0 +1,360 @@
+// "rip" of the built program against stub tools: what it prints, what it leaves behind.
+#include <gmock/gmock.h>
+
+#include <QFile>
+#include <QFileInfo>
+#include <csignal>
+
+#include "CliProgram.h"
+#include "StubTools.h"
+#include "Waiting.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+class RipProgramTest : public testing::Test {
+protected:
+    RipProgramTest() { CliTest::writeDrive(folder); }
+
+    QString target() const { return folder.path(QStringLiteral("out.iso")); }
+
+    QStringList rip(const QStringList& more = {}) const {
+        return QStringList{"rip", "--output", target(), "--json"} + more;
+    }
+
+    void imagingFails(const QByteArray& errorOutput, int status) const {
+        CliTest::writeImagingTool(folder, "printf partial > \"$image\"\nprintf '" + errorOutput +
+                                              "' >&2\nexit " + QByteArray::number(status));
+    }
+
+    // An imaging tool that writes a part of the image and then goes on for ever.
+    void imagingHangs() const {
+        CliTest::writeImagingTool(folder, "echo $$ > '" + folder.path("pid").toUtf8() +
+                                              "'\nprintf partial > \"$image\"\necho PERCENT:10\n"
+                                              "exec sleep 1000");
+    }
+
+    qint64 pidOfTheTool() const {
+        return TestFolder::read(folder.path("pid")).value_or("0").trimmed().toLongLong();
+    }
+
+    void expectCancelledWithoutATrace(CliProgram& program) const {
+        EXPECT_EQ(program.exitStatus(), 130);
+        EXPECT_THAT(program.changes(),
+                    ElementsAre("isRunning=true", "progress=0.1", "isRunning=false"));
+        EXPECT_THAT(CliTest::temporaryImages(folder), IsEmpty());
+        EXPECT_FALSE(QFile::exists(target()));
+        EXPECT_FALSE(CliTest::isRunning(pidOfTheTool()));
+        EXPECT_EQ(program.errors(), "");
+    }
+
+    static constexpr const char* goodImage = "printf 0123456789 > \"$image\"";
+
+    TestFolder folder;
+};
+
+TEST_F(RipProgramTest, AGoodRipShowsItsChangesInOrder) {
+    CliTest::writeImagingTool(
+        folder, QByteArray("echo PERCENT:-1; echo PERCENT:50\n") + goodImage + "\necho PERCENT:90");
+    CliProgram program(rip());
+    EXPECT_EQ(program.exitStatus(), 0) << program.errors().toStdString();
+    EXPECT_THAT(program.changes(),
+                ElementsAre("isRunning=true", "progress=-1.0", "progress=0.5", "progress=0.9",
+                            "isRunning=false", "progress=1.0", "finished=true",
+                            "lastRipAverageBytesPerSecond", "verifyStatus=\"matched\""));
+    EXPECT_EQ(program.lastValue("bytesWritten"), 10);
+    EXPECT_EQ(TestFolder::read(target()), QByteArray("0123456789"));
+    EXPECT_THAT(CliTest::temporaryImages(folder), IsEmpty());
+    EXPECT_EQ(program.errors(), "");
+}
+
+TEST_F(RipProgramTest, TheToolIsGivenTheSliceAndATemporaryFile) {
+    CliTest::writeImagingTool(folder, goodImage);
+    CliProgram program(rip());
+    EXPECT_EQ(program.exitStatus(), 0);
+    const QString line = StubTools::log(folder).filter(QStringLiteral("hdiutil")).join(u'\n');
+    EXPECT_THAT(line.toStdString(),
+                testing::MatchesRegex("hdiutil create -srcdevice /dev/disk4s1 -format UDTO "
+                                      "-puppetstrings -o .*/tmp/spindrift-[0-9A-F-]{36}\\.cdr"));
+}
+
+TEST_F(RipProgramTest, AnInterruptionCancels) {
+    imagingHangs();
+    CliProgram program(rip());
+    ASSERT_TRUE(program.waitForOutput("0.1"));
+    program.sendSignal(SIGINT);
+    expectCancelledWithoutATrace(program);
+}
+
+TEST_F(RipProgramTest, ATerminationOrAHangUpCancelsToo) {
+    for (const int number : {SIGTERM, SIGHUP}) {
+        imagingHangs();
+        CliProgram program(rip());
+        ASSERT_TRUE(program.waitForOutput("0.1"));
+        program.sendSignal(number);
+        expectCancelledWithoutATrace(program);
+    }
+}
+
+TEST_F(RipProgramTest, AnInterruptionOfTheWholeJobIsNoFailureOfTheTool) {
+    for (int round = 0; round < 10; ++round) {
+        imagingHangs();
+        CliProgram program(rip(), CliProgram::Group::Own);
+        ASSERT_TRUE(program.waitForOutput("0.1"));
+        program.sendSignalToGroup(SIGINT);
+        expectCancelledWithoutATrace(program);
+    }
+}
+
+TEST_F(RipProgramTest, ASecondInterruptionChangesNothing) {
+    // The tool takes its time to end, so that the second signal comes while the first is at work.
+    CliTest::writeImagingTool(folder, "echo $$ > '" + folder.path("pid").toUtf8() +
+                                          "'\ntrap 'sleep 0.3; exit 15' TERM\n"
+                                          "printf partial > \"$image\"\necho PERCENT:10\n"
+                                          "while :; do sleep 0.05; done");
+    CliProgram program(rip());
+    ASSERT_TRUE(program.waitForOutput("0.1"));
+    program.sendSignal(SIGINT);
+    program.sendSignal(SIGINT);
+    program.sendSignal(SIGTERM);
+    expectCancelledWithoutATrace(program);
+}
+
+TEST_F(RipProgramTest, ACancelledRipWithForceRemovesWhatStoodThere) {
+    folder.write("out.iso", "old");
+    imagingHangs();
+    CliProgram program(rip({"--force"}));
+    ASSERT_TRUE(program.waitForOutput("0.1"));
+    EXPECT_EQ(TestFolder::read(target()), QByteArray("old"));
+    program.sendSignal(SIGINT);
+    expectCancelledWithoutATrace(program);
+}
+
+TEST_F(RipProgramTest, AReaderThatLeavesEndsTheRip) {
+    imagingHangs();
+    QProcess shell;
+    const QString pipeline = QStringLiteral("\"$0\" \"$@\" | head -n 2; echo ${PIPESTATUS[0]}");
+    shell.start("/bin/bash", QStringList{"-c", pipeline, SPINDRIFT_CLI} + rip());
+    ASSERT_TRUE(shell.waitForFinished(100'000));
+    EXPECT_TRUE(shell.readAllStandardOutput().endsWith("\n130\n"));
+    EXPECT_THAT(CliTest::temporaryImages(folder), IsEmpty());
+    EXPECT_FALSE(CliTest::isRunning(pidOfTheTool()));
+}
+
+TEST_F(RipProgramTest, AFailureWithTextShowsTheTextAsItIs) {
+    imagingFails("hdiutil: create failed - Input/output error\\n", 1);
+    CliProgram program(rip());
+    EXPECT_EQ(program.exitStatus(), 1);
+    EXPECT_THAT(program.changes(),
+                ElementsAre("isRunning=true", "isRunning=false",
+                            "error=\"hdiutil exited with an error: hdiutil: create failed - "
+                            "Input/output error\\n\""));
+    EXPECT_EQ(program.jsonLines().back()["case"], "imagingFailed");
+    EXPECT_EQ(CliTest::temporaryImages(folder).size(), 1);
+    EXPECT_FALSE(QFile::exists(target()));
+}
+
+TEST_F(RipProgramTest, AFailureWithoutTextShowsTheExitStatus) {
+    imagingFails("", 3);
+    CliProgram program(rip());
+    EXPECT_EQ(program.exitStatus(), 1);
+    EXPECT_EQ(program.lastValue("error"), "hdiutil exited with an error: exit code 3");
+}
+
+TEST_F(RipProgramTest, AMissingPermissionInAnyLetterCaseIsACaseOfItsOwn) {
+    for (const char* text :
+         {"Permission denied", "hdiutil: PERMISSION DENIED.", "permission Denied"}) {
+        imagingFails(text, 1);
+        CliProgram program(rip());
+        EXPECT_EQ(program.exitStatus(), 1);
+        EXPECT_EQ(program.jsonLines().back().dump(),
+                  R"({"property":"error","value":"Permission denied reading the disc. Try again, )"
+                  R"(or grant Full Disk Access to this app in System Settings.",)"
+                  R"("case":"permissionDenied"})");
+    }
+}
+
+TEST_F(RipProgramTest, AMissingPermissionForPeopleSaysHowToGetIt) {
+    imagingFails("Permission denied", 1);
+    folder.write("home/Library/Application Support/com.apple.TCC/TCC.db", "");
+    CliProgram program({"rip", "--output", target()});
+    EXPECT_EQ(program.exitStatus(), 1);
+    const std::string errors = program.errors().toStdString();
+    EXPECT_THAT(errors, StartsWith("spindrift-cli: Permission denied reading the disc."));
+    EXPECT_THAT(errors, HasSubstr("usermod -aG cdrom"));
+}
+
+TEST_F(RipProgramTest, SuccessWithoutAnImageIsAFailure) {
+    CliTest::writeImagingTool(folder, "exit 0");
+    CliProgram program(rip());
+    EXPECT_EQ(program.exitStatus(), 1);
+    EXPECT_EQ(program.lastValue("error"), "hdiutil exited with an error: exit code 0");
+    EXPECT_EQ(program.lastValue("finished"), nullptr);
+}
+
+TEST_F(RipProgramTest, AToolThatCannotBeStartedIsALaunchFailure) {
+    QFile::setPermissions(folder.write("tools/usr/bin/hdiutil", ""), QFile::ReadOwner);
+    CliProgram program(rip());
+    EXPECT_EQ(program.exitStatus(), 1);
+    EXPECT_THAT(program.changes(), ElementsAre("error=\"Could not start rip: Permission denied\""));
+    EXPECT_EQ(program.jsonLines().back()["case"], "launchFailed");
+}
+
+TEST_F(RipProgramTest, AMissingDestinationFolderIsTheDoublePrefixedFailure) {
+    CliTest::writeImagingTool(folder, goodImage);
+    CliProgram program({"rip", "--json", "--output", folder.path("no/such/out.iso")});
+    EXPECT_EQ(program.exitStatus(), 1);
+    EXPECT_EQ(program.lastValue("error"),
+              "hdiutil exited with an error: Could not move image into place: No such file or "
+              "directory");
+    EXPECT_EQ(CliTest::temporaryImages(folder).size(), 1);
+}
+
+TEST_F(RipProgramTest, AnExistingFileIsRefusedBeforeAnythingRuns) {
+    folder.write("out.iso", "old");
+    CliProgram program(rip());
+    EXPECT_EQ(program.exitStatus(), 1);
+    EXPECT_EQ(program.output(), "");
+    EXPECT_EQ(program.errors(), "spindrift-cli: “" + target().toUtf8() +
+                                    "” exists already. Use --force to replace it.\n");
+    EXPECT_THAT(StubTools::log(folder), IsEmpty());
+    EXPECT_EQ(TestFolder::read(target()), QByteArray("old"));
+}
+
+TEST_F(RipProgramTest, WithForceAnExistingFileIsReplaced) {
+    folder.write("out.iso", "old and longer than the image");
+    CliTest::writeImagingTool(folder, goodImage);
+    CliProgram program(rip({"--force"}));
+    EXPECT_EQ(program.exitStatus(), 0);
+    EXPECT_EQ(TestFolder::read(target()), QByteArray("0123456789"));
+}
+
+TEST_F(RipProgramTest, AFailedRipWithForceKeepsTheOldFile) {
+    folder.write("out.iso", "old");
+    imagingFails("broken", 1);
+    CliProgram program(rip({"--force"}));
+    EXPECT_EQ(program.exitStatus(), 1);
+    EXPECT_EQ(TestFolder::read(target()), QByteArray("old"));
+}
+
+TEST_F(RipProgramTest, AFolderIsRefused) {
+    CliProgram program({"rip", "--force", "--output", folder.path("home")});
+    EXPECT_EQ(program.exitStatus(), 1);
+    EXPECT_THAT(program.errors().toStdString(), HasSubstr("is a folder. Name the file to write."));
+    EXPECT_THAT(StubTools::log(folder), IsEmpty());
+}
+
+TEST_F(RipProgramTest, WithoutADiscNothingIsRipped) {
+    StubTools::write(folder, "/usr/bin/drutil", "echo");
+    CliProgram program(rip());
+    EXPECT_EQ(program.exitStatus(), 1);
+    EXPECT_EQ(program.errors(), "spindrift-cli: No disc inserted.\n");
+    EXPECT_EQ(program.output(), "");
+}
+
+TEST_F(RipProgramTest, WithoutADriveItsErrorIsTold) {
+    StubTools::write(folder, "/usr/bin/drutil", "exit 1");
+    CliProgram program(rip());
+    EXPECT_EQ(program.exitStatus(), 1);
+    EXPECT_EQ(program.errors(), "spindrift-cli: No optical drive found.\n");
+}
+
+TEST_F(RipProgramTest, ForPeopleThePlainOutputNamesTheDiscAndTheImage) {
+    CliTest::writeImagingTool(folder, goodImage);
+    CliProgram program({"rip", "--output", target()});
+    EXPECT_EQ(program.exitStatus(), 0);
+    EXPECT_THAT(
+        program.output().toStdString(),
+        testing::MatchesRegex("Ripping “TEST DISC” to [^\n]*/out\\.iso\n"
+                              "(.*\n)?Saved: [^\n]*/out\\.iso \\(10 bytes at [^\n]*/s\\)\n"));
+    EXPECT_THAT(program.output().toStdString(), Not(HasSubstr("\x1b")));
+}
+
+TEST_F(RipProgramTest, ForPeopleAFailureIsASentence) {
+    imagingFails("no medium\\n", 1);
+    CliProgram program({"rip", "--output", target()});
+    EXPECT_EQ(program.exitStatus(), 1);
+    EXPECT_EQ(program.errors(), "spindrift-cli: hdiutil exited with an error: no medium\n");
+}
+
+TEST_F(RipProgramTest, AFinishedRipIsInTheHistory) {
+    CliTest::writeImagingTool(folder, goodImage);
+    CliProgram program(rip());
+    EXPECT_EQ(program.exitStatus(), 0);
+    CliProgram history({"history", "--json"});
+    EXPECT_EQ(history.exitStatus(), 0);
+    const auto entries = history.jsonLines();
+    ASSERT_EQ(entries.size(), 1U);
+    EXPECT_EQ(entries[0]["driveKey"], "PIONEER|BD-RW   BDR-209D|1.10");
+    EXPECT_EQ(entries[0]["discKind"], "DVD");
+    EXPECT_EQ(entries[0]["discSizeBytes"], 4096);
+    EXPECT_EQ(entries[0]["source"], "Rip");
+    EXPECT_EQ(entries[0]["nickname"], nullptr);
+}
+
+TEST_F(RipProgramTest, EjectHappensAfterTheVerdictAndIsWaitedFor) {
+    CliTest::writeImagingTool(folder, goodImage);
+    CliProgram program(rip({"--eject"}));
+    EXPECT_EQ(program.exitStatus(), 0);
+    EXPECT_EQ(StubTools::log(folder).last(), QStringLiteral("diskutil eject /dev/disk4"));
+}
+
+TEST_F(RipProgramTest, WithoutEjectTheDiscStays) {
+    CliTest::writeImagingTool(folder, goodImage);
+    CliProgram program(rip());
+    EXPECT_EQ(program.exitStatus(), 0);
+    EXPECT_THAT(StubTools::log(folder).filter(QStringLiteral("eject")), IsEmpty());
+}
+
+TEST_F(RipProgramTest, AnEjectThatFailsIsToldButTheRipIsDone) {
+    CliTest::writeImagingTool(folder, goodImage);
+    StubTools::write(folder, "/usr/bin/drutil",
+                     "case $1 in eject) exit 1;; esac\necho 'Type: CD-ROM Name: /dev/disk4'");
+    StubTools::write(folder, "/usr/sbin/diskutil", "exit 1");
+    CliProgram program(rip({"--eject"}));
+    EXPECT_EQ(program.exitStatus(), 0);
+    EXPECT_EQ(program.errors(),
+              "spindrift-cli: The rip finished, but the disc couldn't be ejected.\n");
+}
+
+TEST_F(RipProgramTest, ARelativeNameIsTakenFromTheCurrentFolder) {
+    CliTest::writeImagingTool(folder, goodImage);
+    QProcess program;
+    program.setWorkingDirectory(folder.path("home"));
+    program.start(SPINDRIFT_CLI, {"rip", "--output", "out.iso"});
+    ASSERT_TRUE(program.waitForFinished());
+    EXPECT_EQ(program.exitCode(), 0);
+    EXPECT_EQ(TestFolder::read(folder.path("home/out.iso")), QByteArray("0123456789"));
+}
+
+TEST_F(RipProgramTest, OddNamesAreKept) {
+    CliTest::writeImagingTool(folder, goodImage);
+    const QStringList names = {
+        "-rf",       "a b\tc\nd.iso", "\"$HOME\" `x`;*?.iso", "δίσκος – 日本語.iso",
+        "%1 %2.iso", ".hidden"};
+    for (const QString& name : names) {
+        QProcess program;
+        program.setWorkingDirectory(folder.path("home"));
+        program.start(SPINDRIFT_CLI, {"rip", "--json", "--", name});
+        ASSERT_TRUE(program.waitForFinished());
+        EXPECT_EQ(program.exitCode(), 0) << name.toStdString();
+        EXPECT_EQ(TestFolder::read(folder.path("home/") + name), QByteArray("0123456789"));
+    }
+    EXPECT_EQ(TestFolder::list(folder.path("home")).size(), names.size());
+}
+
+TEST_F(RipProgramTest, ANameThatIsNotTextIsRefused) {
+    QProcess shell;
+    shell.start("/bin/sh",
+                {"-c", "exec \"$0\" rip --output \"$(printf 'caf\\351.iso')\"", SPINDRIFT_CLI});
+    ASSERT_TRUE(shell.waitForFinished());
+    EXPECT_EQ(shell.exitCode(), 64);
+    EXPECT_THAT(StubTools::log(folder), IsEmpty());
+}
+
+}  // namespace
