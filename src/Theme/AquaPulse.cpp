@@ -104,10 +104,8 @@ QImage AquaPulse::glow(const QSizeF& size, qreal ratio) {
 void AquaPulse::paint(QPainter& painter, const QPointF& centre, const QImage& glow,
                       qreal brightness) {
     painter.save();
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.setOpacity(opacity(brightness));
-    const QSizeF size = glow.deviceIndependentSize() * scale(brightness);
-    painter.drawImage(QRectF(centre - QPointF(size.width() / 2, size.height() / 2), size), glow);
+    ImageOperations::drawScaled(painter, centre, glow, scale(brightness));
     painter.restore();
 }
 

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <QImage>
-#include <QPolygonF>
 #include <QRectF>
 #include <Qt>
 #include <optional>
@@ -21,8 +20,10 @@ public:
     // not a number; otherwise the value's share, at least nothing and at most all.
     static qreal fillWidth(std::optional<double> value, qreal width);
 
-    // The light stripes that touch an area of `size`, each leaning right by its height.
-    std::vector<QPolygonF> stripes(const QSizeF& size, qreal phase) const;
+    // How much the light stripes cover (0 to 1) of the device pixels of a diagonal that rises to
+    // the right at 45 degrees: of all pixels whose column and row add up to the index. Stripes lean
+    // right by the bar's height, so this is all there is to know about them. `phase` in points.
+    std::vector<float> stripeCoverage(int diagonals, qreal height, qreal phase, qreal ratio) const;
 
     // The stripes' offset after so many seconds: one period every half second.
     qreal phase(double seconds) const;
@@ -41,6 +42,7 @@ private:
     };
 
     void drawLayers(const Key& key);
+    void drawStripes(QImage& fill, qreal phase) const;
 
     qreal m_stripeWidth;
     Key m_key;

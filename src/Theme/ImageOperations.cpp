@@ -9,6 +9,7 @@ namespace {
 
 // Where a Gaussian is cut off, in standard deviations.
 constexpr qreal kReach = 3;
+constexpr int kBandRows = 32;
 
 std::vector<float> gaussianKernel(qreal sigma) {
     const int reach = static_cast<int>(std::ceil(sigma * kReach));
@@ -59,6 +60,12 @@ void changePixels(QImage& image, Change change) {
 // A premultiplied component, which cannot be more than its pixel's coverage.
 int component(qreal value, int alpha) {
     return std::clamp(qRound(value), 0, alpha);
+}
+
+// Makes the painter's unit the device pixel, counted from the device's own corner.
+void useDevicePixels(QPainter& painter) {
+    painter.setWorldTransform(QTransform());
+    painter.setWorldTransform(painter.deviceTransform().inverted());
 }
 
 }  // namespace
@@ -140,6 +147,31 @@ int ImageOperations::linePixels(qreal ratio) {
 
 void ImageOperations::drawAligned(QPainter& painter, const QPointF& corner, const QImage& image) {
     const QPointF device = painter.deviceTransform().map(corner);
-    const QPointF moved(std::round(device.x()) - device.x(), std::round(device.y()) - device.y());
-    painter.drawImage(corner + moved / image.devicePixelRatio(), image);
+    painter.save();
+    // A plain copy of pixels, which at fractional ratios costs a tenth of a transformation.
+    useDevicePixels(painter);
+    const QRectF pixels(image.rect());
+    const QPointF whole(std::round(device.x()), std::round(device.y()));
+    painter.drawImage(pixels.translated(whole), image, pixels);
+    painter.restore();
+}
+
+void ImageOperations::drawScaled(QPainter& painter, const QPointF& centre, const QImage& image,
+                                 qreal scale) {
+    const QPointF middle = painter.deviceTransform().map(centre);
+    const QSizeF size = QSizeF(image.size()) * scale;
+    const QRectF target(middle - QPointF(size.width() / 2, size.height() / 2), size);
+    painter.save();
+    useDevicePixels(painter);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    // In bands: Qt spreads the painting of more rows over threads, and to wake those costs more
+    // than they help with so small an image.
+    const QRect area = target.toAlignedRect();
+    for (int top = area.top(); top <= area.bottom(); top += kBandRows) {
+        painter.save();
+        painter.setClipRect(QRect(area.left(), top, area.width(), kBandRows), Qt::IntersectClip);
+        painter.drawImage(target, image);
+        painter.restore();
+    }
+    painter.restore();
 }

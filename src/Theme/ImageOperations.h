@@ -36,4 +36,8 @@ int linePixels(qreal ratio);
 // than half a device pixel so that its pixels are the device's own.
 void drawAligned(QPainter& painter, const QPointF& corner, const QImage& image);
 
+// Draws an image made for the painter's device, enlarged smoothly by `scale` around its middle,
+// with that at `centre` (points).
+void drawScaled(QPainter& painter, const QPointF& centre, const QImage& image, qreal scale);
+
 }  // namespace ImageOperations

@@ -68,38 +68,100 @@ TEST(GelBarTest, ThePaintedFillIsAsWide) {
     }
 }
 
-TEST(GelBarTest, AStripeLeansByTheHeightOfTheBar) {
-    const GelBar bar;
-    for (const double height : {14.0, 30.0}) {
-        const auto stripes = bar.stripes(QSizeF(100, height), 5);
-        ASSERT_FALSE(stripes.empty());
-        for (size_t i = 0; i < stripes.size(); ++i) {
-            const double x = 5 - height + 18 * double(i);
-            const QPolygonF expected({QPointF(x, 0), QPointF(x + 9, 0),
-                                      QPointF(x + 9 - height, height),
-                                      QPointF(x - height, height)});
-            EXPECT_EQ(stripes[i], expected);
-            // As far to the left as it is down: 45 degrees.
-            EXPECT_DOUBLE_EQ(stripes[i][0].x() - stripes[i][3].x(), height);
+// Where the first stripe that begins after `from` begins on this row, and how wide it is there, in
+// pixels, from the lightness of a bar that is painted with and without the stripes' light.
+struct Found {
+    double start = 0;
+    double width = 0;
+};
+
+Found stripeOnRow(const QImage& image, int row, int from) {
+    int dark = 1000;
+    int light = 0;
+    for (int x = from; x < image.width() - 60; ++x) {
+        dark = std::min(dark, qRed(image.pixel(x, row)));
+        light = std::max(light, qRed(image.pixel(x, row)));
+    }
+    const auto lit = [&](int x) {
+        return double(qRed(image.pixel(x, row)) - dark) / (light - dark);
+    };
+    int x = from;
+    while (lit(x) > 0.01)
+        ++x;
+    while (lit(x) <= 0.01)
+        ++x;
+    Found found;
+    for (found.start = x; lit(x) > 0.01; ++x)
+        found.width += lit(x);
+    return found;
+}
+
+TEST(GelBarTest, AStripeLeansByFortyFiveDegreesWhateverTheHeight) {
+    constexpr int ratio = 8;
+    for (const int height : {14, 30}) {
+        QImage image(200 * ratio, height * ratio, QImage::Format_ARGB32_Premultiplied);
+        image.setDevicePixelRatio(ratio);
+        image.fill(Qt::transparent);
+        QPainter painter(&image);
+        GelBar bar;
+        bar.paint(painter, QRectF(0, 0, 200, height), std::nullopt, 5);
+        painter.end();
+        for (const double down : {0.25, 0.5, 0.75}) {
+            const int row = int(height * ratio * down);
+            const double y = (row + 0.5) / ratio;
+            // The stripe whose top corner is one period right of 60 points past the phase.
+            const double corner = 5 - height + 18 * 6;
+            const double expected = corner - y;
+            const Found found = stripeOnRow(image, row, int((expected - 4) * ratio));
+            EXPECT_NEAR(found.start / ratio, expected, 1.5 / ratio) << height << " " << down;
+            EXPECT_NEAR(found.width / ratio, 9, 0.1) << height << " " << down;
         }
     }
 }
 
-TEST(GelBarTest, StripesBeginLeftOfTheBarAndEndRightOfIt) {
+TEST(GelBarTest, StripesReachBothEndsOfTheBar) {
     const GelBar bar;
-    const auto stripes = bar.stripes(QSizeF(100, 14), 3);
-    EXPECT_DOUBLE_EQ(stripes.front()[0].x(), 3 - 14);
-    EXPECT_LT(stripes.back()[0].x(), 100 + 14);
-    EXPECT_GE(stripes.back()[0].x() + 18, 100 + 14);
-    EXPECT_EQ(stripes.size(), 7U);
+    for (const double phase : {0.0, 7.0, 17.5}) {
+        const std::vector<float> coverage = bar.stripeCoverage(200 + 14, 14, phase, 1);
+        ASSERT_EQ(coverage.size(), 214U);
+        // No gap is longer than the nine points between two stripes, at the ends as elsewhere.
+        int gap = 0;
+        for (const float covered : coverage) {
+            gap = covered < 0.5 ? gap + 1 : 0;
+            EXPECT_LE(gap, 9);
+        }
+    }
+}
+
+TEST(GelBarTest, HalfOfTheBarIsStripes) {
+    const GelBar bar;
+    for (const double ratio : {1.0, 1.5, 2.0}) {
+        for (const double phase : {0.0, 0.3, 4.7}) {
+            double sum = 0;
+            const int diagonals = int(18 * 4 * ratio);
+            for (const float covered : bar.stripeCoverage(diagonals, 14, phase, ratio))
+                sum += covered;
+            EXPECT_NEAR(sum / diagonals, 0.5, 1e-6) << ratio << " " << phase;
+        }
+    }
+}
+
+TEST(GelBarTest, AFractionOfAPointMovesTheSoftEdges) {
+    const GelBar bar;
+    const std::vector<float> whole = bar.stripeCoverage(60, 14, 0, 1);
+    const std::vector<float> moved = bar.stripeCoverage(60, 14, 0.4, 1);
+    EXPECT_NE(whole, moved);
+    const std::vector<float> point = bar.stripeCoverage(60, 14, 1, 1);
+    for (size_t i = 1; i < 60; ++i)
+        EXPECT_FLOAT_EQ(point[i], whole[i - 1]);
 }
 
 TEST(GelBarTest, AStripeWidthOfAnotherCallerSetsThePeriod) {
     const GelBar bar(4);
-    const auto stripes = bar.stripes(QSizeF(40, 10), 0);
-    ASSERT_GT(stripes.size(), 2U);
-    EXPECT_DOUBLE_EQ(stripes[1][0].x() - stripes[0][0].x(), 8);
-    EXPECT_DOUBLE_EQ(stripes[0][1].x() - stripes[0][0].x(), 4);
+    const std::vector<float> coverage = bar.stripeCoverage(64, 10, 0, 1);
+    for (size_t i = 8; i < 64; ++i)
+        EXPECT_FLOAT_EQ(coverage[i], coverage[i - 8]);
+    EXPECT_NE(coverage[4], coverage[0]);
     EXPECT_DOUBLE_EQ(bar.phase(0.25), 4);
 }
 

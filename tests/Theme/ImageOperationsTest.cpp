@@ -137,4 +137,40 @@ TEST(ImageOperationsTest, AnImageMadeForTheScreenIsCopiedPixelByPixelFromAnyCorn
     }
 }
 
+TEST(ImageOperationsTest, AScaledImageHasNoSeams) {
+    for (const double ratio : {1.0, 1.5, 2.0}) {
+        QImage image = ImageOperations::transparent(QSizeF(60, 150), ratio);
+        QPainter filling(&image);
+        QLinearGradient gradient(0, 0, 60, 150);
+        gradient.setColorAt(0, QColor(0, 0, 255, 40));
+        gradient.setColorAt(1, QColor(255, 0, 0, 255));
+        filling.fillRect(QRectF(0, 0, 60, 150), gradient);
+        filling.end();
+
+        const auto screen = [ratio](const auto& draw) {
+            QImage result = ImageOperations::transparent(QSizeF(120, 220), ratio);
+            QPainter painter(&result);
+            painter.translate(10, 10);
+            draw(painter);
+            painter.end();
+            return result;
+        };
+        const QImage banded = screen([&](QPainter& painter) {
+            ImageOperations::drawScaled(painter, QPointF(50, 100), image, 1.07);
+        });
+        const QImage whole = screen([&](QPainter& painter) {
+            const QSizeF size = image.deviceIndependentSize() * 1.07;
+            painter.setRenderHint(QPainter::SmoothPixmapTransform);
+            painter.drawImage(QRectF(QPointF(50 - size.width() / 2, 100 - size.height() / 2), size),
+                              image);
+        });
+        int furthest = 0;
+        for (int y = 0; y < whole.height(); ++y)
+            for (int x = 0; x < whole.width(); ++x)
+                furthest = std::max(
+                    furthest, std::abs(qAlpha(whole.pixel(x, y)) - qAlpha(banded.pixel(x, y))));
+        EXPECT_LE(furthest, 3) << ratio;
+    }
+}
+
 }  // namespace
