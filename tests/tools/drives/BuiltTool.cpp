@@ -33,6 +33,10 @@ std::string BuiltTool::diskutil() {
     return DISKUTIL;
 }
 
+std::string BuiltTool::grantDiscAccess() {
+    return GRANT_DISC_ACCESS;
+}
+
 ToolResult BuiltTool::run(const std::string& program, const std::vector<std::string>& arguments,
                           const Environment& environment) {
     std::map<std::string, std::string> variables;

@@ -17,6 +17,7 @@ using Environment = std::map<std::string, std::string>;
 
 std::string drutil();
 std::string diskutil();
+std::string grantDiscAccess();
 
 // With this test's environment, less the variables that choose a drive, plus the given ones.
 ToolResult run(const std::string& program, const std::vector<std::string>& arguments,

@@ -1,0 +1,100 @@
+#include "Privileges.h"
+
+#include <fcntl.h>
+#include <linux/capability.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+// What changing a node's access list and the system's account files takes.
+constexpr std::array<unsigned, 5> needed = {CAP_CHOWN, CAP_DAC_OVERRIDE, CAP_FOWNER, CAP_FSETID,
+                                            CAP_AUDIT_WRITE};
+
+bool isNeeded(unsigned capability) {
+    return std::find(needed.begin(), needed.end(), capability) != needed.end();
+}
+
+bool failed(const char* step, std::string* problem) {
+    *problem = std::string(step) + ": " + std::strerror(errno);
+    return false;
+}
+
+}  // namespace
+
+bool Privileges::shedInheritance(std::string* problem) {
+    if (clearenv() != 0 || chdir("/") != 0) {
+        return failed("cannot leave the caller's surroundings", problem);
+    }
+    umask(S_IWGRP | S_IWOTH);
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        // A closed one would be given to the next file that is opened.
+        if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", O_RDWR) != descriptor) {
+            return failed("cannot open /dev/null", problem);
+        }
+    }
+    if (syscall(SYS_close_range, STDERR_FILENO + 1, UINT_MAX, 0) != 0) {
+        return failed("cannot close the caller's files", problem);
+    }
+    for (int number = 1; number < NSIG; ++number) {
+        std::signal(number, SIG_DFL);
+    }
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+    // A small limit of the caller's could cut the account files short.
+    const rlimit unlimited = {RLIM_INFINITY, RLIM_INFINITY};
+    const rlimit nothing = {0, 0};
+    if (setrlimit(RLIMIT_FSIZE, &unlimited) != 0 || setrlimit(RLIMIT_CPU, &unlimited) != 0 ||
+        setrlimit(RLIMIT_CORE, &nothing) != 0) {
+        return failed("cannot set the limits", problem);
+    }
+    return true;
+}
+
+bool Privileges::keepOnlyNeeded(std::string* problem) {
+    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
+        return failed("cannot give up new rights", problem);
+    }
+    for (unsigned capability = 0; prctl(PR_CAPBSET_READ, capability, 0, 0, 0) >= 0; ++capability) {
+        if (!isNeeded(capability) && prctl(PR_CAPBSET_DROP, capability, 0, 0, 0) != 0) {
+            return failed("cannot give up a right", problem);
+        }
+    }
+    __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+    std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> sets = {};
+    if (syscall(SYS_capget, &header, sets.data()) != 0) {
+        return failed("cannot read the rights", problem);
+    }
+    std::array<__u32, _LINUX_CAPABILITY_U32S_3> keep = {};
+    for (const unsigned capability : needed) {
+        keep[CAP_TO_INDEX(capability)] |= CAP_TO_MASK(capability);
+    }
+    for (std::size_t index = 0; index < sets.size(); ++index) {
+        sets[index].permitted &= keep[index];
+        sets[index].effective = sets[index].permitted;
+        sets[index].inheritable = 0;
+    }
+    if (syscall(SYS_capset, &header, sets.data()) != 0) {
+        return failed("cannot give up the other rights", problem);
+    }
+    return true;
+}
+
+bool Privileges::isPlainRoot() {
+    uid_t real = 1;
+    uid_t effective = 1;
+    uid_t saved = 1;
+    return getresuid(&real, &effective, &saved) == 0 && real == 0 && effective == 0 && saved == 0;
+}
