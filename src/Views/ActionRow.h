@@ -1,18 +1,18 @@
 // The main window's last row: the start button, or the cancel button while something runs.
 //
-// Belongs to the column of the main window, whose children its buttons are: a gel button's glow
-// needs room outside of the row. Main thread.
+// Owned by the main window; main thread.
 #pragma once
 
-#include <QHBoxLayout>
+#include <QString>
+#include <QWidget>
 
 class QPushButton;
 
-class ActionRow final : public QHBoxLayout {
+class ActionRow final : public QWidget {
     Q_OBJECT
 
 public:
-    explicit ActionRow(QWidget* owner);
+    explicit ActionRow(QWidget* parent = nullptr);
 
     struct State {
         bool working = false;   // a rip or a verification runs
@@ -21,6 +21,7 @@ public:
         bool retro = false;
     };
     void show(const State& state);
+    using QWidget::show;
 
     // The press of the default button, which Return means.
     void triggerDefault();

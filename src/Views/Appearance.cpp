@@ -1,7 +1,8 @@
 #include "Appearance.h"
 
 #include <QApplication>
-#include <QProxyStyle>
+#include <QStyle>
+#include <QStyleFactory>
 #include <QToolTip>
 
 namespace Appearance {
@@ -36,7 +37,7 @@ constexpr Colors lightColors = {
     .window = "#f2f2f4",
     .text = "#1d1d1f",
     .base = "#ffffff",
-    .alternateBase = "#fafafb",
+    .alternateBase = "#f7f7f9",
     .button = "#fbfbfc",
     .light = "#ffffff",
     .midlight = "#e3e3e6",
@@ -44,7 +45,7 @@ constexpr Colors lightColors = {
     .dark = "#9a9aa0",
     .shadow = "#6e6e73",
     .toolTip = "#fffff0",
-    .disabledText = "#9a9a9f",
+    .disabledText = "#a3a3a8",
     .secondary = "#66666b",
     .accent = "#0a66d0",
     .green = "#187a38",
@@ -57,7 +58,7 @@ constexpr Colors darkColors = {
     .window = "#28282a",
     .text = "#f2f2f4",
     .base = "#1c1c1e",
-    .alternateBase = "#343438",
+    .alternateBase = "#222224",
     .button = "#48484c",
     .light = "#5a5a5f",
     .midlight = "#3f3f43",
@@ -65,7 +66,7 @@ constexpr Colors darkColors = {
     .dark = "#161618",
     .shadow = "#000000",
     .toolTip = "#3a3a3c",
-    .disabledText = "#8c8c91",
+    .disabledText = "#77777c",
     .secondary = "#a9a9ae",
     .accent = "#4c9bff",
     .green = "#3fd066",
@@ -77,18 +78,6 @@ constexpr Colors darkColors = {
 const Colors& colors(Scheme scheme) {
     return scheme == Scheme::Dark ? darkColors : lightColors;
 }
-
-// Fusion, with more room beside the texts of buttons.
-class RoomyStyle final : public QProxyStyle {
-public:
-    RoomyStyle() : QProxyStyle(QStringLiteral("fusion")) {}
-
-    QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& contents,
-                           const QWidget* widget) const override {
-        const QSize usual = QProxyStyle::sizeFromContents(type, option, contents, widget);
-        return type == CT_PushButton ? usual.grownBy(QMargins(6, 2, 6, 2)) : usual;
-    }
-};
 
 QColor named(const char* name) {
     return QColor(QLatin1String(name));
@@ -165,8 +154,9 @@ Scheme schemeOf(const QPalette& palette) {
 }
 
 void follow() {
-    if (dynamic_cast<RoomyStyle*>(QApplication::style()) == nullptr) {
-        QApplication::setStyle(new RoomyStyle);
+    const QString styleName = QStringLiteral("fusion");
+    if (QApplication::style()->name() != styleName) {
+        QApplication::setStyle(QStyleFactory::create(styleName));
     }
     const QPalette wanted = palette(SystemAppearance::current());
     if (QApplication::palette() != wanted) {

@@ -1,20 +1,19 @@
 // Where the next image goes, with the button that chooses it.
 //
-// Belongs to the column of the main window, whose children its widgets are: a gel button's shadow
-// needs room outside of the row. Main thread.
+// Owned by the main window; main thread.
 #pragma once
 
-#include <QHBoxLayout>
+#include <QWidget>
 #include <optional>
 
 class QPushButton;
 class TextLabel;
 
-class DestinationRow final : public QHBoxLayout {
+class DestinationRow final : public QWidget {
     Q_OBJECT
 
 public:
-    explicit DestinationRow(QWidget* owner);
+    explicit DestinationRow(QWidget* parent = nullptr);
 
     // An absolute path; absent: none is chosen.
     void setDestination(const std::optional<QString>& path);

@@ -96,11 +96,7 @@ QStringList TextLabel::brokenLines(int width, int maximum) const {
                                                       Qt::ElideRight, width);
             break;
         }
-        QString piece = text.mid(line.textStart(), line.textLength());
-        if (piece.endsWith(QChar::LineSeparator)) {
-            piece.chop(1);
-        }
-        result << onOneLine(piece);
+        result << onOneLine(text.mid(line.textStart(), line.textLength()));
     }
     layout.endLayout();
     return result;
