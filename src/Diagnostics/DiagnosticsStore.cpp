@@ -11,13 +11,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-QString applicationFolder() {
-    const QString parent = UserFolders::data().value_or(UserFolders::temporary());
-    const QString folder = QDir::cleanPath(parent) + QStringLiteral("/Spindrift");
-    QDir().mkpath(folder);
-    return folder;
-}
-
 std::optional<QByteArray> readWhole(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
@@ -78,8 +71,15 @@ std::optional<QMap<QString, QString>> decodeNicknames(const QByteArray& document
 
 }  // namespace
 
+QString DiagnosticsStore::applicationFolder(const std::optional<QString>& dataFolder) {
+    const QString folder = QDir::cleanPath(dataFolder.value_or(UserFolders::temporary())) +
+                           QStringLiteral("/Spindrift");
+    QDir().mkpath(folder);
+    return folder;
+}
+
 DiagnosticsStore::DiagnosticsStore(QObject* parent) : QObject(parent) {
-    const QString folder = applicationFolder();
+    const QString folder = applicationFolder(UserFolders::data());
     m_resultsPath = folder + QStringLiteral("/speedlog.json");
     m_nicknamesPath = folder + QStringLiteral("/drivenicknames.json");
     if (const auto document = readWhole(m_resultsPath)) {

@@ -25,6 +25,10 @@ public:
     const QString& resultsPath() const { return m_resultsPath; }
     const QString& nicknamesPath() const { return m_nicknamesPath; }
 
+    // The application's folder under the user's data folder, or under the temporary one when there
+    // is none; made if need be.
+    static QString applicationFolder(const std::optional<QString>& dataFolder);
+
     std::optional<QString> nickname(const DriveIdentity& drive) const;
     // Blanks and tabs at both ends are dropped; an empty name removes the nickname.
     void setNickname(const QString& name, const DriveIdentity& drive);

@@ -99,7 +99,7 @@ void SpeedTester::start(const QString& bsdName, const DriveIdentity& drive, Disc
     m_process = std::move(process);
     m_startTime = std::chrono::steady_clock::now();
     publish(this, m_isRunning, true, &SpeedTester::isRunningChanged);
-    m_progressTimer = std::make_unique<QTimer>();
+    m_progressTimer = std::make_unique<QTimer>(this);
     m_progressTimer->setInterval(sampleInterval);
     connect(m_progressTimer.get(), &QTimer::timeout, this, &SpeedTester::sample);
     m_progressTimer->start();

@@ -1,0 +1,317 @@
+#include "DiagnosticsStore.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QFile>
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "StubTools.h"
+#include "TestFolder.h"
+
+namespace {
+
+class DiagnosticsStoreTest : public testing::Test {
+protected:
+    static SpeedTestResult result(qint64 size) {
+        auto made = SpeedTestResult::now(QStringLiteral("a|b|c"), QStringLiteral("a b c"),
+                                         QStringLiteral("CD"), size, 150000,
+                                         SpeedTestResult::Source::speedTest);
+        // What a file keeps: whole seconds.
+        made.date = QDateTime::fromSecsSinceEpoch(made.date.toSecsSinceEpoch(), Qt::UTC);
+        return made;
+    }
+    static nlohmann::json json(const QString& path) {
+        return nlohmann::json::parse(TestFolder::read(path).value_or(QByteArray()).toStdString());
+    }
+
+    TestFolder folder;
+    const QString application = folder.path(QStringLiteral("data/Spindrift"));
+    const QString resultsPath = application + QStringLiteral("/speedlog.json");
+    const QString nicknamesPath = application + QStringLiteral("/drivenicknames.json");
+    const DriveIdentity drive{QStringLiteral("PIONEER"), QStringLiteral("BDR-212M"),
+                              QStringLiteral("1.00")};
+};
+
+TEST_F(DiagnosticsStoreTest, ANewStoreMakesItsFolderAndNoFile) {
+    folder.setEnvironment("XDG_DATA_HOME", folder.path(QStringLiteral("deep/data")).toUtf8());
+    const DiagnosticsStore store;
+    EXPECT_EQ(TestFolder::list(folder.path(QStringLiteral("deep/data/Spindrift"))), QStringList());
+    EXPECT_TRUE(QDir(folder.path(QStringLiteral("deep/data/Spindrift"))).exists());
+    EXPECT_EQ(store.results(), QList<SpeedTestResult>());
+    EXPECT_TRUE(store.nicknames().isEmpty());
+}
+
+TEST_F(DiagnosticsStoreTest, TheFilesHaveTheirNames) {
+    const DiagnosticsStore store;
+    EXPECT_EQ(store.resultsPath(), resultsPath);
+    EXPECT_EQ(store.nicknamesPath(), nicknamesPath);
+}
+
+TEST_F(DiagnosticsStoreTest, WithoutADataFolderTheTemporaryOneServes) {
+    EXPECT_EQ(DiagnosticsStore::applicationFolder(std::nullopt),
+              folder.temporary() + QStringLiteral("Spindrift"));
+    EXPECT_TRUE(QDir(folder.temporary() + QStringLiteral("Spindrift")).exists());
+}
+
+TEST_F(DiagnosticsStoreTest, TheFirstNicknameWritesTheFile) {
+    DiagnosticsStore store;
+    store.setNickname(QStringLiteral("Desk"), drive);
+    EXPECT_EQ(json(nicknamesPath), nlohmann::json({{"PIONEER|BDR-212M|1.00", "Desk"}}));
+    EXPECT_FALSE(QFile::exists(resultsPath));
+}
+
+TEST_F(DiagnosticsStoreTest, ANicknameIsFoundUnderItsDrive) {
+    DiagnosticsStore store;
+    EXPECT_EQ(store.nickname(drive), std::nullopt);
+    store.setNickname(QStringLiteral("Desk"), drive);
+    EXPECT_EQ(store.nickname(drive), QStringLiteral("Desk"));
+    EXPECT_EQ(DiagnosticsStore().nickname(drive), QStringLiteral("Desk"));
+}
+
+TEST_F(DiagnosticsStoreTest, DrivesThatDifferInFirmwareHaveTheirOwnNicknames) {
+    DiagnosticsStore store;
+    DriveIdentity newer = drive;
+    newer.revision = QStringLiteral("1.01");
+    store.setNickname(QStringLiteral("old"), drive);
+    store.setNickname(QStringLiteral("new"), newer);
+    EXPECT_EQ(store.nickname(drive), QStringLiteral("old"));
+    EXPECT_EQ(store.nickname(newer), QStringLiteral("new"));
+    EXPECT_EQ(store.nicknames().size(), 2);
+}
+
+TEST_F(DiagnosticsStoreTest, ADriveWithoutAnyIdentityHasAKeyToo) {
+    DiagnosticsStore store;
+    store.setNickname(QStringLiteral("nameless"), DriveIdentity());
+    EXPECT_EQ(store.nicknames().keys(), QStringList({"||"}));
+}
+
+TEST_F(DiagnosticsStoreTest, BlanksAndTabsAroundANicknameAreDropped) {
+    DiagnosticsStore store;
+    store.setNickname(QStringLiteral("  Office burner \t"), drive);
+    EXPECT_EQ(store.nickname(drive), QStringLiteral("Office burner"));
+    store.setNickname(QStringLiteral("\u00a0\u3000Office\u2003"), drive);
+    EXPECT_EQ(store.nickname(drive), QStringLiteral("Office"));
+}
+
+TEST_F(DiagnosticsStoreTest, ALineBreakAtTheEndOfANicknameStays) {
+    DiagnosticsStore store;
+    store.setNickname(QStringLiteral(" Desk\n"), drive);
+    EXPECT_EQ(store.nickname(drive), QStringLiteral("Desk\n"));
+    store.setNickname(QStringLiteral("\n"), drive);
+    EXPECT_EQ(DiagnosticsStore().nickname(drive), QStringLiteral("\n"));
+}
+
+TEST_F(DiagnosticsStoreTest, ANicknameOfBlanksRemovesItAndRewritesTheFile) {
+    DiagnosticsStore store;
+    store.setNickname(QStringLiteral("Desk"), drive);
+    store.setNickname(QStringLiteral("   "), drive);
+    EXPECT_EQ(store.nickname(drive), std::nullopt);
+    EXPECT_EQ(TestFolder::read(nicknamesPath), QByteArray("{}"));
+}
+
+TEST_F(DiagnosticsStoreTest, TheFileIsRewrittenEvenWhenNothingChanged) {
+    DiagnosticsStore store;
+    store.setNickname(QString(), drive);
+    EXPECT_EQ(TestFolder::read(nicknamesPath), QByteArray("{}"));
+    folder.write(QStringLiteral("data/Spindrift/drivenicknames.json"), "somebody else's");
+    store.setNickname(QString(), drive);
+    EXPECT_EQ(TestFolder::read(nicknamesPath), QByteArray("{}"));
+}
+
+TEST_F(DiagnosticsStoreTest, OddNicknamesComeBack) {
+    for (const char16_t* odd :
+         {u"\u00e4\u65e5\U0001F4BF", u"\"quoted\" \\ /", u"a\tb\nc", u"\u2028", u"<b>&"}) {
+        const QString name = QString::fromUtf16(odd);
+        DiagnosticsStore().setNickname(name, drive);
+        EXPECT_EQ(DiagnosticsStore().nickname(drive), name);
+    }
+}
+
+TEST_F(DiagnosticsStoreTest, ALoneSurrogateInANicknameStaysInMemoryAndIsReplacedInTheFile) {
+    DiagnosticsStore store;
+    const QString name = u'a' + QString(QChar(0xDC00));
+    store.setNickname(name, drive);
+    EXPECT_EQ(store.nickname(drive), name);
+    EXPECT_EQ(DiagnosticsStore().nickname(drive), QStringLiteral("a?"));
+}
+
+TEST_F(DiagnosticsStoreTest, TheNewestResultComesFirst) {
+    DiagnosticsStore store;
+    const QList<SpeedTestResult> made = {result(1), result(2), result(3)};
+    for (const auto& each : made) {
+        store.record(each);
+    }
+    EXPECT_EQ(store.results(), QList<SpeedTestResult>({made[2], made[1], made[0]}));
+    EXPECT_EQ(json(resultsPath).at(0).at("discSizeBytes"), 3);
+    EXPECT_EQ(json(resultsPath).size(), 3U);
+    EXPECT_EQ(DiagnosticsStore().results(), store.results());
+    EXPECT_FALSE(QFile::exists(nicknamesPath));
+}
+
+TEST_F(DiagnosticsStoreTest, ThereIsNoLimitToTheHistory) {
+    DiagnosticsStore store;
+    for (int i = 0; i < 300; ++i) {
+        store.record(result(i));
+    }
+    EXPECT_EQ(DiagnosticsStore().results().size(), 300);
+}
+
+TEST_F(DiagnosticsStoreTest, ABrokenHistoryStaysUntilTheNextResultReplacesIt) {
+    folder.write(QStringLiteral("data/Spindrift/speedlog.json"), "not JSON");
+    DiagnosticsStore store;
+    EXPECT_EQ(store.results(), QList<SpeedTestResult>());
+    store.setNickname(QStringLiteral("Desk"), drive);
+    EXPECT_EQ(TestFolder::read(resultsPath), QByteArray("not JSON"));
+    store.record(result(1));
+    EXPECT_EQ(json(resultsPath).size(), 1U);
+}
+
+TEST_F(DiagnosticsStoreTest, OneBadResultEmptiesTheHistory) {
+    DiagnosticsStore store;
+    store.record(result(1));
+    store.record(result(2));
+    auto document = json(resultsPath);
+    document[1].erase("discKind");
+    folder.write(QStringLiteral("data/Spindrift/speedlog.json"),
+                 QByteArray::fromStdString(document.dump()));
+    EXPECT_EQ(DiagnosticsStore().results(), QList<SpeedTestResult>());
+}
+
+TEST_F(DiagnosticsStoreTest, NicknamesInAnyOtherFormCountAsNone) {
+    for (const char* other : {"", "[]", "[\"a\"]", "null", "{\"a\":1}", "{\"a\":\"b\",\"c\":null}",
+                              "{\"a\":\"b\"", "{\"a\":\"\xFF\"}", "x"}) {
+        folder.write(QStringLiteral("data/Spindrift/drivenicknames.json"), other);
+        EXPECT_TRUE(DiagnosticsStore().nicknames().isEmpty()) << other;
+        EXPECT_EQ(TestFolder::read(nicknamesPath), QByteArray(other));
+    }
+}
+
+TEST_F(DiagnosticsStoreTest, ABrokenFileOfOneKindLeavesTheOther) {
+    DiagnosticsStore().record(result(1));
+    folder.write(QStringLiteral("data/Spindrift/drivenicknames.json"), "[]");
+    EXPECT_EQ(DiagnosticsStore().results().size(), 1);
+}
+
+TEST_F(DiagnosticsStoreTest, WhatCannotBeWrittenStaysInMemoryAndHarmsNoFile) {
+    DiagnosticsStore store;
+    QDir().mkpath(resultsPath + QStringLiteral("/precious"));
+    QDir().mkpath(nicknamesPath);
+    store.record(result(1));
+    store.setNickname(QStringLiteral("Desk"), drive);
+    EXPECT_EQ(store.results().size(), 1);
+    EXPECT_EQ(store.nickname(drive), QStringLiteral("Desk"));
+    EXPECT_TRUE(QDir(resultsPath + QStringLiteral("/precious")).exists());
+}
+
+TEST_F(DiagnosticsStoreTest, AFolderThatCannotBeMadeKeepsTheStateInMemory) {
+    folder.write(QStringLiteral("data/Spindrift"), "a file in the folder's place");
+    DiagnosticsStore store;
+    store.record(result(1));
+    store.setNickname(QStringLiteral("Desk"), drive);
+    EXPECT_EQ(store.results().size(), 1);
+    EXPECT_EQ(store.nickname(drive), QStringLiteral("Desk"));
+    EXPECT_EQ(TestFolder::read(application), QByteArray("a file in the folder's place"));
+}
+
+// While it lives, the process is an ordinary user that owns this folder and what is in it.
+class OrdinaryUser final {
+public:
+    explicit OrdinaryUser(const QStringList& paths) {
+        constexpr uid_t nobody = 65534;
+        if (geteuid() != 0) {
+            return;
+        }
+        for (const QString& path : paths) {
+            EXPECT_EQ(chown(QFile::encodeName(path).constData(), nobody, gid_t(-1)), 0);
+        }
+        EXPECT_EQ(seteuid(nobody), 0);
+        m_changed = true;
+    }
+    ~OrdinaryUser() {
+        if (m_changed) {
+            EXPECT_EQ(seteuid(0), 0);
+        }
+    }
+    OrdinaryUser(const OrdinaryUser&) = delete;
+    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
+
+private:
+    bool m_changed = false;
+};
+
+TEST_F(DiagnosticsStoreTest, InAReadOnlyFolderTheStateStaysInMemoryAndNoFileIsLost) {
+    DiagnosticsStore().record(result(1));
+    const QByteArray before = *TestFolder::read(resultsPath);
+    ASSERT_EQ(chmod(QFile::encodeName(resultsPath).constData(), 0400), 0);
+    ASSERT_EQ(chmod(QFile::encodeName(application).constData(), 0500), 0);
+    {
+        const OrdinaryUser user(
+            {folder.path(), folder.path(QStringLiteral("data")), application, resultsPath});
+        DiagnosticsStore store;
+        store.record(result(2));
+        store.setNickname(QStringLiteral("Desk"), drive);
+        EXPECT_EQ(store.results().size(), 2);
+        EXPECT_EQ(store.nickname(drive), QStringLiteral("Desk"));
+    }
+    EXPECT_EQ(TestFolder::read(resultsPath), before);
+    EXPECT_FALSE(QFile::exists(nicknamesPath));
+    ASSERT_EQ(chmod(QFile::encodeName(application).constData(), 0700), 0);
+}
+
+TEST_F(DiagnosticsStoreTest, ASpeedWithoutAJsonFormLosesNoFile) {
+    DiagnosticsStore store;
+    store.record(result(1));
+    auto endless = result(2);
+    endless.averageBytesPerSecond = HUGE_VAL;
+    store.record(endless);
+    EXPECT_EQ(store.results().size(), 2);
+    EXPECT_EQ(json(resultsPath).size(), 1U);
+}
+
+TEST_F(DiagnosticsStoreTest, FilesAreWrittenInPlace) {
+    DiagnosticsStore store;
+    store.record(result(1));
+    const QString elsewhere = folder.path(QStringLiteral("elsewhere.json"));
+    ASSERT_TRUE(QFile::rename(resultsPath, elsewhere));
+    ASSERT_TRUE(QFile::link(elsewhere, resultsPath));
+    store.record(result(2));
+    EXPECT_TRUE(QFileInfo(resultsPath).isSymLink());
+    EXPECT_EQ(json(elsewhere).size(), 2U);
+    EXPECT_EQ(TestFolder::list(application), QStringList({"speedlog.json"}));
+}
+
+TEST_F(DiagnosticsStoreTest, AShorterDocumentLeavesNothingOfTheLongerOne) {
+    DiagnosticsStore store;
+    store.setNickname(QString(500, u'x'), drive);
+    store.setNickname(QStringLiteral("y"), drive);
+    EXPECT_EQ(json(nicknamesPath).begin().value(), "y");
+}
+
+TEST_F(DiagnosticsStoreTest, ChangesOfOthersAreOverwritten) {
+    DiagnosticsStore first;
+    DiagnosticsStore second;
+    second.record(result(2));
+    first.record(result(1));
+    EXPECT_EQ(DiagnosticsStore().results(), first.results());
+}
+
+TEST_F(DiagnosticsStoreTest, ChangesArePublished) {
+    DiagnosticsStore store;
+    QStringList signalled;
+    QObject::connect(&store, &DiagnosticsStore::objectWillChange, &store,
+                     [&] { signalled.append(QStringLiteral("will")); });
+    QObject::connect(&store, &DiagnosticsStore::resultsChanged, &store,
+                     [&] { signalled.append(QStringLiteral("results")); });
+    QObject::connect(&store, &DiagnosticsStore::nicknamesChanged, &store,
+                     [&] { signalled.append(QStringLiteral("nicknames")); });
+    store.record(result(1));
+    store.setNickname(QStringLiteral("Desk"), drive);
+    store.setNickname(QStringLiteral("Desk"), drive);
+    EXPECT_EQ(signalled, QStringList({"will", "results", "will", "nicknames", "will"}));
+}
+
+}  // namespace
