@@ -119,7 +119,7 @@ void ISORipper::start(const QString& bsdName, const QString& destination,
     publish(this, m_isRunning, true, &ISORipper::isRunningChanged);
     m_ripStartTime = m_lastSampleTime = Clock::now();
     m_lastSampleBytes = 0;
-    m_progressTimer = std::make_unique<QTimer>();
+    m_progressTimer = std::make_unique<QTimer>(this);
     m_progressTimer->setInterval(sampleInterval);
     connect(m_progressTimer.get(), &QTimer::timeout, this, [this] { sample(); });
     m_progressTimer->start();
