@@ -136,6 +136,20 @@ std::optional<DriveFacts> DriveQuery::defaultDrive(Wanted wanted, std::string* e
     return first;
 }
 
+std::optional<std::string> DriveQuery::defaultNode(std::string* error) const {
+    if (const auto facts = defaultDrive(Wanted::Type, error)) {
+        return facts->node;
+    }
+    if (m_practiceFolder || error->empty()) {
+        return std::nullopt;
+    }
+    if (m_preferredDrive) {
+        return kernelName(*m_preferredDrive);
+    }
+    const auto names = opticalDrives();  // again: the drive may have been unplugged since
+    return names.empty() ? std::nullopt : std::optional(names.front());
+}
+
 std::optional<DriveFacts> DriveQuery::drive(const std::string& device, Wanted wanted,
                                             std::string* error) const {
     const auto name = node(device, error);

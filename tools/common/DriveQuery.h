@@ -36,6 +36,10 @@ public:
     // asked, with the reason in *error.
     std::optional<DriveFacts> defaultDrive(Wanted wanted, std::string* error) const;
 
+    // The same drive's name when it is only to be ejected, which can be possible where asking the
+    // drive is not. Absent as above.
+    std::optional<std::string> defaultNode(std::string* error) const;
+
     // The drive with this device, with or without "/dev/"; other block devices are described as
     // if they were drives that always hold a disc. Absent with the reason in *error.
     std::optional<DriveFacts> drive(const std::string& device, Wanted wanted,

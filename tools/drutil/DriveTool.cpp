@@ -51,12 +51,12 @@ int DriveTool::status(std::string* output, std::string* errors) const {
 
 int DriveTool::eject(std::string* errors) {
     std::string problem;
-    const auto drive = m_drives.defaultDrive(DriveQuery::Wanted::Type, &problem);
-    if (!drive) {
+    const auto node = m_drives.defaultNode(&problem);
+    if (!node) {
         *errors = "drutil: " + (problem.empty() ? "No optical drive found." : problem) + "\n";
         return EXIT_FAILURE;
     }
-    if (!m_tray.open(drive->node, &problem)) {
+    if (!m_tray.open(*node, &problem)) {
         *errors = "drutil: " + problem + "\n";
         return EXIT_FAILURE;
     }

@@ -134,6 +134,20 @@ TEST_F(DriveQueryTest, ADeviceThatCannotBeAskedIsAnErrorWithItsNode) {
     EXPECT_EQ(error, "/dev/sr0: Permission denied");
 }
 
+TEST_F(DriveQueryTest, ADriveThatCannotBeAskedCanStillBeNamedToEjectIt) {
+    machine.addDrive("sr1", "11:1");
+    machine.addDrive("sr0", "11:0");
+    devices.mediumError = "Permission denied";
+    EXPECT_EQ(query.defaultNode(&error), "sr0");
+    query.setPreferredDrive("sr1");
+    EXPECT_EQ(query.defaultNode(&error), "sr1");
+}
+
+TEST_F(DriveQueryTest, WithoutADriveThereIsNoneToEject) {
+    EXPECT_EQ(query.defaultNode(&error), std::nullopt);
+    EXPECT_EQ(error, "");
+}
+
 TEST_F(DriveQueryTest, OfSeveralDrivesTheFirstWithADiscIsTakenInTheOrderOfNumbers) {
     machine.addDrive("sr10", "11:10");
     machine.addDrive("sr2", "11:2");

@@ -72,4 +72,17 @@ TEST(GrantDiscAccessTest, WhoIsNotRootIsRefusedWhateverTheEnvironmentSays) {
     EXPECT_EQ(withBit.status, notPermitted) << withBit.errors;
 }
 
+TEST(GrantDiscAccessTest, ThePolicyAsksAnAdministratorForTheInstalledProgramOnly) {
+    const auto policy = ScratchFolder::read(POLICY);
+    ASSERT_TRUE(policy);
+    EXPECT_THAT(*policy, HasSubstr("<action id=\"org.spindrift.grant-disc-access\">"));
+    EXPECT_THAT(*policy,
+                HasSubstr("<annotate key=\"org.freedesktop.policykit.exec.path\">" INSTALLED
+                          "</annotate>"));
+    for (const char* who : {"any", "inactive", "active"}) {
+        EXPECT_THAT(*policy,
+                    HasSubstr("<allow_" + std::string(who) + ">auth_admin</allow_" + who + ">"));
+    }
+}
+
 }  // namespace

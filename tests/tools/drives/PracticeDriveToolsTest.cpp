@@ -103,6 +103,15 @@ TEST_F(PracticeDriveToolsTest, AJolietLabelWithBlanksAndLettersOfOtherLanguagesI
                                               "e und mehr")));
 }
 
+TEST_F(PracticeDriveToolsTest, AUdfLabelIsWhole) {
+    makeSparseDisc(20 << 20);
+    const ToolResult made = BuiltTool::run(
+        "/usr/sbin/mkudffs", {"--blocksize=2048", "--label=F\xC3\xAAte d'\xC3\xA9t\xC3\xA9 2024",
+                              folder.path("disc.iso")});
+    ASSERT_EQ(made.status, 0) << made.errors;
+    EXPECT_THAT(info().output, HasSubstr(name("F\xC3\xAAte d'\xC3\xA9t\xC3\xA9 2024")));
+}
+
 TEST_F(PracticeDriveToolsTest, ALabelOfOtherBytesGivesOutputThatIsStillUtf8) {
     burn({}, "LABEL");
     std::string image = *ScratchFolder::read(folder.path("disc.iso"));
