@@ -93,6 +93,8 @@ QWidget* HistoryList::makeRow(const SpeedTestResult& result, int index) {
     using Role = Appearance::Role;
     auto* row = new QWidget;
     row->setObjectName(QStringLiteral("historyRow%1").arg(index));
+    // The column below the rows takes what is left of the height, not the rows.
+    row->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
     auto* columns = new QHBoxLayout(row);
     columns->setContentsMargins(0, 0, 0, 0);
 

@@ -1,23 +1,18 @@
 #include "ActionRow.h"
 
-#include <QHBoxLayout>
 #include <QPushButton>
 
 #include "AquaControls.h"
 
-ActionRow::ActionRow(QWidget* parent)
-    : QWidget(parent),
-      m_start(new QPushButton(tr("Start Rip"), this)),
-      m_cancel(new QPushButton(tr("Cancel"), this)) {
+ActionRow::ActionRow(QWidget* owner)
+    : m_start(new QPushButton(tr("Start Rip"), owner)),
+      m_cancel(new QPushButton(tr("Cancel"), owner)) {
     m_start->setObjectName(QStringLiteral("startButton"));
     m_start->setDefault(true);
     m_cancel->setObjectName(QStringLiteral("cancelButton"));
-    auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(8);
-    row->addStretch();
-    row->addWidget(m_cancel);
-    row->addWidget(m_start);
+    addStretch();
+    addWidget(m_cancel);
+    addWidget(m_start);
     connect(m_start, &QPushButton::clicked, this, &ActionRow::startRequested);
     connect(m_cancel, &QPushButton::clicked, this, &ActionRow::cancelRequested);
     show(State());

@@ -1,18 +1,18 @@
 // The main window's last row: the start button, or the cancel button while something runs.
 //
-// Owned by the main window; main thread.
+// Belongs to the column of the main window, whose children its buttons are: a gel button's glow
+// needs room outside of the row. Main thread.
 #pragma once
 
-#include <QString>
-#include <QWidget>
+#include <QHBoxLayout>
 
 class QPushButton;
 
-class ActionRow final : public QWidget {
+class ActionRow final : public QHBoxLayout {
     Q_OBJECT
 
 public:
-    explicit ActionRow(QWidget* parent = nullptr);
+    explicit ActionRow(QWidget* owner);
 
     struct State {
         bool working = false;   // a rip or a verification runs
@@ -21,7 +21,6 @@ public:
         bool retro = false;
     };
     void show(const State& state);
-    using QWidget::show;
 
     // The press of the default button, which Return means.
     void triggerDefault();

@@ -1,8 +1,7 @@
 #include "Appearance.h"
 
 #include <QApplication>
-#include <QStyle>
-#include <QStyleFactory>
+#include <QProxyStyle>
 #include <QToolTip>
 
 namespace Appearance {
@@ -37,7 +36,7 @@ constexpr Colors lightColors = {
     .window = "#f2f2f4",
     .text = "#1d1d1f",
     .base = "#ffffff",
-    .alternateBase = "#f7f7f9",
+    .alternateBase = "#fafafb",
     .button = "#fbfbfc",
     .light = "#ffffff",
     .midlight = "#e3e3e6",
@@ -45,7 +44,7 @@ constexpr Colors lightColors = {
     .dark = "#9a9aa0",
     .shadow = "#6e6e73",
     .toolTip = "#fffff0",
-    .disabledText = "#a3a3a8",
+    .disabledText = "#9a9a9f",
     .secondary = "#66666b",
     .accent = "#0a66d0",
     .green = "#187a38",
@@ -58,7 +57,7 @@ constexpr Colors darkColors = {
     .window = "#28282a",
     .text = "#f2f2f4",
     .base = "#1c1c1e",
-    .alternateBase = "#222224",
+    .alternateBase = "#343438",
     .button = "#48484c",
     .light = "#5a5a5f",
     .midlight = "#3f3f43",
@@ -66,7 +65,7 @@ constexpr Colors darkColors = {
     .dark = "#161618",
     .shadow = "#000000",
     .toolTip = "#3a3a3c",
-    .disabledText = "#77777c",
+    .disabledText = "#8c8c91",
     .secondary = "#a9a9ae",
     .accent = "#4c9bff",
     .green = "#3fd066",
@@ -78,6 +77,18 @@ constexpr Colors darkColors = {
 const Colors& colors(Scheme scheme) {
     return scheme == Scheme::Dark ? darkColors : lightColors;
 }
+
+// Fusion, with more room beside the texts of buttons.
+class RoomyStyle final : public QProxyStyle {
+public:
+    RoomyStyle() : QProxyStyle(QStringLiteral("fusion")) {}
+
+    QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& contents,
+                           const QWidget* widget) const override {
+        const QSize usual = QProxyStyle::sizeFromContents(type, option, contents, widget);
+        return type == CT_PushButton ? usual.grownBy(QMargins(6, 2, 6, 2)) : usual;
+    }
+};
 
 QColor named(const char* name) {
     return QColor(QLatin1String(name));
@@ -154,9 +165,8 @@ Scheme schemeOf(const QPalette& palette) {
 }
 
 void follow() {
-    const QString styleName = QStringLiteral("fusion");
-    if (QApplication::style()->name() != styleName) {
-        QApplication::setStyle(QStyleFactory::create(styleName));
+    if (dynamic_cast<RoomyStyle*>(QApplication::style()) == nullptr) {
+        QApplication::setStyle(new RoomyStyle);
     }
     const QPalette wanted = palette(SystemAppearance::current());
     if (QApplication::palette() != wanted) {

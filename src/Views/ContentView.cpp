@@ -90,9 +90,9 @@ void ContentView::addParts() {
     column->addWidget(m_noDrive);
     column->addWidget(m_noDisc);
     column->addWidget(new Divider(this));
-    column->addWidget(m_destination);
+    column->addLayout(m_destination);
     column->addWidget(m_progress);
-    column->addWidget(m_actions);
+    column->addLayout(m_actions);
 }
 
 void ContentView::connectParts() {
@@ -259,10 +259,14 @@ void ContentView::refreshAppearance(bool retro) {
     setFont(retro ? Aqua::font(13) : QFont());
     m_header->setRetro(retro);
     m_destination->setRetro(retro);
-    if (retro && m_pinstripes == nullptr) {
-        m_pinstripes = new PinstripeBackground(this);
+    if (retro && !m_pinstripes) {
+        // Behind the content, not in it: the start button's glow reaches beyond the content and
+        // lies between the two.
+        m_pinstripes = new PinstripeBackground(parentWidget() != nullptr ? parentWidget() : this);
     }
-    m_pinstripes->setVisible(retro);
+    if (m_pinstripes) {
+        m_pinstripes->setVisible(retro);
+    }
 }
 
 void ContentView::refreshConfirmation() {

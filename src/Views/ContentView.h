@@ -80,7 +80,7 @@ private:
     DestinationRow* m_destination;
     RipProgressView* m_progress;
     ActionRow* m_actions;
-    PinstripeBackground* m_pinstripes = nullptr;  // made when Retro Mode first needs it
+    QPointer<PinstripeBackground> m_pinstripes;  // made when Retro Mode first needs it
 
     QPointer<QDialog> m_destinationDialog;
     QPointer<CancelConfirmation> m_confirmation;

@@ -1,29 +1,25 @@
 #include "DestinationRow.h"
 
-#include <QHBoxLayout>
 #include <QPushButton>
 
 #include "AquaControls.h"
 #include "SymbolIcon.h"
 #include "TextLabel.h"
 
-DestinationRow::DestinationRow(QWidget* parent)
-    : QWidget(parent),
-      m_path(new TextLabel(QString(), Appearance::Role::Secondary, TextLabel::Wrap::No, this)),
-      m_choose(new QPushButton(tr("Choose\u2026"), this)) {
+DestinationRow::DestinationRow(QWidget* owner)
+    : m_path(new TextLabel(QString(), Appearance::Role::Secondary, TextLabel::Wrap::No, owner)),
+      m_choose(new QPushButton(tr("Choose\u2026"), owner)) {
     m_path->setObjectName(QStringLiteral("destinationPath"));
     m_path->setElideMode(Qt::ElideMiddle);
     m_choose->setObjectName(QStringLiteral("chooseButton"));
     m_choose->setAccessibleDescription(tr("Chooses where the ISO image is saved"));
-    auto* icon = new SymbolIcon(QStringLiteral("folder"), 13, Appearance::Role::Secondary, this);
+    auto* icon = new SymbolIcon(QStringLiteral("folder"), 13, Appearance::Role::Secondary, owner);
     icon->setObjectName(QStringLiteral("destinationIcon"));
 
-    auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(8);
-    row->addWidget(icon);
-    row->addWidget(m_path, 1);
-    row->addWidget(m_choose);
+    setSpacing(8);
+    addWidget(icon);
+    addWidget(m_path, 1);
+    addWidget(m_choose);
     setDestination(std::nullopt);
     connect(m_choose, &QPushButton::clicked, this, &DestinationRow::chooseRequested);
 }

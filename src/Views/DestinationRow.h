@@ -1,19 +1,20 @@
 // Where the next image goes, with the button that chooses it.
 //
-// Owned by the main window; main thread.
+// Belongs to the column of the main window, whose children its widgets are: a gel button's shadow
+// needs room outside of the row. Main thread.
 #pragma once
 
-#include <QWidget>
+#include <QHBoxLayout>
 #include <optional>
 
 class QPushButton;
 class TextLabel;
 
-class DestinationRow final : public QWidget {
+class DestinationRow final : public QHBoxLayout {
     Q_OBJECT
 
 public:
-    explicit DestinationRow(QWidget* parent = nullptr);
+    explicit DestinationRow(QWidget* owner);
 
     // An absolute path; absent: none is chosen.
     void setDestination(const std::optional<QString>& path);

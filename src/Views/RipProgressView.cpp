@@ -1,10 +1,10 @@
 #include "RipProgressView.h"
 
-#include <QAccessible>
 #include <QHBoxLayout>
 #include <QProgressBar>
 #include <QVBoxLayout>
 
+#include "Announcement.h"
 #include "AquaProgressBar.h"
 #include "ByteCount.h"
 #include "ISORipper.h"
@@ -87,6 +87,9 @@ RipProgressView::RipProgressView(QWidget* parent)
     m_bar->setTextVisible(false);
     m_bytesWritten->setObjectName(QStringLiteral("bytesWritten"));
     m_status->setObjectName(QStringLiteral("ripStatus"));
+    Announcement::prepare(m_status->textLabel());
+    connect(this, &RipProgressView::statusChanged, this,
+            [this] { Announcement::announce(m_status->textLabel()); });
     // A long status gives way to the amount, never the other way round.
     m_bytesWritten->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
     m_bytesWritten->setAlignment(Qt::AlignLeft | Qt::AlignTop);
@@ -138,10 +141,6 @@ void RipProgressView::showStatus(const std::optional<RipStatus>& status) {
     m_status->setRole(status->role);
     m_status->textLabel()->setMaximumLines(status->maximumLines);
     if (status->text != before) {
-        // Screen readers hear of it without the keyboard's focus going there.
-        QAccessibleEvent named(m_status->textLabel(), QAccessible::NameChanged);
-        QAccessible::updateAccessibility(&named);
-        QAccessibleEvent alert(m_status->textLabel(), QAccessible::Alert);
-        QAccessible::updateAccessibility(&alert);
+        emit statusChanged(status->text);
     }
 }

@@ -60,6 +60,10 @@ public:
     void show(const RipState& state, bool retro);
     using QWidget::show;
 
+signals:
+    // The status has another text now, which is not empty.
+    void statusChanged(const QString& text);
+
 private:
     void showBar(std::optional<double> value, bool retro);
     void showStatus(const std::optional<RipStatus>& status);

@@ -44,7 +44,7 @@ QWidget* SettingsView::makeSection(const QString& title, const QList<QCheckBox*>
 
     auto* box = new QFrame(section);
     box->setFrameShape(QFrame::StyledPanel);
-    box->setBackgroundRole(QPalette::Base);
+    box->setBackgroundRole(QPalette::AlternateBase);
     box->setAutoFillBackground(true);
     auto* rows = new QVBoxLayout(box);
     rows->setContentsMargins(12, 12, 12, 12);

@@ -96,7 +96,11 @@ QStringList TextLabel::brokenLines(int width, int maximum) const {
                                                       Qt::ElideRight, width);
             break;
         }
-        result << onOneLine(text.mid(line.textStart(), line.textLength()));
+        QString piece = text.mid(line.textStart(), line.textLength());
+        if (piece.endsWith(QChar::LineSeparator)) {
+            piece.chop(1);
+        }
+        result << onOneLine(piece);
     }
     layout.endLayout();
     return result;

@@ -155,9 +155,8 @@ private:
             return false;
         }
         const auto end = recordedEnd(
-            [this](std::uint64_t at, std::span<std::byte> buffer) {
-                return (at + 1) * buffer.size() <= m_medium.capacity() &&
-                       m_medium.read(at * buffer.size(), buffer) == 0;
+            [this, sector](std::uint64_t at, std::span<std::byte> buffer) {
+                return at < sector && m_medium.read(at * buffer.size(), buffer) == 0;
             },
             sectors());
         return end && *end <= sector;

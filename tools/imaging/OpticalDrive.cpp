@@ -84,6 +84,11 @@ std::unique_ptr<OpticalDrive> OpticalDrive::open(const std::string& device, std:
     if (!problem->empty()) {
         return nullptr;
     }
+    // The kernel counts a fresh disc once more when its spinning up comes to an end and somebody
+    // opens the drive; that must not look like a swap later.
+    if (const int again = openQuietly(device); again >= 0) {
+        close(again);
+    }
     drive->m_disc = diskSequence(descriptor);
     return drive;
 }

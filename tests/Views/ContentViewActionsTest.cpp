@@ -1,0 +1,503 @@
+#include <gtest/gtest.h>
+
+#include <QCloseEvent>
+#include <QDialog>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTest>
+
+#include "CancelConfirmation.h"
+#include "ContentView.h"
+#include "DestinationDialog.h"
+#include "InAppNotifications.h"
+#include "StubTools.h"
+#include "WindowSupport.h"
+
+namespace {
+
+class ContentViewActionsTest : public testing::Test {
+protected:
+    // The sheet of this class, once it is open; null while there is none.
+    template <typename T>
+    static T* sheet(const HostWindow& window) {
+        for (T* dialog : window.findChildren<T*>()) {
+            if (dialog->isVisible()) {
+                return dialog;
+            }
+        }
+        return nullptr;
+    }
+
+    static QDialog* sheetNamed(const HostWindow& window, const char* className) {
+        for (QDialog* dialog : window.findChildren<QDialog*>()) {
+            if (dialog->isVisible() && dialog->inherits(className)) {
+                return dialog;
+            }
+        }
+        return nullptr;
+    }
+
+    void startHeldRip(HostWindow& window) {
+        DriveStubs::disc(folder, {});
+        DriveStubs::heldImaging(folder, "PERCENT:42\n", 1000);
+        window.open();
+        path = window.choose(folder, QStringLiteral("a.iso"));
+        window.click("startButton");
+        ASSERT_TRUE(waitUntil([&] { return window.content->ripper().progress() == 0.42; }));
+        settle();
+    }
+
+    void startHeldVerification(HostWindow& window) {
+        Preferences().setThoroughVerify(true);
+        DriveStubs::disc(folder, {});
+        DriveStubs::imaging(folder,
+                            "printf image > \"$out\"\n"
+                            "[ $verify = yes ] && exec sleep 1000\n"
+                            "exit 0");
+        window.open();
+        path = window.choose(folder, QStringLiteral("a.iso"));
+        window.click("startButton");
+        ASSERT_TRUE(waitUntil([&] { return window.content->ripper().isVerifying(); }));
+        settle();
+    }
+
+    void finishRip(HostWindow& window) {
+        window.open();
+        path = window.choose(folder, QStringLiteral("a.iso"));
+        window.click("startButton");
+        ASSERT_TRUE(waitUntil(
+            [&] { return !window.content->isWorking() && window.content->ripper().finished(); }));
+        settle();
+    }
+
+    bool ejected() const {
+        return StubTools::log(folder).contains(QStringLiteral("diskutil eject /dev/disk4"));
+    }
+
+    // The folder comes first and goes last: the models read it when they are made.
+    TestFolder folder;
+    QString path;
+};
+
+}  // namespace
+
+TEST_F(ContentViewActionsTest, ChoosingOpensASaveDialogWithTheDefaultName) {
+    DriveStubs::disc(folder, {});
+    HostWindow window;
+    window.open();
+    window.click("chooseButton");
+    auto* dialog = sheet<DestinationDialog>(window);
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->windowModality(), Qt::WindowModal);
+    EXPECT_EQ(dialog->acceptMode(), QFileDialog::AcceptSave);
+    EXPECT_EQ(dialog->nameFilters().size(), 1);
+    EXPECT_TRUE(dialog->nameFilters().at(0).contains(QStringLiteral("*.iso")));
+    EXPECT_EQ(dialog->defaultSuffix(), QStringLiteral("iso"));
+    EXPECT_FALSE(dialog->testOption(QFileDialog::ReadOnly)) << "folders can be created";
+    auto* field = dialog->findChild<QLineEdit*>();
+    ASSERT_NE(field, nullptr);
+    EXPECT_EQ(field->text(), QStringLiteral("HOLIDAY.iso"));
+
+    field->setText(folder.path(QStringLiteral("chosen.iso")));
+    dialog->findChild<QPushButton*>()->setFocus();
+    QMetaObject::invokeMethod(dialog, "accept");
+    settle();
+    EXPECT_EQ(window.content->session().destination(), folder.path(QStringLiteral("chosen.iso")));
+    EXPECT_EQ(sheet<DestinationDialog>(window), nullptr);
+}
+
+TEST_F(ContentViewActionsTest, CancellingTheSaveDialogLeavesTheDestination) {
+    DriveStubs::disc(folder, {});
+    HostWindow window;
+    window.open();
+    const QString before = window.choose(folder, QStringLiteral("before.iso"));
+    window.click("chooseButton");
+    ASSERT_NE(sheet<DestinationDialog>(window), nullptr);
+    sheet<DestinationDialog>(window)->reject();
+    settle();
+    EXPECT_EQ(window.content->session().destination(), before);
+}
+
+TEST_F(ContentViewActionsTest, WithoutADiscThereIsNoSaveDialog) {
+    DriveStubs::emptyDrive(folder);
+    HostWindow window;
+    window.open();
+    window.click("chooseButton");
+    EXPECT_EQ(sheet<DestinationDialog>(window), nullptr);
+}
+
+TEST_F(ContentViewActionsTest, ADvdWithoutANameAndANameWithASlashGetFileNames) {
+    for (const auto& [name, expected] :
+         {std::pair<QByteArray, QString>{"", "DVD.iso"}, {"A/B", "A-B.iso"}}) {
+        DriveStubs::disc(folder, {.volumeName = name});
+        HostWindow window;
+        window.open();
+        window.click("chooseButton");
+        ASSERT_NE(sheet<DestinationDialog>(window), nullptr);
+        EXPECT_EQ(sheet<DestinationDialog>(window)->findChild<QLineEdit*>()->text(), expected);
+    }
+}
+
+TEST_F(ContentViewActionsTest, TheExtensionIsAddedUnlessItWouldHitAnotherFile) {
+    EXPECT_EQ(DestinationDialog::withExtension(folder.path(QStringLiteral("a.iso"))),
+              folder.path(QStringLiteral("a.iso")));
+    EXPECT_EQ(DestinationDialog::withExtension(folder.path(QStringLiteral("a.ISO"))),
+              folder.path(QStringLiteral("a.ISO")));
+    EXPECT_EQ(DestinationDialog::withExtension(folder.path(QStringLiteral("v1.2"))),
+              folder.path(QStringLiteral("v1.2.iso")));
+    folder.write(QStringLiteral("v1.3.iso"), "precious");
+    EXPECT_EQ(DestinationDialog::withExtension(folder.path(QStringLiteral("v1.3"))),
+              folder.path(QStringLiteral("v1.3")));
+}
+
+TEST_F(ContentViewActionsTest, KeepGoingChangesNothing) {
+    HostWindow window;
+    startHeldRip(window);
+    window.click("cancelButton");
+    auto* question = sheet<CancelConfirmation>(window);
+    ASSERT_NE(question, nullptr);
+    EXPECT_EQ(question->windowModality(), Qt::WindowModal);
+    EXPECT_EQ(question->text(),
+              QStringLiteral("Cancel the rip? The partial ISO file will be deleted."));
+    EXPECT_EQ(textOf(question, "destructiveButton"), QStringLiteral("Cancel Rip"));
+    EXPECT_EQ(textOf(question, "keepGoingButton"), QStringLiteral("Keep Going"));
+    EXPECT_EQ(question->buttons().size(), 2);
+    named<QPushButton>(question, "keepGoingButton")->click();
+    settle();
+    EXPECT_EQ(sheet<CancelConfirmation>(window), nullptr);
+    EXPECT_TRUE(window.content->ripper().isRunning());
+    EXPECT_EQ(window.content->session().destination(), path);
+    window.content->session().cancel();
+    EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
+}
+
+TEST_F(ContentViewActionsTest, EscapeIsKeepGoing) {
+    HostWindow window;
+    startHeldRip(window);
+    window.click("cancelButton");
+    ASSERT_NE(sheet<CancelConfirmation>(window), nullptr);
+    QTest::keyClick(sheet<CancelConfirmation>(window), Qt::Key_Escape);
+    settle();
+    EXPECT_EQ(sheet<CancelConfirmation>(window), nullptr);
+    EXPECT_TRUE(window.content->ripper().isRunning());
+    window.content->session().cancel();
+    EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
+}
+
+TEST_F(ContentViewActionsTest, CancelRipEndsTheRipAndRemovesItsFiles) {
+    HostWindow window;
+    startHeldRip(window);
+    window.click("cancelButton");
+    named<QPushButton>(sheet<CancelConfirmation>(window), "destructiveButton")->click();
+    EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
+    settle();
+    EXPECT_FALSE(window.content->ripper().finished());
+    EXPECT_FALSE(window.content->ripper().error());
+    EXPECT_EQ(TestFolder::list(folder.temporary()), QStringList());
+    EXPECT_FALSE(QFile::exists(path));
+    EXPECT_EQ(textOf(window.content, "startButton"), QStringLiteral("Start Rip"));
+}
+
+TEST_F(ContentViewActionsTest, CancelVerificationKeepsTheImageAndFallsBackToDone) {
+    HostWindow window;
+    startHeldVerification(window);
+    EXPECT_EQ(window.status(), QStringLiteral("Verifying\u2026"));
+    EXPECT_EQ(named<QProgressBar>(window.content, "ripProgressBar")->maximum(), 0);
+    window.click("cancelButton");
+    auto* question = sheet<CancelConfirmation>(window);
+    ASSERT_NE(question, nullptr);
+    EXPECT_EQ(question->text(),
+              QStringLiteral("Cancel verification? The ISO file is already complete and will be "
+                             "kept \u2014 it just won't be confirmed as verified."));
+    EXPECT_EQ(textOf(question, "destructiveButton"), QStringLiteral("Cancel Verification"));
+    named<QPushButton>(question, "destructiveButton")->click();
+    EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
+    settle();
+    EXPECT_EQ(window.status(), QStringLiteral("Done"));
+    EXPECT_EQ(TestFolder::read(path), QByteArray("image"));
+    EXPECT_EQ(textOf(window.content, "startButton"), QStringLiteral("Rip Again"));
+}
+
+TEST_F(ContentViewActionsTest, TheQuestionFollowsWhatRuns) {
+    Preferences().setThoroughVerify(true);
+    DriveStubs::disc(folder, {});
+    DriveStubs::imaging(folder,
+                        "printf image > \"$out\"\n"
+                        "[ $verify = yes ] && exec sleep 1000\n"
+                        "echo PERCENT:42\n"
+                        "while [ ! -e '" +
+                            folder.path(QStringLiteral("release")).toUtf8() +
+                            "' ]; do sleep 0.02; done");
+    HostWindow window;
+    window.open();
+    path = window.choose(folder, QStringLiteral("a.iso"));
+    window.click("startButton");
+    ASSERT_TRUE(waitUntil([&] { return window.content->ripper().progress() == 0.42; }));
+    window.click("cancelButton");
+    auto* question = sheet<CancelConfirmation>(window);
+    ASSERT_NE(question, nullptr);
+    EXPECT_EQ(textOf(question, "destructiveButton"), QStringLiteral("Cancel Rip"));
+
+    DriveStubs::release(folder);
+    ASSERT_TRUE(waitUntil([&] { return window.content->ripper().isVerifying(); }));
+    settle();
+    EXPECT_EQ(textOf(question, "destructiveButton"), QStringLiteral("Cancel Verification"));
+    named<QPushButton>(question, "destructiveButton")->click();
+    EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
+    EXPECT_EQ(TestFolder::read(path), QByteArray("image")) << "the finished image is kept";
+}
+
+TEST_F(ContentViewActionsTest, TheQuestionGoesWhenThereIsNothingLeftToCancel) {
+    HostWindow window;
+    startHeldRip(window);
+    window.click("cancelButton");
+    ASSERT_NE(sheet<CancelConfirmation>(window), nullptr);
+    DriveStubs::release(folder);
+    EXPECT_TRUE(waitUntil([&] { return sheet<CancelConfirmation>(window) == nullptr; }));
+    EXPECT_TRUE(window.isVisible());
+}
+
+TEST_F(ContentViewActionsTest, AWindowThatRipsAsksBeforeItCloses) {
+    HostWindow window;
+    startHeldRip(window);
+    EXPECT_FALSE(window.content->mayClose());
+    settle();
+    ASSERT_NE(sheet<CancelConfirmation>(window), nullptr);
+    named<QPushButton>(sheet<CancelConfirmation>(window), "keepGoingButton")->click();
+    settle();
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_TRUE(window.content->ripper().isRunning());
+
+    EXPECT_FALSE(window.content->mayClose());
+    named<QPushButton>(sheet<CancelConfirmation>(window), "destructiveButton")->click();
+    EXPECT_TRUE(waitUntil([&] { return !window.isVisible(); })) << "it closes once cancelled";
+    EXPECT_EQ(TestFolder::list(folder.temporary()), QStringList());
+    EXPECT_TRUE(window.content->mayClose());
+}
+
+TEST_F(ContentViewActionsTest, PollingStopsWhenTheWindowGoes) {
+    DriveStubs::emptyDrive(folder);
+    HostWindow window;
+    window.open();
+    const auto polls = [this] {
+        return StubTools::log(folder).count(QStringLiteral("drutil status"));
+    };
+    const auto before = polls();
+    EXPECT_EQ(before, 1) << "one poll at once";
+    EXPECT_TRUE(waitUntil([&] { return polls() == before + 1; })) << "and one every two seconds";
+    window.close();
+    settle();
+    const auto atClose = polls();
+    QElapsedTimer waited;
+    waited.start();
+    EXPECT_TRUE(waitUntil([&] { return waited.elapsed() > 2500; }));
+    EXPECT_EQ(polls(), atClose);
+}
+
+TEST_F(ContentViewActionsTest, AVerifiedRipEjectsTheDiscIfSoSet) {
+    DriveStubs::disc(folder, {});
+    DriveStubs::goodImaging(folder);
+    HostWindow window;
+    finishRip(window);
+    EXPECT_TRUE(waitUntil([&] { return ejected(); }));
+    EXPECT_FALSE(window.content->session().destination());
+    EXPECT_TRUE(waitUntil([&] { return !window.content->session().isEjecting(); }));
+}
+
+TEST_F(ContentViewActionsTest, AVerifiedRipLeavesTheDiscInTheDriveIfSoSet) {
+    Preferences().setEjectWhenDone(false);
+    DriveStubs::disc(folder, {});
+    DriveStubs::goodImaging(folder);
+    HostWindow window;
+    finishRip(window);
+    EXPECT_FALSE(window.content->session().isEjecting());
+    EXPECT_FALSE(ejected());
+    EXPECT_FALSE(window.content->session().destination());
+}
+
+TEST_F(ContentViewActionsTest, AMismatchNeitherEjectsNorForgetsTheDestination) {
+    Preferences().setThoroughVerify(true);
+    DriveStubs::disc(folder, {});
+    DriveStubs::imaging(folder, "echo $verify > \"$out\"");
+    DriveStubs::goodDigest(folder);
+    HostWindow window;
+    finishRip(window);
+    EXPECT_EQ(window.status(), QStringLiteral("Verification mismatch"));
+    EXPECT_FALSE(window.content->session().isEjecting());
+    EXPECT_FALSE(ejected());
+    EXPECT_EQ(window.content->session().destination(), path);
+    EXPECT_TRUE(named<QWidget>(window.content, "startButton")->isEnabled());
+}
+
+TEST_F(ContentViewActionsTest, AMatchOfTheSecondReadIsVerified) {
+    Preferences().setThoroughVerify(true);
+    DriveStubs::disc(folder, {});
+    DriveStubs::goodImaging(folder);
+    StubTools::write(folder, QStringLiteral("/usr/bin/shasum"), "echo same");
+    HostWindow window;
+    finishRip(window);
+    EXPECT_EQ(window.status(), QStringLiteral("Verified"));
+    EXPECT_TRUE(waitUntil([&] { return !window.content->session().isEjecting(); }));
+}
+
+TEST_F(ContentViewActionsTest, AVerificationThatCannotBeDoneShowsWhy) {
+    Preferences().setThoroughVerify(true);
+    DriveStubs::disc(folder, {});
+    DriveStubs::imaging(folder, "printf image > \"$out\"; [ $verify = no ]");
+    HostWindow window;
+    finishRip(window);
+    EXPECT_EQ(window.status(), QStringLiteral("Could not re-read the disc to verify."));
+}
+
+TEST_F(ContentViewActionsTest, TheSpeedOfARipJoinsTheHistory) {
+    Preferences().setEjectWhenDone(false);
+    DriveStubs::disc(folder, {});
+    DriveStubs::goodImaging(folder);
+    HostWindow window;
+    finishRip(window);
+    ASSERT_EQ(window.content->diagnostics().results().size(), 1);
+    const SpeedTestResult& result = window.content->diagnostics().results().at(0);
+    EXPECT_EQ(result.driveKey, QStringLiteral("ACME|Test Drive|1.0"));
+    EXPECT_EQ(result.driveModelString, QStringLiteral("ACME Test Drive 1.0"));
+    EXPECT_EQ(result.discKind, QStringLiteral("DVD"));
+    EXPECT_EQ(result.discSizeBytes, 4700000000);
+    EXPECT_EQ(result.source, SpeedTestResult::Source::rip);
+}
+
+TEST_F(ContentViewActionsTest, TheEjectButtonEjectsTheDiscThatIsShown) {
+    DriveStubs::disc(folder, {});
+    HostWindow window;
+    window.open();
+    window.click("ejectButton");
+    EXPECT_TRUE(waitUntil([&] { return ejected(); }));
+    EXPECT_TRUE(waitUntil([&] { return !window.content->session().isEjecting(); }));
+}
+
+TEST_F(ContentViewActionsTest, TheGuideOpensAtTheFirstStartWithoutAccess) {
+    DriveStubs::emptyDrive(folder);
+    HostWindow window;
+    Preferences().setHasCompletedOnboarding(false);
+    folder.setEnvironment("SPINDRIFT_PRACTICE_DRIVE", folder.path(QStringLiteral("none")).toUtf8());
+    window.open();
+    QDialog* guide = sheetNamed(window, "OnboardingView");
+    ASSERT_NE(guide, nullptr);
+    EXPECT_EQ(guide->windowModality(), Qt::WindowModal);
+    EXPECT_FALSE(Preferences().hasCompletedOnboarding()) << "not before it is closed";
+    guide->close();
+    settle();
+    EXPECT_EQ(sheetNamed(window, "OnboardingView"), nullptr);
+    EXPECT_TRUE(Preferences().hasCompletedOnboarding());
+}
+
+TEST_F(ContentViewActionsTest, EscapeAlsoCountsTheGuideAsCompleted) {
+    DriveStubs::emptyDrive(folder);
+    HostWindow window;
+    window.open();
+    Preferences().setHasCompletedOnboarding(false);
+    window.content->showOnboarding();
+    settle();
+    ASSERT_NE(sheetNamed(window, "OnboardingView"), nullptr);
+    QTest::keyClick(sheetNamed(window, "OnboardingView"), Qt::Key_Escape);
+    settle();
+    EXPECT_EQ(sheetNamed(window, "OnboardingView"), nullptr);
+    EXPECT_TRUE(Preferences().hasCompletedOnboarding());
+}
+
+TEST_F(ContentViewActionsTest, TheGuideDoesNotOpenByItselfOnceCompleted) {
+    DriveStubs::emptyDrive(folder);
+    HostWindow window;
+    window.open();
+    EXPECT_EQ(sheetNamed(window, "OnboardingView"), nullptr);
+}
+
+TEST_F(ContentViewActionsTest, TheMenuCommandOpensTheGuideEvenOnceCompleted) {
+    DriveStubs::emptyDrive(folder);
+    HostWindow window;
+    window.open();
+    emit InAppNotifications::shared().showOnboarding();
+    settle();
+    EXPECT_NE(sheetNamed(window, "OnboardingView"), nullptr);
+    emit InAppNotifications::shared().showOnboarding();
+    settle();
+    EXPECT_EQ(window.findChildren<QDialog*>().size(), 1) << "and only one of it";
+}
+
+TEST_F(ContentViewActionsTest, OnlyTheFrontWindowShowsTheGuide) {
+    DriveStubs::emptyDrive(folder);
+    HostWindow first;
+    first.open();
+    HostWindow second;
+    second.open();
+    QApplication::setActiveWindow(&first);
+    settle();
+    emit InAppNotifications::shared().showOnboarding();
+    settle();
+    EXPECT_NE(sheetNamed(first, "OnboardingView"), nullptr);
+    EXPECT_EQ(sheetNamed(second, "OnboardingView"), nullptr);
+}
+
+TEST_F(ContentViewActionsTest, APermissionFailureOpensTheGuideEvenOnceCompleted) {
+    DriveStubs::disc(folder, {});
+    DriveStubs::imaging(folder, "echo 'hdiutil: create failed - Permission denied' >&2; exit 1");
+    HostWindow window;
+    window.open();
+    window.choose(folder, QStringLiteral("a.iso"));
+    window.click("startButton");
+    EXPECT_TRUE(waitUntil([&] { return sheetNamed(window, "OnboardingView") != nullptr; }));
+    settle();
+    EXPECT_EQ(window.status(),
+              QStringLiteral("Permission denied reading the disc. Try again, or grant Full Disk "
+                             "Access to this app in System Settings."));
+}
+
+TEST_F(ContentViewActionsTest, AnotherFailureOpensNoGuide) {
+    DriveStubs::disc(folder, {});
+    DriveStubs::imaging(folder, "exit 1");
+    HostWindow window;
+    window.open();
+    window.choose(folder, QStringLiteral("a.iso"));
+    window.click("startButton");
+    EXPECT_TRUE(waitUntil([&] { return !window.status().isEmpty(); }));
+    settle();
+    EXPECT_EQ(sheetNamed(window, "OnboardingView"), nullptr);
+}
+
+TEST_F(ContentViewActionsTest, TheDiagnosticsOpenAsASheetOfTheWindow) {
+    DriveStubs::disc(folder, {});
+    HostWindow window;
+    window.open();
+    window.click("diagnosticsButton");
+    QDialog* diagnostics = sheetNamed(window, "DiagnosticsView");
+    ASSERT_NE(diagnostics, nullptr);
+    EXPECT_EQ(diagnostics->windowModality(), Qt::WindowModal);
+    EXPECT_EQ(diagnostics->parentWidget()->window(), &window);
+}
+
+TEST_F(ContentViewActionsTest, AWindowCanGoWhileItsSheetsAreOpen) {
+    DriveStubs::disc(folder, {});
+    auto window = std::make_unique<HostWindow>();
+    window->open();
+    window->click("diagnosticsButton");
+    window->content->showOnboarding();
+    window->content->chooseDestination();
+    settle();
+    window.reset();
+    settle();
+}
+
+TEST_F(ContentViewActionsTest, TwoWindowsHaveTheirOwnModels) {
+    DriveStubs::disc(folder, {});
+    HostWindow first;
+    first.open();
+    HostWindow second;
+    second.open();
+    first.choose(folder, QStringLiteral("a.iso"));
+    EXPECT_EQ(textOf(second.content, "destinationPath"), QStringLiteral("No destination chosen"));
+    EXPECT_NE(&first.content->ripper(), &second.content->ripper());
+    EXPECT_NE(&first.content->monitor(), &second.content->monitor());
+}

@@ -1,0 +1,100 @@
+#include "TextLabel.h"
+
+#include <gtest/gtest.h>
+
+#include "TextStyle.h"
+
+namespace {
+
+const QString ellipsis(QChar(0x2026));
+
+}  // namespace
+
+TEST(TextLabelTest, ATextIsNeverTakenForMarkup) {
+    const TextLabel text(QStringLiteral("<b>BOLD</b> & co"));
+    EXPECT_EQ(text.lines(10000), QStringList{QStringLiteral("<b>BOLD</b> & co")});
+}
+
+TEST(TextLabelTest, AnAmpersandIsNoKeyboardShortcut) {
+    const TextLabel text(QStringLiteral("R&B"));
+    EXPECT_EQ(text.lines(10000), QStringList{QStringLiteral("R&B")});
+}
+
+TEST(TextLabelTest, ASingleLineIsAsWideAsItsTextAndThenNotCut) {
+    TextLabel text(QStringLiteral("Verification mismatch"));
+    text.resize(text.sizeHint());
+    EXPECT_FALSE(text.isCut());
+    EXPECT_EQ(text.height(), QFontMetrics(text.font()).height());
+    text.resize(text.width() - 10, text.height());
+    EXPECT_TRUE(text.isCut());
+    EXPECT_TRUE(text.lines(text.width()).at(0).endsWith(ellipsis));
+}
+
+TEST(TextLabelTest, LineEndsInASingleLineBecomeBlanks) {
+    const TextLabel text(QStringLiteral("a\nb\tc\n"));
+    EXPECT_EQ(text.lines(10000), QStringList{QStringLiteral("a b c")});
+}
+
+TEST(TextLabelTest, AWrappedTextKeepsItsLines) {
+    const TextLabel text(QStringLiteral("a\nb\r\nc\n"), Appearance::Role::Primary,
+                         TextLabel::Wrap::Yes);
+    EXPECT_EQ(text.lines(10000),
+              (QStringList{QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")}));
+}
+
+TEST(TextLabelTest, AWordThatIsTooLongIsBroken) {
+    const TextLabel text(QString(200, QLatin1Char('W')), Appearance::Role::Primary,
+                         TextLabel::Wrap::Yes);
+    const QStringList lines = text.lines(200);
+    EXPECT_GT(lines.size(), 1);
+    EXPECT_EQ(lines.join(QString()), QString(200, QLatin1Char('W')));
+    for (const QString& line : lines) {
+        EXPECT_LE(QFontMetrics(text.font()).horizontalAdvance(line), 200);
+    }
+}
+
+TEST(TextLabelTest, AWrappedTextIsCutAfterItsMaximumOfLines) {
+    TextLabel text(QStringLiteral("word ").repeated(100), Appearance::Role::Primary,
+                   TextLabel::Wrap::Yes);
+    text.setMaximumLines(2);
+    const QStringList lines = text.lines(200);
+    ASSERT_EQ(lines.size(), 2);
+    EXPECT_TRUE(lines.at(1).endsWith(ellipsis));
+    EXPECT_EQ(text.heightForWidth(200), 2 * QFontMetrics(text.font()).height());
+}
+
+TEST(TextLabelTest, AnEllipsisOfTheTextItselfIsNoCut) {
+    TextLabel text(QStringLiteral("Verifying\u2026"));
+    text.resize(text.sizeHint());
+    EXPECT_FALSE(text.isCut());
+}
+
+TEST(TextLabelTest, AnEmptyTextHasTheHeightOfALine) {
+    const TextLabel text{QString()};
+    EXPECT_EQ(text.sizeHint().height(), QFontMetrics(text.font()).height());
+}
+
+TEST(TextLabelTest, ItsColourFollowsThePaletteOfItsWindow) {
+    QWidget window;
+    const auto* text = new TextLabel(QStringLiteral("a"), Appearance::Role::Secondary,
+                                     TextLabel::Wrap::No, &window);
+    for (const auto scheme : {SystemAppearance::Scheme::Dark, SystemAppearance::Scheme::Light}) {
+        window.setPalette(Appearance::palette(scheme));
+        EXPECT_EQ(text->palette().color(QPalette::WindowText),
+                  Appearance::color(Appearance::Role::Secondary, scheme));
+    }
+}
+
+TEST(TextLabelTest, ATextWithoutAFontOfItsOwnTakesItsParents) {
+    QWidget window;
+    const auto* plain =
+        new TextLabel(QStringLiteral("a"), Appearance::Role::Primary, TextLabel::Wrap::No, &window);
+    const auto* caption =
+        new TextLabel(QStringLiteral("a"), TextStyle::font(TextStyle::Style::Caption),
+                      Appearance::Role::Primary, TextLabel::Wrap::No, &window);
+    QFont large;
+    large.setPixelSize(40);
+    window.setFont(large);
+    EXPECT_EQ(plain->font().pixelSize(), 40);
+    EXPECT_EQ(caption->font(), TextStyle::font(TextStyle::Style::Caption));
+}
