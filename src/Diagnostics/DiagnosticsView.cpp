@@ -66,8 +66,7 @@ DiagnosticsView::DiagnosticsView(const OpticalDriveMonitor& monitor, Diagnostics
     connect(&m_refresh, &QTimer::timeout, this, &DiagnosticsView::refresh);
     connect(&m_monitor, &OpticalDriveMonitor::objectWillChange, this,
             &DiagnosticsView::scheduleRefresh);
-    connect(m_tester.get(), &SpeedTester::objectWillChange, this,
-            &DiagnosticsView::scheduleRefresh);
+    connect(m_tester.get(), &SpeedTester::objectWillChange, this, &DiagnosticsView::scheduleRefresh);
     const auto historyChanged = [this] {
         m_historyChanged = true;
         scheduleRefresh();

@@ -47,7 +47,7 @@ QStringList FullDiskAccess::probeFiles() {
     QStringList files{home + QStringLiteral("/Library/Application Support/com.apple.TCC/TCC.db"),
                       home + QStringLiteral("/Library/Safari/CloudTabs.db")};
     if (const auto folder = practiceFolder()) {
-        return files << practiceImage(*folder);
+        return files << practiceImage(*folder) << *folder;
     }
     const QDir blocks(QStringLiteral("/sys/class/block"));
     for (const QString& name :
@@ -59,7 +59,7 @@ QStringList FullDiskAccess::probeFiles() {
 
 int FullDiskAccess::tryToOpen(const QString& path) {
     const auto folder = practiceFolder();
-    if (folder && path == practiceImage(*folder) && practiceDriveDenies(*folder)) {
+    if (folder && path.startsWith(*folder) && practiceDriveDenies(*folder)) {
         return EACCES;
     }
     // Non-blocking: a plain open of a drive would pull its tray in.

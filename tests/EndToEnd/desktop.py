@@ -51,10 +51,15 @@ class Desktop:
             os.environ.pop(name, None)
         self._start_display()
         self._start_bus()
-        self._start("openbox", "--sm-disable")
-        wait_for(lambda: "window id" in subprocess.run(
-            ["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"], capture_output=True, text=True, check=False).stdout,
-            "the window manager")
+        manager = self._start("openbox", "--sm-disable")
+
+        def window_manager_is_there():
+            if manager.poll() is not None:
+                raise AssertionError(f"openbox ended with {manager.returncode}: {self.errors()}")
+            return "window id" in subprocess.run(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"],
+                                                 capture_output=True, text=True, check=False).stdout
+
+        wait_for(window_manager_is_there, "the window manager")
         self._start("/usr/bin/python3", "-m", "dbusmock", "--session", "--template", "notification_daemon",
                     output=open(self.notification_log, "wb"))
         wait_for(lambda: b"true" in subprocess.run(
@@ -64,7 +69,8 @@ class Desktop:
 
     def _start(self, *arguments, output=None, pass_fds=()):
         child = subprocess.Popen(arguments, stdin=subprocess.DEVNULL, stdout=output or subprocess.DEVNULL,
-                                 stderr=subprocess.DEVNULL, pass_fds=pass_fds)
+                                 stderr=open(os.path.join(self.folder, "errors.log"), "ab"),
+                                 pass_fds=pass_fds)
         self.children.append(child)
         return child
 
@@ -85,6 +91,10 @@ class Desktop:
         os.close(write_end)
         with os.fdopen(read_end) as pipe:
             os.environ["DBUS_SESSION_BUS_ADDRESS"] = pipe.readline().strip()
+
+    def errors(self):
+        with open(os.path.join(self.folder, "errors.log"), "rb") as file:
+            return file.read().decode(errors="replace")
 
     def notifications(self):
         """The (title, body) of every notification so far."""
@@ -212,6 +222,9 @@ class Program:
         node.get_editable_text_iface().set_text_contents(text)
 
     def key(self, keys):
+        """Presses keys in the program's window, once the window manager has made it the active one."""
+        window = wait_for(self.window_ids, "a window")[0]
+        subprocess.run(["xdotool", "windowactivate", "--sync", window], check=False, stderr=subprocess.DEVNULL)
         subprocess.run(["xdotool", "key", "--clearmodifiers", keys], check=True)
 
     def window_ids(self):
@@ -232,8 +245,10 @@ class Program:
         self.errors.close()
 
     def standard_error(self):
+        """What the program printed, without a line of Qt's own about its file dialog."""
         with open(os.path.join(self.folder, "stderr"), "rb") as file:
-            return file.read().decode(errors="replace")
+            lines = file.read().decode(errors="replace").splitlines()
+        return "\n".join(line for line in lines if not line.startswith("QAccessibleTable::child"))
 
 
 def main_guard(desktop):
@@ -246,3 +261,6 @@ def main_guard(desktop):
         desktop.stop()
         print(f"SKIPPED: the window tests need {reason}")
         sys.exit(1 if os.environ.get("SPINDRIFT_REQUIRE_ALL") == "1" else 77)
+    except BaseException:
+        desktop.stop()
+        raise
