@@ -44,10 +44,9 @@ int processNumber(std::string_view name) {
     return error == std::errc() && end == name.data() + name.size() ? number : 0;
 }
 
-}  // namespace
-
-std::vector<DeviceHolder> DeviceHolders::find(const std::string& processes, const std::string& node,
-                                              const std::vector<std::string>& mountPoints) {
+// Whether the process with this folder uses the node or anything in the folders.
+bool isHolder(const std::string& process, const std::string& node,
+              const std::vector<std::string>& mountPoints) {
     const auto holds = [&](const std::string& link) {
         const std::string target = linkTarget(link);
         return !target.empty() &&
@@ -55,19 +54,25 @@ std::vector<DeviceHolder> DeviceHolders::find(const std::string& processes, cons
                 std::any_of(mountPoints.begin(), mountPoints.end(),
                             [&](const auto& folder) { return isIn(target, folder); }));
     };
+    if (holds(process + "/cwd") || holds(process + "/root") || holds(process + "/exe")) {
+        return true;
+    }
+    const std::string open = process + "/fd/";
+    const auto descriptors = entries(open);
+    return std::any_of(descriptors.begin(), descriptors.end(),
+                       [&](const auto& descriptor) { return holds(open + descriptor); });
+}
+
+}  // namespace
+
+std::vector<DeviceHolder> DeviceHolders::find(const std::string& processes, const std::string& node,
+                                              const std::vector<std::string>& mountPoints) {
     std::vector<DeviceHolder> holders;
     for (const std::string& name : entries(processes)) {
         const int number = processNumber(name);
-        if (number <= 0 || number == getpid()) {
-            continue;
-        }
-        const std::string folder = processes + "/" + name;
-        bool isHolder = holds(folder + "/cwd") || holds(folder + "/root") || holds(folder + "/exe");
-        for (const std::string& descriptor :
-             isHolder ? std::vector<std::string>() : entries(folder + "/fd")) {
-            isHolder = isHolder || holds(folder + "/fd/" + descriptor);
-        }
-        if (isHolder) {
+        std::string folder = processes;
+        folder.append("/").append(name);
+        if (number > 0 && number != getpid() && isHolder(folder, node, mountPoints)) {
             const auto program = SmallFile::read(folder + "/comm");
             holders.push_back({number, Utf8::oneLine(Utf8::trimmed(program.value_or("")))});
         }

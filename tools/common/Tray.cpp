@@ -123,15 +123,22 @@ bool Tray::unmountAll(const std::string& node, std::string* problem) {
             result = m_service.unmountFolder(folders.front(), &reason);
         }
         if (result != DiscService::Result::Done) {
-            // The service does not always tell "busy" from other failures, so look in any case.
-            const auto holders = DeviceHolders::find(m_paths.processes, nodePath(node), folders);
-            *problem = result == DiscService::Result::Busy || !holders.empty()
-                           ? DeviceHolders::sentence("/dev/" + node, holders)
-                           : "/dev/" + node + " is mounted on " + folders.front() +
-                                 " and cannot be unmounted: " + reason;
+            *problem = unmountProblem(node, folders, result, reason);
             return false;
         }
     }
+}
+
+std::string Tray::unmountProblem(const std::string& node, const std::vector<std::string>& folders,
+                                 DiscService::Result result, const std::string& reason) const {
+    // The service does not always tell "busy" from other failures, so look in any case.
+    const auto holders = DeviceHolders::find(m_paths.processes, nodePath(node), folders);
+    std::string sentence = "/dev/" + node;
+    if (result == DiscService::Result::Busy || !holders.empty()) {
+        return DeviceHolders::sentence(sentence, holders);
+    }
+    sentence += " is mounted on " + folders.front();
+    return sentence + " and cannot be unmounted: " + reason;
 }
 
 std::string Tray::busySentence(const std::string& node) const {

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "DeviceAccess.h"
 #include "DiscService.h"
@@ -25,6 +26,8 @@ private:
     bool openPractice(std::string* problem) const;
     bool openDrive(const std::string& node, std::string* problem);
     bool unmountAll(const std::string& node, std::string* problem);
+    std::string unmountProblem(const std::string& node, const std::vector<std::string>& folders,
+                               DiscService::Result result, const std::string& reason) const;
     std::string busySentence(const std::string& node) const;
     std::string nodePath(const std::string& node) const;
     std::string deviceNumber(const std::string& node) const;

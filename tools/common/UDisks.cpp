@@ -57,7 +57,7 @@ public:
         if (m_bus == nullptr) {
             return DiscService::Result::Unavailable;
         }
-        sd_bus_error error = SD_BUS_ERROR_NULL;
+        sd_bus_error error{};
         const int result = m_library.call(m_bus, service, object.c_str(), interface, method, &error,
                                           nullptr, "a{sv}", 0);
         return finish(result, error, problem);
@@ -69,7 +69,7 @@ public:
         if (m_bus == nullptr) {
             return DiscService::Result::Unavailable;
         }
-        sd_bus_error error = SD_BUS_ERROR_NULL;
+        sd_bus_error error{};
         sd_bus_message* reply = nullptr;
         int result = m_library.property(m_bus, service, object.c_str(), interface, name, &error,
                                         &reply, "o");

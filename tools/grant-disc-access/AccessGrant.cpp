@@ -153,6 +153,7 @@ int run(const std::string& program, std::vector<std::string> words) {
     environment[1] = language.data();
     words.insert(words.begin(), program);
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words) {
         pointers.push_back(word.data());
     }
