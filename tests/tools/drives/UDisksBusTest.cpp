@@ -67,7 +67,9 @@ private:
 
 class UDisksBusTest : public testing::Test {
 protected:
-    UDisksBusTest() : m_bus({"dbus-daemon", "--session", "--nofork", "--print-address"}) {
+    UDisksBusTest()
+        : m_bus({"dbus-daemon", "--session", "--nofork", "--print-address",
+                 "--address=unix:path=" + folder.path("bus")}) {
         setenv("DBUS_SYSTEM_BUS_ADDRESS", m_bus.line().c_str(), 1);
     }
     ~UDisksBusTest() override { unsetenv("DBUS_SYSTEM_BUS_ADDRESS"); }
