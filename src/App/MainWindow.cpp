@@ -6,6 +6,7 @@
 #include <QMenuBar>
 #include <QVBoxLayout>
 
+#include "Accessibility.h"
 #include "ContentView.h"
 #include "InAppNotifications.h"
 
@@ -14,6 +15,7 @@ MainWindow::MainWindow(QAction* retroMode, QWidget* parent)
     setObjectName(QStringLiteral("mainWindow"));
     setWindowTitle(tr("Spindrift"));
     setAttribute(Qt::WA_DeleteOnClose);
+    Accessibility::setRole(this, QAccessible::Window);
     auto* outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
     outer->setSizeConstraint(QLayout::SetFixedSize);

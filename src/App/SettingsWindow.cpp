@@ -3,6 +3,7 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
+#include "Accessibility.h"
 #include "Appearance.h"
 #include "SettingsView.h"
 
@@ -10,6 +11,7 @@ SettingsWindow::SettingsWindow(QWidget* parent) : QWidget(parent, Qt::Window) {
     setObjectName(QStringLiteral("settingsWindow"));
     setWindowTitle(tr("Settings"));
     setAttribute(Qt::WA_DeleteOnClose);
+    Accessibility::setRole(this, QAccessible::Window);
     Appearance::follow();
     auto* outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);

@@ -4,7 +4,7 @@
 #include <QProgressBar>
 #include <QVBoxLayout>
 
-#include "Announcement.h"
+#include "Accessibility.h"
 #include "AquaProgressBar.h"
 #include "ByteCount.h"
 #include "ISORipper.h"
@@ -87,9 +87,9 @@ RipProgressView::RipProgressView(QWidget* parent)
     m_bar->setTextVisible(false);
     m_bytesWritten->setObjectName(QStringLiteral("bytesWritten"));
     m_status->setObjectName(QStringLiteral("ripStatus"));
-    Announcement::prepare(m_status->textLabel());
+    Accessibility::setRole(m_status->textLabel(), QAccessible::Notification);
     connect(this, &RipProgressView::statusChanged, this,
-            [this] { Announcement::announce(m_status->textLabel()); });
+            [this] { Accessibility::announce(m_status->textLabel()); });
     // A long status gives way to the amount, never the other way round.
     m_bytesWritten->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
     m_bytesWritten->setAlignment(Qt::AlignLeft | Qt::AlignTop);

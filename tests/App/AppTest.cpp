@@ -1,0 +1,299 @@
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QCheckBox>
+#include <QDialog>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTest>
+
+#include "AboutPanel.h"
+#include "Appearance.h"
+#include "CancelConfirmation.h"
+#include "MainWindow.h"
+#include "SettingsWindow.h"
+#include "SpindriftApp.h"
+#include "Symbol.h"
+#include "WindowSupport.h"
+
+namespace {
+
+class AppTest : public testing::Test {
+protected:
+    AppTest() {
+        QApplication::setQuitOnLastWindowClosed(false);
+        SpindriftApp::describe();
+        Preferences().setHasCompletedOnboarding(true);
+        DriveStubs::disc(folder, {});
+    }
+    ~AppTest() override {
+        // Deleting one takes others with it.
+        QList<QPointer<QWidget>> windows;
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            windows << widget;
+        }
+        for (const QPointer<QWidget>& window : windows) {
+            if (qobject_cast<MainWindow*>(window) != nullptr) {
+                delete window;
+            }
+        }
+        settle();
+    }
+
+    // The command in the window's menus, whatever menu it is in.
+    static QAction* command(const MainWindow* window, const QString& menuTitle,
+                            const QString& title) {
+        const auto* bar = window->findChild<QMenuBar*>();
+        for (const QAction* menu : bar->actions()) {
+            if (menu->text().remove(QLatin1Char('&')) != menuTitle) {
+                continue;
+            }
+            for (QAction* action : menu->menu()->actions()) {
+                if (action->text().remove(QLatin1Char('&')) == title) {
+                    return action;
+                }
+            }
+        }
+        return nullptr;
+    }
+
+    template <typename T>
+    static T* open() {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (T* found = qobject_cast<T*>(widget); found != nullptr && found->isVisible()) {
+                return found;
+            }
+        }
+        return nullptr;
+    }
+
+    static void activate(QWidget* window) {
+        QApplication::setActiveWindow(window);
+        settle();
+    }
+
+    TestFolder folder;
+};
+
+}  // namespace
+
+TEST_F(AppTest, TheMenusHoldTheCommandsAndTheirShortcuts) {
+    SpindriftApp app;
+    const MainWindow* window = app.openMainWindow();
+    QStringList titles;
+    for (const QAction* menu : window->findChild<QMenuBar*>()->actions()) {
+        titles << menu->text().remove(QLatin1Char('&'));
+    }
+    EXPECT_EQ(titles, (QStringList{"File", "Edit", "View", "Help"}));
+    const struct {
+        const char* menu;
+        const char* title;
+        QKeySequence shortcut;
+    } commands[] = {
+        {"File", "New Window", QKeySequence(Qt::CTRL | Qt::Key_N)},
+        {"File", "Close", QKeySequence(Qt::CTRL | Qt::Key_W)},
+        {"File", "Settings\u2026", QKeySequence(Qt::CTRL | Qt::Key_Comma)},
+        {"File", "Quit", QKeySequence(Qt::CTRL | Qt::Key_Q)},
+        {"Edit", "Copy", QKeySequence(QKeySequence::Copy)},
+        {"View", "Retro Mode", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R)},
+        {"Help", "Full Disk Access Setup\u2026", QKeySequence()},
+        {"Help", "About Spindrift", QKeySequence()},
+    };
+    for (const auto& expected : commands) {
+        const QAction* action =
+            command(window, QString::fromUtf8(expected.menu), QString::fromUtf8(expected.title));
+        ASSERT_NE(action, nullptr) << expected.title;
+        EXPECT_EQ(action->shortcut(), expected.shortcut) << expected.title;
+    }
+    EXPECT_TRUE(command(window, "View", "Retro Mode")->isCheckable());
+}
+
+TEST_F(AppTest, TheWindowIsCalledAfterTheApplicationAndFixedToItsContent) {
+    SpindriftApp app;
+    MainWindow* window = app.openMainWindow();
+    settle();
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Spindrift"));
+    EXPECT_EQ(window->width(), 460);
+    EXPECT_EQ(window->minimumSize(), window->maximumSize());
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(window)->role(), QAccessible::Window);
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(window)->text(QAccessible::Name),
+              QStringLiteral("Spindrift"));
+}
+
+TEST_F(AppTest, RetroModeChangesEveryWindowAtOnceAndTheCheckMarkFollows) {
+    SpindriftApp app;
+    MainWindow* first = app.openMainWindow();
+    MainWindow* second = app.openMainWindow();
+    app.showSettings();
+    settle();
+    auto* box = named<QCheckBox>(open<SettingsWindow>(), "retroModeSwitch");
+    const auto isRetro = [](MainWindow* window) {
+        return QFontInfo(named<QLabel>(window, "title")->font()).pixelSize() == 20 &&
+               QFontInfo(window->content().font()).pixelSize() == 13;
+    };
+
+    command(first, "View", "Retro Mode")->trigger();
+    settle();
+    EXPECT_TRUE(Preferences().retroMode());
+    EXPECT_TRUE(box->isChecked());
+    EXPECT_TRUE(isRetro(first));
+    EXPECT_TRUE(isRetro(second));
+
+    box->click();
+    settle();
+    EXPECT_FALSE(command(first, "View", "Retro Mode")->isChecked());
+    EXPECT_FALSE(command(second, "View", "Retro Mode")->isChecked());
+    EXPECT_FALSE(isRetro(first));
+    EXPECT_FALSE(isRetro(second));
+
+    box->click();
+    settle();
+    EXPECT_TRUE(command(second, "View", "Retro Mode")->isChecked());
+}
+
+TEST_F(AppTest, TheShortcutWorksWhateverWindowIsFrontmost) {
+    SpindriftApp app;
+    MainWindow* window = app.openMainWindow();
+    app.showSettings();
+    app.showAboutPanel();
+    settle();
+    bool retro = false;
+    const auto press = [&](QWidget* front, const char* what) {
+        activate(front);
+        QTest::keyClick(front, Qt::Key_R, Qt::ControlModifier | Qt::ShiftModifier);
+        settle();
+        retro = !retro;
+        EXPECT_EQ(Preferences().retroMode(), retro) << what;
+    };
+    press(window, "the main window");
+    press(open<SettingsWindow>(), "the settings window");
+    press(open<AboutPanel>(), "the About panel");
+    window->content().showDiagnostics();
+    settle();
+    press(window->findChild<QDialog*>(), "a sheet");
+    EXPECT_EQ(app.retroModeAction()->isChecked(), retro);
+}
+
+TEST_F(AppTest, TheMenuCommandOpensTheGuideAfterOnboardingToo) {
+    SpindriftApp app;
+    MainWindow* window = app.openMainWindow();
+    settle();
+    activate(window);
+    command(window, "Help", "Full Disk Access Setup\u2026")->trigger();
+    settle();
+    const auto* guide = window->findChild<QDialog*>();
+    ASSERT_NE(guide, nullptr);
+    EXPECT_TRUE(guide->isVisible());
+    EXPECT_TRUE(guide->inherits("OnboardingView"));
+}
+
+TEST_F(AppTest, TheSettingsWindowOpensOnceAndClosesByItsShortcut) {
+    SpindriftApp app;
+    MainWindow* window = app.openMainWindow();
+    settle();
+    activate(window);
+    QTest::keyClick(window, Qt::Key_Comma, Qt::ControlModifier);
+    settle();
+    auto* settings = open<SettingsWindow>();
+    ASSERT_NE(settings, nullptr);
+    EXPECT_EQ(settings->width(), 440);
+    app.showSettings();
+    EXPECT_EQ(open<SettingsWindow>(), settings);
+    activate(settings);
+    QTest::keyClick(settings, Qt::Key_W, Qt::ControlModifier);
+    settle();
+    EXPECT_EQ(open<SettingsWindow>(), nullptr);
+    EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(AppTest, ANewWindowHasItsOwnModels) {
+    SpindriftApp app;
+    MainWindow* first = app.openMainWindow();
+    settle();
+    activate(first);
+    QTest::keyClick(first, Qt::Key_N, Qt::ControlModifier);
+    settle();
+    int windows = 0;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        auto* window = qobject_cast<MainWindow*>(widget);
+        if (window != nullptr && window->isVisible()) {
+            ++windows;
+            EXPECT_TRUE(window == first ||
+                        &window->content().monitor() != &first->content().monitor());
+        }
+    }
+    EXPECT_EQ(windows, 2);
+}
+
+TEST_F(AppTest, TheLastMainWindowTakesTheSettingsWithIt) {
+    SpindriftApp app;
+    MainWindow* window = app.openMainWindow();
+    app.showSettings();
+    app.showAboutPanel();
+    settle();
+    activate(window);
+    QTest::keyClick(window, Qt::Key_W, Qt::ControlModifier);
+    settle();
+    EXPECT_EQ(open<MainWindow>(), nullptr);
+    EXPECT_EQ(open<SettingsWindow>(), nullptr);
+    EXPECT_EQ(open<AboutPanel>(), nullptr);
+}
+
+TEST_F(AppTest, QuittingDuringARipAsksFirst) {
+    DriveStubs::heldImaging(folder, "PERCENT:42\n", 1000);
+    SpindriftApp app;
+    QPointer<MainWindow> window = app.openMainWindow();
+    QPointer<MainWindow> idle = app.openMainWindow();
+    settle();
+    window->content().session().setDestination(folder.path(QStringLiteral("a.iso")));
+    window->content().session().startRip();
+    ASSERT_TRUE(waitUntil([&] { return window->content().ripper().progress() == 0.42; }));
+    app.quit();
+    settle();
+    ASSERT_FALSE(window.isNull());
+    auto* question = window->findChild<CancelConfirmation*>();
+    ASSERT_NE(question, nullptr);
+    EXPECT_TRUE(window->content().ripper().isRunning());
+    named<QAbstractButton>(question, "destructiveButton")->click();
+    EXPECT_TRUE(waitUntil([&] {
+        settle();
+        return window.isNull();
+    }));
+    EXPECT_EQ(TestFolder::list(folder.temporary()), QStringList());
+}
+
+TEST_F(AppTest, TheAboutPanelShowsItsCreditsCentredSmallAndSecondaryInBothSchemes) {
+    SpindriftApp app;
+    app.openMainWindow();
+    for (const auto scheme : {SystemAppearance::Scheme::Light, SystemAppearance::Scheme::Dark}) {
+        if (scheme == SystemAppearance::Scheme::Dark) {
+            folder.write(QStringLiteral("config/Spindrift/Spindrift.conf"),
+                         "[General]\nAppleInterfaceStyle=Dark\n");
+        }
+        AboutPanel about;
+        about.show();
+        settle();
+        const auto* credits = named<TextLabel>(&about, "aboutCredits");
+        EXPECT_FALSE(credits->text().isEmpty());
+        EXPECT_EQ(credits->lines(credits->width()).size(), 1) << "one short line";
+        EXPECT_TRUE(credits->alignment().testFlag(Qt::AlignHCenter));
+        EXPECT_EQ(credits->role(), Appearance::Role::Secondary);
+        EXPECT_EQ(credits->palette().color(QPalette::WindowText),
+                  Appearance::color(Appearance::Role::Secondary, scheme));
+        EXPECT_EQ(credits->font(), TextStyle::font(TextStyle::Style::Subheadline));
+        EXPECT_EQ(textOf(&about, "aboutName"), QStringLiteral("Spindrift"));
+        EXPECT_EQ(textOf(&about, "aboutVersion"),
+                  QStringLiteral("Version ") + QApplication::applicationVersion());
+        EXPECT_FALSE(named<QLabel>(&about, "aboutIcon")->pixmap().isNull());
+    }
+}
+
+TEST_F(AppTest, TheAboutCommandShowsThePanel) {
+    SpindriftApp app;
+    const MainWindow* window = app.openMainWindow();
+    settle();
+    command(window, "Help", "About Spindrift")->trigger();
+    settle();
+    EXPECT_NE(open<AboutPanel>(), nullptr);
+}

@@ -1,0 +1,53 @@
+#include "LaunchOptions.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+LaunchOptions parsed(const QStringList& arguments) {
+    QString error;
+    const auto options = LaunchOptions::parse(arguments, &error);
+    EXPECT_TRUE(options) << qPrintable(error);
+    return options.value_or(LaunchOptions());
+}
+
+QString refused(const QStringList& arguments) {
+    QString error;
+    EXPECT_FALSE(LaunchOptions::parse(arguments, &error));
+    return error;
+}
+
+}  // namespace
+
+TEST(LaunchOptionsTest, WithoutArgumentsTheComputersDriveIsUsed) {
+    const LaunchOptions options = parsed({});
+    EXPECT_FALSE(options.practice);
+    EXPECT_FALSE(options.help);
+    EXPECT_FALSE(options.version);
+}
+
+TEST(LaunchOptionsTest, ThePracticeDriveHasTheSampleDiscUnlessAFileIsNamed) {
+    EXPECT_TRUE(parsed({"--practice"}).practice);
+    EXPECT_FALSE(parsed({"--practice"}).practiceImage);
+    EXPECT_EQ(parsed({"--practice", "disc.iso"}).practiceImage, QStringLiteral("disc.iso"));
+}
+
+TEST(LaunchOptionsTest, AnOptionAfterPracticeIsNoFile) {
+    const LaunchOptions options = parsed({"--practice", "--version"});
+    EXPECT_TRUE(options.practice);
+    EXPECT_TRUE(options.version);
+    EXPECT_FALSE(options.practiceImage);
+}
+
+TEST(LaunchOptionsTest, WhatMakesNoSenseIsNamed) {
+    EXPECT_TRUE(refused({"--frobnicate"}).contains(QStringLiteral("--frobnicate")));
+    EXPECT_TRUE(refused({"disc.iso"}).contains(QStringLiteral("disc.iso")));
+    EXPECT_TRUE(refused({"--practice", "a.iso", "b.iso"}).contains(QStringLiteral("b.iso")));
+    EXPECT_FALSE(refused({""}).isEmpty());
+}
+
+TEST(LaunchOptionsTest, TheHelpNamesEveryOption) {
+    for (const char* option : {"--practice", "--help", "--version"}) {
+        EXPECT_TRUE(LaunchOptions::helpText().contains(QString::fromUtf8(option)));
+    }
+}
