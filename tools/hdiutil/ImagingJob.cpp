@@ -172,6 +172,9 @@ int ImagingJob::imageDisc() {
         image->keepPartial();
         return fail(reasonOf(result, m_command));
     }
+    if (const auto remark = medium->remark(); !remark.empty()) {
+        writeText(STDERR_FILENO, "hdiutil: " + remark + "\n");
+    }
     if (result.sectorsLeftOut > 0) {
         const std::uint64_t first = result.bytes / medium->sectorBytes();
         writeText(STDERR_FILENO,

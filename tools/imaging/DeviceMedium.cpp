@@ -35,6 +35,10 @@ std::unique_ptr<DeviceMedium> DeviceMedium::open(const std::string& device,
         medium->m_firstSector = layout.firstSector;
         medium->m_capacity = std::uint64_t{layout.sectors} * medium->m_sectorBytes;
         medium->m_runOutSectors += layout.gapSectors;
+        medium->m_remark = "the disc in " + device +
+                           " has sound as well; only its data is imaged, " +
+                           std::to_string(layout.sectors) + " sectors from sector " +
+                           std::to_string(layout.firstSector);
     }
     medium->m_disc = diskSequence(descriptor);
     return medium;

@@ -20,6 +20,7 @@ public:
     std::uint64_t capacity() const override { return m_capacity; }
     std::uint64_t firstSector() const override { return m_firstSector; }
     std::uint32_t runOutSectors() const override { return m_runOutSectors; }
+    std::string remark() const override { return m_remark; }
     int read(std::uint64_t offset, std::span<std::byte> buffer) override;
     State state() override;
     State confirmedState() override;
@@ -34,4 +35,5 @@ private:
     std::uint64_t m_capacity = 0;
     std::uint64_t m_firstSector = 0;
     std::uint32_t m_runOutSectors = 2;
+    std::string m_remark;
 };

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 
 class Medium {
 public:
@@ -29,6 +30,8 @@ public:
     virtual std::uint64_t firstSector() const { return 0; }
     // How many sectors at the end may be counted by the capacity though no drive reads them.
     virtual std::uint32_t runOutSectors() const { return 2; }
+    // What people should know about what is imaged and what is not, one sentence; empty: nothing.
+    virtual std::string remark() const { return {}; }
 
     // Fills the whole buffer from the given byte offset: 0, or the number of the error. The offset
     // is a multiple of sectorBytes(), and the buffer ends at a sector's end or at the capacity's.

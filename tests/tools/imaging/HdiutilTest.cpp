@@ -11,6 +11,7 @@
 #include <sstream>
 
 #include "ImagingFixture.h"
+#include "Skipping.h"
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -91,7 +92,7 @@ TEST_F(HdiutilTest, AFullDiskFailsAtOnceAndLeavesNothing) {
     std::error_code problem;
     fs::resize_file(folder.path("drive/disc.iso"), std::uint64_t{8} << 40, problem);
     if (problem) {
-        GTEST_SKIP() << "this file system has no sparse files that large";
+        SKIP_BECAUSE("this file system has no sparse files that large");
     }
     const auto result = create("image");
     EXPECT_EQ(result.status, 1);
@@ -398,20 +399,19 @@ TEST_F(HdiutilTest, ADiscBeyondFourGibibytesIsImagedWhole) {
     }
 }
 
-TEST_F(HdiutilTest, AnOrdinaryUserMayNotWriteIntoAnothersFolder) {
-    if (geteuid() != 0) {
-        GTEST_SKIP() << "needs the superuser to become another user";
-    }
+TEST_F(HdiutilTest, AFolderThatMayNotBeWrittenIntoSaysPermissionDenied) {
     insert(patternBytes(4096));
-    chmod(folder.path().c_str(), 0755);
-    const auto result = create("image", {}, {}, [] {
-        if (setgid(65534) != 0 || setuid(65534) != 0) {
+    fs::create_directory(folder.path("closed"));
+    ASSERT_EQ(chmod(folder.path("closed").c_str(), 0555), 0);
+    ASSERT_EQ(chmod(folder.path().c_str(), 0755), 0);
+    const auto result = create("closed/image", {}, {}, [] {
+        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) {
             _exit(126);
         }
     });
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err,
-              "hdiutil: create failed - " + folder.path("image.cdr") + ": Permission denied\n");
+    EXPECT_EQ(result.err, "hdiutil: create failed - " + folder.path("closed/image.cdr") +
+                              ": Permission denied\n");
 }
 
 }  // namespace

@@ -3,10 +3,10 @@
 // Needs the superuser: tests call SKIP_WITHOUT_LOOP_DEVICES() first.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <optional>
 #include <string>
+
+#include "Skipping.h"
 
 class LoopDevice final {
 public:
@@ -24,11 +24,8 @@ private:
     std::string m_node;
 };
 
-// With SPINDRIFT_REQUIRE_ALL=1 a missing loop device fails the test instead.
-#define SKIP_WITHOUT_LOOP_DEVICES()                                         \
-    if (const auto reason = LoopDevice::whyNot()) {                         \
-        const char* all = std::getenv("SPINDRIFT_REQUIRE_ALL");             \
-        ASSERT_FALSE(all != nullptr && std::string(all) == "1") << *reason; \
-        GTEST_SKIP() << *reason;                                            \
-    }                                                                       \
+#define SKIP_WITHOUT_LOOP_DEVICES()                 \
+    if (const auto reason = LoopDevice::whyNot()) { \
+        SKIP_BECAUSE(*reason);                      \
+    }                                               \
     static_assert(true)

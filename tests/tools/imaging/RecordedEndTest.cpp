@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "ScratchFolder.h"
+#include "Skipping.h"
 #include "ToolRun.h"
 
 namespace {
@@ -221,7 +222,7 @@ TEST(RecordedEndOfImagesTest, AnImageThatXorrisoMadeEndsWithinItself) {
         "/usr/bin/xorriso",
         {"-as", "mkisofs", "-quiet", "-o", folder.path("disc"), folder.path("content")});
     if (made.status == 127) {
-        GTEST_SKIP() << "xorriso is not installed";
+        SKIP_BECAUSE("xorriso is not installed");
     }
     ASSERT_EQ(made.status, 0) << made.err;
     std::uint64_t capacity = 0;
@@ -242,7 +243,7 @@ TEST(RecordedEndOfImagesTest, AUdfImageEndsWithinItself) {
                            : ToolRun::run("/usr/sbin/mkudffs",
                                           {"--media-type=hd", "-b", "2048", folder.path("disc")});
     if (again.status == 127) {
-        GTEST_SKIP() << "mkudffs is not installed";
+        SKIP_BECAUSE("mkudffs is not installed");
     }
     ASSERT_EQ(again.status, 0) << again.err;
     std::uint64_t capacity = 0;
