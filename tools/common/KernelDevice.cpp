@@ -63,15 +63,26 @@ bool isRecordable(std::uint16_t profile) {
     return profile != 0x08 && profile != 0x10 && profile != 0x40 && profile != 0x50;
 }
 
-// Where the lead-out begins, in sectors; 0 when the table of contents cannot be read.
-std::uint64_t leadOut(int device) {
+// Where a track begins, in sectors; absent when the table of contents does not tell.
+std::optional<std::uint64_t> trackStart(int device, std::uint8_t track) {
     cdrom_tocentry entry{};
-    entry.cdte_track = CDROM_LEADOUT;
+    entry.cdte_track = track;
     entry.cdte_format = CDROM_LBA;
     if (ioctl(device, CDROMREADTOCENTRY, &entry) != 0 || entry.cdte_addr.lba < 0) {
-        return 0;
+        return std::nullopt;
     }
     return static_cast<std::uint64_t>(entry.cdte_addr.lba);
+}
+
+// From the first track to the lead-out: what an image of an audio disc holds.
+std::uint64_t audioBytes(int device) {
+    cdrom_tochdr header{};
+    if (ioctl(device, CDROMREADTOCHDR, &header) != 0) {
+        return 0;
+    }
+    const auto first = trackStart(device, header.cdth_trk0);
+    const auto end = trackStart(device, CDROM_LEADOUT);
+    return first && end && *first < *end ? (*end - *first) * audioSectorBytes : 0;
 }
 
 std::uint64_t deviceBytes(int device) {
@@ -131,8 +142,7 @@ std::optional<Medium> KernelDevice::medium(const std::string& node, std::string*
         medium.profile.value_or(0x08) >= 0x08 && medium.profile.value_or(0x08) <= 0x0A;
     medium.audioOnly =
         mayBeAudio && ioctl(device.get(), CDROM_DISC_STATUS, CDSL_CURRENT) == CDS_AUDIO;
-    medium.bytes =
-        medium.audioOnly ? leadOut(device.get()) * audioSectorBytes : deviceBytes(device.get());
+    medium.bytes = medium.audioOnly ? audioBytes(device.get()) : deviceBytes(device.get());
     return medium;
 }
 
