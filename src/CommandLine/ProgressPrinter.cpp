@@ -7,8 +7,8 @@
 namespace {
 
 constexpr int terminalInterval = 200;  // milliseconds
-constexpr int plainInterval = 1000;
-constexpr qint64 longestSilence = 10000;
+constexpr int plainInterval = 5000;
+constexpr qint64 longestSilence = 10000;  // milliseconds
 
 int tenthOf(const ProgressState& state) {
     if (!std::isfinite(state.fraction) || state.fraction < 0) {
@@ -23,7 +23,7 @@ ProgressPrinter::ProgressPrinter(TextOutput& output, std::function<ProgressState
                                  QObject* parent)
     : QObject(parent), m_output(output), m_state(std::move(state)) {
     m_timer.setInterval(output.isTerminal() ? terminalInterval : plainInterval);
-    connect(&m_timer, &QTimer::timeout, this, &ProgressPrinter::tick);
+    connect(&m_timer, &QTimer::timeout, this, &ProgressPrinter::update);
 }
 
 void ProgressPrinter::start() {
@@ -31,7 +31,7 @@ void ProgressPrinter::start() {
     m_sincePrinted.start();
     m_timer.start();
     if (m_output.isTerminal()) {
-        tick();
+        update();
     }
 }
 
@@ -45,7 +45,10 @@ void ProgressPrinter::say(const QString& line) {
     m_output.write(line + QLatin1Char('\n'));
 }
 
-void ProgressPrinter::tick() {
+void ProgressPrinter::update() {
+    if (!m_timer.isActive()) {
+        return;
+    }
     const ProgressState state = m_state();
     if (m_output.isTerminal()) {
         draw(state);

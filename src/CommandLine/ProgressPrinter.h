@@ -20,13 +20,14 @@ public:
                     QObject* parent = nullptr);
 
     void start();
+    // To be called when the state has moved; prints what is due.
+    void update();
     // Removes a line that is drawn; nothing more is printed until the next start.
     void stop();
     // Prints a line of its own above the progress.
     void say(const QString& line);
 
 private:
-    void tick();
     void draw(const ProgressState& state);
     void erase();
 

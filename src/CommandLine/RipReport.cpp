@@ -62,6 +62,7 @@ public:
                 m_printer.stop();
             }
         });
+        connect(&ripper, &ISORipper::bytesWrittenChanged, &m_printer, &ProgressPrinter::update);
         connect(&ripper, &ISORipper::isVerifyingChanged, this, [this] {
             if (m_ripper.isVerifying()) {
                 m_printer.say(QStringLiteral("Verifying: reading the disc again"));

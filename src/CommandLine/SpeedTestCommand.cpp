@@ -19,6 +19,12 @@ SpeedTestCommand::SpeedTestCommand(const CommandContext& context, Interruption& 
     if (context.invocation.json) {
         printChangesAsJson();
     }
+    connect(&m_tester, &SpeedTester::bytesReadChanged, this, [this] {
+        const auto milliseconds = static_cast<double>(m_elapsed.elapsed());
+        m_bytesPerSecond =
+            milliseconds > 0 ? static_cast<double>(m_tester.bytesRead()) * 1000 / milliseconds : 0;
+        m_printer.update();
+    });
     const auto look = [this] { lookAtTheOutcome(); };
     connect(&m_tester, &SpeedTester::isRunningChanged, this, look, Qt::QueuedConnection);
     connect(&m_tester, &SpeedTester::errorChanged, this, look, Qt::QueuedConnection);
@@ -85,11 +91,9 @@ void SpeedTestCommand::cancelWithoutAReader() {
 }
 
 ProgressState SpeedTestCommand::progressState() const {
-    const double seconds = static_cast<double>(m_elapsed.elapsed()) / 1000;
-    const double speed = seconds > 0 ? static_cast<double>(m_tester.bytesRead()) / seconds : 0;
     const auto& disc = m_monitor.disc();
     return {m_tester.progress(), m_tester.bytesRead(), disc ? disc->totalBytes : std::nullopt,
-            speed};
+            m_bytesPerSecond};
 }
 
 void SpeedTestCommand::lookAtTheOutcome() {

@@ -40,6 +40,7 @@ private:
     SpeedTester m_tester;
     ProgressPrinter m_printer;
     QElapsedTimer m_elapsed;
+    double m_bytesPerSecond = 0;  // on average, at the last sample
     QEventLoop m_loop;
     bool m_cancelled = false;
 };
