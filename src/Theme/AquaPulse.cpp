@@ -7,6 +7,7 @@
 #include <QPushButton>
 #include <QStyle>
 #include <QStyleOptionButton>
+#include <algorithm>
 #include <cmath>
 
 #include "Aqua.h"
@@ -19,6 +20,7 @@ namespace {
 constexpr double kOneWaySeconds = 0.9;
 constexpr qreal kBlurRadius = 6;
 constexpr qreal kReach = 3 * kBlurRadius;
+constexpr qreal kSeenReach = 2 * kBlurRadius;
 constexpr qreal kDimOpacity = 0.35;
 constexpr qreal kBrightOpacity = 0.9;
 constexpr qreal kBrightScale = 1.08;
@@ -43,11 +45,23 @@ QRect visibleFrame(const QWidget* view) {
     return frame.isValid() ? frame : view->rect();
 }
 
-// The room that the glow of a frame takes at its largest.
-QRect glowRoom(const QRect& frame) {
+// What a frame and its glow of this reach take at their largest.
+QRect withGlow(const QRect& frame, qreal reach) {
     const QPointF centre = QRectF(frame).center();
-    const QSizeF size = (QSizeF(frame.size()) + QSizeF(2 * kReach, 2 * kReach)) * kBrightScale;
+    const QSizeF size = (QSizeF(frame.size()) + QSizeF(2 * reach, 2 * reach)) * kBrightScale;
     return QRectF(centre - QPointF(size.width() / 2, size.height() / 2), size).toAlignedRect();
+}
+
+// Whether nothing that lies behind this widget can be seen through it.
+bool hasOwnGround(const QWidget* widget) {
+    if (widget->isWindow() || widget->autoFillBackground())
+        return true;
+    const QObjectList& children = widget->children();
+    return std::any_of(children.begin(), children.end(), [widget](const QObject* child) {
+        const auto* ground = qobject_cast<const QWidget*>(child);
+        return ground != nullptr && ground->testAttribute(Qt::WA_OpaquePaintEvent) &&
+               ground->isVisibleTo(widget) && ground->geometry().contains(widget->rect());
+    });
 }
 
 // Ends the glow together with its view, and is how the glow of a view is found.
@@ -133,14 +147,14 @@ void AquaPulse::place() {
         return;
     m_placing = true;
     watch();
-    const QWidget* view = m_view;
     QWidget* branch = m_view;
     QWidget* room = m_view->parentWidget();
-    QRect wanted;
+    QRect frame;
     while (room != nullptr) {
-        const QRect frame = visibleFrame(view);
-        wanted = glowRoom(QRect(view->mapTo(room, frame.topLeft()), frame.size()));
-        if (room->isWindow() || room->rect().contains(wanted))
+        frame = visibleFrame(m_view);
+        frame.moveTopLeft(m_view->mapTo(room, frame.topLeft()));
+        // Further out the glow is too faint for anyone to see that it is cut off.
+        if (room->rect().contains(withGlow(frame, kSeenReach)) || hasOwnGround(room))
             break;
         branch = room;
         room = room->parentWidget();
@@ -151,7 +165,7 @@ void AquaPulse::place() {
         if (parentWidget() != room)
             setParent(room);
         stackUnder(branch);
-        setGeometry(wanted);
+        setGeometry(withGlow(frame, kReach));
         // Not the view's visibility in its window: the glow is shown and hidden with the window
         // too.
         setVisible(m_view->isVisibleTo(room));

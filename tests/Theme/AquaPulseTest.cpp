@@ -6,10 +6,12 @@
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QPushButton>
+#include <QVBoxLayout>
 
 #include "Aqua.h"
 #include "AquaButtonStyle.h"
 #include "FrameClock.h"
+#include "PinstripeBackground.h"
 #include "Pixels.h"
 #include "Waiting.h"
 
@@ -254,6 +256,69 @@ TEST_F(AquaPulseTest, AGlowWithoutRoomInItsRowLiesBehindTheRow) {
     const QPoint moved = button.mapTo(&window, button.rect().center());
     EXPECT_NEAR(glow->geometry().center().x(), moved.x(), 1);
     EXPECT_NEAR(glow->geometry().center().y(), moved.y(), 1);
+}
+
+// As in a main window: a row in the corner of a content with margins of 20 points.
+struct RowInAContent {
+    RowInAContent() {
+        frame.setContentsMargins(0, 0, 0, 0);
+        frame.addWidget(&content);
+        column.setContentsMargins(20, 20, 20, 20);
+        column.addStretch();
+        column.addWidget(&row);
+        inRow.setContentsMargins(0, 0, 0, 0);
+        inRow.addStretch();
+        inRow.addWidget(&button);
+        window.resize(460, 200);
+        aquaButton(&button, true, Tint::blue);
+    }
+    QWidget window;
+    QVBoxLayout frame{&window};
+    QWidget content;
+    QVBoxLayout column{&content};
+    QWidget row;
+    QHBoxLayout inRow{&row};
+    QPushButton button{"Start Rip"};
+
+    // How blue it is two points left of the capsule.
+    int beside() {
+        const QImage image = window.grab().toImage();
+        const QPoint left = button.mapTo(&window, QPoint(2, button.height() / 2));
+        const QColor colour = image.pixelColor(left);
+        return colour.blue() - colour.red();
+    }
+};
+
+TEST_F(AquaPulseTest, AGlowIsSeenOnPinstripesThatWereThereBefore) {
+    RowInAContent scene;
+    PinstripeBackground background(&scene.content);
+    scene.window.show();
+    const int without = scene.beside();
+    aquaPulse(&scene.button, true);
+    g_now += 0.9;
+    EXPECT_EQ(glowIn(scene.window)->parentWidget(), &scene.content);
+    EXPECT_GT(scene.beside(), without + 40);
+}
+
+TEST_F(AquaPulseTest, AGlowIsSeenOnPinstripesThatComeLater) {
+    RowInAContent scene;
+    scene.window.show();
+    aquaPulse(&scene.button, true);
+    g_now += 0.9;
+    const int before = scene.beside();
+    EXPECT_GT(before, 40);
+    PinstripeBackground background(&scene.content);
+    background.show();
+    EXPECT_GT(scene.beside(), 40);
+}
+
+TEST_F(AquaPulseTest, AGlowDoesNotGoBehindAnOpaqueGround) {
+    RowInAContent scene;
+    scene.column.setContentsMargins(2, 2, 2, 2);
+    scene.content.setAutoFillBackground(true);
+    scene.window.show();
+    aquaPulse(&scene.button, true);
+    EXPECT_EQ(glowIn(scene.window)->parentWidget(), &scene.content);
 }
 
 TEST_F(AquaPulseTest, AViewWithoutAParentHasNoGlow) {
