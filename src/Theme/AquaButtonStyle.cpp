@@ -1,50 +1,79 @@
 #include "AquaButtonStyle.h"
 
-#include <QEasingCurve>
 #include <QPainter>
+#include <QPointer>
 #include <QPushButton>
-#include <QStyleOptionButton>
-#include <QVariantAnimation>
+#include <QStyleOption>
+#include <memory>
 
-#include "FrameClock.h"
+#include "GelButtonState.h"
 #include "ImageOperations.h"
+#include "Surround.h"
 
 namespace {
 
-constexpr int kPressMilliseconds = 100;
-
-QEasingCurve easeOut() {
-    QEasingCurve curve(QEasingCurve::BezierSpline);
-    curve.addCubicBezierSegment(QPointF(0, 0), QPointF(0.58, 1), QPointF(1, 1));
-    return curve;
+// Of the capsule in the button's image.
+QPoint imageOffset() {
+    return {GelButton::margins().left(), GelButton::margins().top()};
 }
 
-// What the button looked like before, to be put back.
-class GelState final : public QObject {
+// The part of the button's image that lies outside of the button.
+class GelSurround final : public Surround {
 public:
-    explicit GelState(QPushButton* button)
+    GelSurround(QPushButton* button, GelButtonState* state)
+        : Surround(button, Layer::Shadow), m_button(button), m_state(state) {
+        connect(state, &GelButtonState::changed, this, qOverload<>(&QWidget::update));
+        place();
+    }
+
+protected:
+    QRect extent(const QRect& frame) const override {
+        return frame.marginsAdded(GelButton::margins());
+    }
+
+    void paintEvent(QPaintEvent* /*event*/) override {
+        if (!m_button || !m_state)
+            return;
+        QPainter painter(this);
+        painter.setClipRegion(QRegion(rect()) - QRegion(frame()));
+        ImageOperations::drawAligned(painter, frame().topLeft() - imageOffset(),
+                                     m_state->image(*m_button, devicePixelRatioF()));
+    }
+
+private:
+    QPointer<QPushButton> m_button;
+    QPointer<GelButtonState> m_state;
+};
+
+// What makes a button a gel button, and what it was before.
+class GelLook final : public QObject {
+public:
+    explicit GelLook(QPushButton* button)
         : QObject(button),
           m_font(button->font()),
           m_hadFont(button->testAttribute(Qt::WA_SetFont)) {}
+    ~GelLook() override { delete m_surround; }
 
-    static GelState* of(QPushButton* button) {
+    static GelLook* of(const QPushButton* button) {
         for (QObject* child : button->children()) {
-            if (auto* state = dynamic_cast<GelState*>(child))
-                return state;
+            if (auto* look = dynamic_cast<GelLook*>(child))
+                return look;
         }
         return nullptr;
     }
 
     void apply(QPushButton* button, Tint tint) {
-        if (m_style && m_style->tint() == tint)
+        if (m_style && m_style->state().tint() == tint)
             return;
         // The old style must outlive its use by the button.
         const std::unique_ptr<AquaButtonStyle> old = std::move(m_style);
         m_style = std::make_unique<AquaButtonStyle>(tint);
         button->setFont(GelButton::labelFont());
         button->setStyle(m_style.get());
-        QObject::connect(&m_style->pressing(), &QVariantAnimation::valueChanged, button,
+        QObject::connect(&m_style->state(), &GelButtonState::changed, button,
                          qOverload<>(&QWidget::update));
+        delete m_surround;
+        m_surround = new GelSurround(button, &m_style->state());
     }
 
     void restore(QPushButton* button) {
@@ -56,90 +85,40 @@ private:
     const QFont m_font;
     const bool m_hadFont;
     std::unique_ptr<AquaButtonStyle> m_style;
+    QPointer<GelSurround> m_surround;
 };
 
 }  // namespace
 
-AquaButtonStyle::AquaButtonStyle(Tint tint)
-    : m_tint(tint), m_pressing(new QVariantAnimation(this)) {
-    m_pressing->setDuration(kPressMilliseconds);
-    m_pressing->setEasingCurve(easeOut());
-    m_pressing->setStartValue(0.0);
-    m_pressing->setEndValue(0.0);
-}
-
-qreal AquaButtonStyle::pressedAmount() const {
-    const QVariant value = m_pressing->currentValue();
-    return value.isValid() ? value.toReal() : 0;
-}
-
-void AquaButtonStyle::showPressed(bool pressed, const QWidget* widget) const {
-    if (pressed == m_shownPressed)
-        return;
-    m_shownPressed = pressed;
-    const qreal target = pressed ? 1 : 0;
-    const bool still = FrameClock::isMotionReduced() || widget == nullptr || !widget->isVisible();
-    const qreal from = still ? target : pressedAmount();
-    m_pressing->stop();
-    m_pressing->setStartValue(from);
-    m_pressing->setEndValue(target);
-    if (still) {
-        m_pressing->setCurrentTime(kPressMilliseconds);
-    } else {
-        m_pressing->start();
-    }
-}
+AquaButtonStyle::AquaButtonStyle(Tint tint) : m_state(new GelButtonState(tint, this)) {}
 
 void AquaButtonStyle::drawControl(ControlElement element, const QStyleOption* option,
                                   QPainter* painter, const QWidget* widget) const {
-    const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
+    const auto* button = qobject_cast<const QPushButton*>(widget);
     if (element != CE_PushButton || button == nullptr) {
         QProxyStyle::drawControl(element, option, painter, widget);
         return;
     }
-    const bool enabled = button->state & State_Enabled;
-    showPressed(enabled && (button->state & (State_Sunken | State_On)), widget);
-
-    GelButton look;
-    look.tint = m_tint;
-    look.text = button->text;
-    look.font = painter->font();
-    look.size = QSizeF(button->rect.size()).shrunkBy(GelButton::margins());
-    look.pressed = pressedAmount();
-    look.enabled = enabled;
-    look.focused = (button->state & State_HasFocus) && (button->state & State_KeyboardFocusChange);
-    look.showMnemonic = styleHint(SH_UnderlineShortcut, option, widget) != 0;
-
     const qreal ratio = painter->device()->devicePixelRatioF();
-    if (m_image.isNull() || m_image.devicePixelRatio() != ratio || !(look == m_drawn)) {
-        m_image = look.image(ratio);
-        m_drawn = look;
-    }
-    ImageOperations::drawAligned(*painter, button->rect.topLeft(), m_image);
+    ImageOperations::drawAligned(*painter, option->rect.topLeft() - imageOffset(),
+                                 m_state->image(*button, ratio));
 }
 
 QSize AquaButtonStyle::sizeFromContents(ContentsType type, const QStyleOption* option,
                                         const QSize& contents, const QWidget* widget) const {
     if (type != CT_PushButton)
         return QProxyStyle::sizeFromContents(type, option, contents, widget);
-    return contents.grownBy(GelButton::padding()).grownBy(GelButton::margins());
-}
-
-QRect AquaButtonStyle::subElementRect(SubElement element, const QStyleOption* option,
-                                      const QWidget* widget) const {
-    if (element == SE_PushButtonLayoutItem && option != nullptr)
-        return option->rect.marginsRemoved(GelButton::margins());
-    return QProxyStyle::subElementRect(element, option, widget);
+    return contents.grownBy(GelButton::padding());
 }
 
 void aquaButton(QPushButton* button, bool enabled, Tint tint) {
-    GelState* state = GelState::of(button);
+    GelLook* look = GelLook::of(button);
     if (enabled) {
-        if (state == nullptr)
-            state = new GelState(button);
-        state->apply(button, tint);
-    } else if (state != nullptr) {
-        state->restore(button);
-        delete state;
+        if (look == nullptr)
+            look = new GelLook(button);
+        look->apply(button, tint);
+    } else if (look != nullptr) {
+        look->restore(button);
+        delete look;
     }
 }

@@ -1,12 +1,9 @@
 #include "AquaPulse.h"
 
 #include <QEasingCurve>
-#include <QEvent>
 #include <QPaintEvent>
 #include <QPainter>
-#include <QPushButton>
-#include <QStyle>
-#include <QStyleOptionButton>
+#include <QPointer>
 #include <algorithm>
 #include <cmath>
 
@@ -34,34 +31,11 @@ const QEasingCurve& easeInOut() {
     return curve;
 }
 
-// The part of a widget that a layout sees: without a gel button's shadow and focus ring.
-QRect visibleFrame(const QWidget* view) {
-    if (qobject_cast<const QPushButton*>(view) == nullptr)
-        return view->rect();
-    QStyleOptionButton option;
-    option.initFrom(view);
-    const QRect frame =
-        view->style()->subElementRect(QStyle::SE_PushButtonLayoutItem, &option, view);
-    return frame.isValid() ? frame : view->rect();
-}
-
 // What a frame and its glow of this reach take at their largest.
 QRect withGlow(const QRect& frame, qreal reach) {
     const QPointF centre = QRectF(frame).center();
     const QSizeF size = (QSizeF(frame.size()) + QSizeF(2 * reach, 2 * reach)) * kBrightScale;
     return QRectF(centre - QPointF(size.width() / 2, size.height() / 2), size).toAlignedRect();
-}
-
-// Whether nothing that lies behind this widget can be seen through it.
-bool hasOwnGround(const QWidget* widget) {
-    if (widget->isWindow() || widget->autoFillBackground())
-        return true;
-    const QObjectList& children = widget->children();
-    return std::any_of(children.begin(), children.end(), [widget](const QObject* child) {
-        const auto* ground = qobject_cast<const QWidget*>(child);
-        return ground != nullptr && ground->testAttribute(Qt::WA_OpaquePaintEvent) &&
-               ground->isVisibleTo(widget) && ground->geometry().contains(widget->rect());
-    });
 }
 
 // Ends the glow together with its view, and is how the glow of a view is found.
@@ -84,10 +58,7 @@ private:
 
 }  // namespace
 
-AquaPulse::AquaPulse(QWidget* view)
-    : QWidget(view->parentWidget()), m_view(view), m_clock(new FrameClock(this)) {
-    setAttribute(Qt::WA_TransparentForMouseEvents);
-    setFocusPolicy(Qt::NoFocus);
+AquaPulse::AquaPulse(QWidget* view) : Surround(view, Layer::Glow), m_clock(new FrameClock(this)) {
     connect(m_clock, &FrameClock::frame, this, qOverload<>(&QWidget::update));
     connect(m_clock, &FrameClock::motionChanged, this, qOverload<>(&QWidget::update));
     place();
@@ -123,70 +94,17 @@ void AquaPulse::paint(QPainter& painter, const QPointF& centre, const QImage& gl
     painter.restore();
 }
 
-bool AquaPulse::eventFilter(QObject* watched, QEvent* event) {
-    switch (event->type()) {
-        case QEvent::Move:
-        case QEvent::Resize:
-        case QEvent::Show:
-        case QEvent::Hide:
-        case QEvent::ParentChange:
-        case QEvent::EnabledChange:
-        case QEvent::StyleChange:
-        case QEvent::ZOrderChange:
-            place();
-            break;
-        default:
-            break;
-    }
-    return QWidget::eventFilter(watched, event);
+QRect AquaPulse::extent(const QRect& frame) const {
+    return withGlow(frame, kReach);
 }
 
-void AquaPulse::place() {
-    // Showing and stacking the glow makes events of their own.
-    if (m_placing || !m_view)
-        return;
-    m_placing = true;
-    watch();
-    QWidget* branch = m_view;
-    QWidget* room = m_view->parentWidget();
-    QRect frame;
-    while (room != nullptr) {
-        frame = visibleFrame(m_view);
-        frame.moveTopLeft(m_view->mapTo(room, frame.topLeft()));
-        // Further out the glow is too faint for anyone to see that it is cut off.
-        if (room->rect().contains(withGlow(frame, kSeenReach)) || hasOwnGround(room))
-            break;
-        branch = room;
-        room = room->parentWidget();
-    }
-    if (room == nullptr) {
-        hide();
-    } else {
-        if (parentWidget() != room)
-            setParent(room);
-        stackUnder(branch);
-        setGeometry(withGlow(frame, kReach));
-        // Not the view's visibility in its window: the glow is shown and hidden with the window
-        // too.
-        setVisible(m_view->isVisibleTo(room));
-    }
-    m_clock->setWanted(room != nullptr && m_view->isEnabled());
-    m_placing = false;
-    update();
+// Further out the glow is too faint for anyone to see that it is cut off.
+QRect AquaPulse::needed(const QRect& frame) const {
+    return withGlow(frame, kSeenReach);
 }
 
-void AquaPulse::watch() {
-    for (const QPointer<QWidget>& widget : m_watched) {
-        if (widget)
-            widget->removeEventFilter(this);
-    }
-    m_watched.clear();
-    for (QWidget* widget = m_view; widget != nullptr; widget = widget->parentWidget()) {
-        widget->installEventFilter(this);
-        m_watched.emplace_back(widget);
-        if (widget->isWindow())
-            break;
-    }
+void AquaPulse::placed() {
+    m_clock->setWanted(view()->parentWidget() != nullptr && view()->isEnabled());
 }
 
 qreal AquaPulse::currentBrightness() const {
@@ -195,19 +113,16 @@ qreal AquaPulse::currentBrightness() const {
 }
 
 void AquaPulse::paintEvent(QPaintEvent* /*event*/) {
-    if (!m_view)
+    const QSizeF size(frame().size());
+    if (size.isEmpty())
         return;
-    const QRect frame = visibleFrame(m_view);
     const qreal ratio = devicePixelRatioF();
-    if (m_glow.isNull() || m_glowSize != QSizeF(frame.size()) ||
-        m_glow.devicePixelRatio() != ratio) {
-        m_glowSize = frame.size();
-        m_glow = glow(m_glowSize, ratio);
+    if (m_glow.isNull() || m_glowSize != size || m_glow.devicePixelRatio() != ratio) {
+        m_glowSize = size;
+        m_glow = glow(size, ratio);
     }
     QPainter painter(this);
-    const QPointF centre = mapFrom(window(), m_view->mapTo(window(), frame.topLeft()));
-    paint(painter, centre + QPointF(frame.width() / 2.0, frame.height() / 2.0), m_glow,
-          currentBrightness());
+    paint(painter, QRectF(frame()).center(), m_glow, currentBrightness());
 }
 
 void AquaPulse::showEvent(QShowEvent* event) {

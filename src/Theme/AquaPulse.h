@@ -1,19 +1,16 @@
 // A glow behind a view that swells and fades for ever.
 //
-// aquaPulse() makes and removes it. It is a widget of its own, because a glow is larger than what
-// it surrounds: it lies directly behind the view, or behind that ancestor of it which leaves the
-// glow room, and follows the view around. Belongs to its view; main thread.
+// aquaPulse() makes and removes it; it ends with its view. Main thread.
 #pragma once
 
 #include <QImage>
-#include <QPointer>
 #include <QSizeF>
-#include <QWidget>
-#include <vector>
+
+#include "Surround.h"
 
 class FrameClock;
 
-class AquaPulse final : public QWidget {
+class AquaPulse final : public Surround {
     Q_OBJECT
 
 public:
@@ -33,22 +30,19 @@ public:
                       qreal brightness);
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
+    QRect extent(const QRect& frame) const override;
+    QRect needed(const QRect& frame) const override;
+    void placed() override;
     void paintEvent(QPaintEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
 private:
-    void place();
-    void watch();
     qreal currentBrightness() const;
 
-    QPointer<QWidget> m_view;
-    std::vector<QPointer<QWidget>> m_watched;
     QSizeF m_glowSize;
     QImage m_glow;
     FrameClock* m_clock;
     bool m_appeared = false;
-    bool m_placing = false;
 };
 
 // With `enabled`, `view` glows, beginning with the dim state; without, there is no glow. Calling it

@@ -6,17 +6,22 @@
 #include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QMouseEvent>
+#include <QPainter>
 #include <QPushButton>
+#include <QVBoxLayout>
 #include <QVariantAnimation>
 
 #include "FrameClock.h"
+#include "GelButtonState.h"
 #include "Pixels.h"
+#include "Surround.h"
 #include "Waiting.h"
 
 namespace {
 
-AquaButtonStyle* styleOf(const QPushButton& button) {
-    return dynamic_cast<AquaButtonStyle*>(button.style());
+GelButtonState* stateOf(const QPushButton& button) {
+    auto* style = dynamic_cast<AquaButtonStyle*>(button.style());
+    return style == nullptr ? nullptr : &style->state();
 }
 
 void mouse(QPushButton& button, QEvent::Type type) {
@@ -39,7 +44,7 @@ TEST_F(AquaButtonStyleTest, WithoutTheLookAButtonIsLeftExactlyAsItIs) {
     aquaButton(&button, false, Tint::gray);
     EXPECT_EQ(button.grab().toImage(), before);
     EXPECT_EQ(button.font(), font);
-    EXPECT_EQ(styleOf(button), nullptr);
+    EXPECT_EQ(stateOf(button), nullptr);
     EXPECT_TRUE(button.children().isEmpty());
 }
 
@@ -74,8 +79,8 @@ TEST_F(AquaButtonStyleTest, TheTintMayChangeAndAskingAgainChangesNothing) {
     aquaButton(&button, true, Tint::gray);
     EXPECT_EQ(button.grab().toImage(), gray);
     aquaButton(&button, true, Tint::blue);
-    ASSERT_NE(styleOf(button), nullptr);
-    EXPECT_EQ(styleOf(button)->tint(), Tint::blue);
+    ASSERT_NE(stateOf(button), nullptr);
+    EXPECT_EQ(stateOf(button)->tint(), Tint::blue);
     EXPECT_NE(button.grab().toImage(), gray);
 }
 
@@ -92,49 +97,105 @@ TEST_F(AquaButtonStyleTest, TheLabelHasEighteenPointsAtItsSidesAndFiveAboveAndBe
     aquaButton(&button, true, Tint::blue);
     const QFontMetrics metrics(GelButton::labelFont());
     const QSize text = metrics.size(Qt::TextShowMnemonic, button.text());
-    const QSize capsule = button.sizeHint().shrunkBy(GelButton::margins());
-    EXPECT_EQ(capsule, text + QSize(36, 10));
+    EXPECT_EQ(button.sizeHint(), text + QSize(36, 10));
 }
 
-TEST_F(AquaButtonStyleTest, LayoutsPlaceTheCapsuleAndNotItsShadow) {
+// A button at the edge of a row that leaves it no room, as in a main window.
+struct Scene {
+    Scene() {
+        column.setContentsMargins(20, 20, 20, 20);
+        column.addWidget(&row);
+        inRow.setContentsMargins(0, 0, 0, 0);
+        inRow.addStretch();
+        inRow.addWidget(&button);
+        window.resize(240, 66);
+        window.setAutoFillBackground(true);
+        QPalette white;
+        white.setColor(QPalette::Window, Qt::white);
+        window.setPalette(white);
+        aquaButton(&button, true, Tint::blue);
+        window.show();
+    }
     QWidget window;
-    QHBoxLayout layout(&window);
-    layout.setContentsMargins(20, 20, 20, 20);
-    QPushButton button("Start Rip");
-    layout.addWidget(&button);
-    aquaButton(&button, true, Tint::blue);
-    window.adjustSize();
-    window.show();
-    layout.activate();
-    EXPECT_EQ(button.geometry().marginsRemoved(GelButton::margins()),
-              window.rect().marginsRemoved(QMargins(20, 20, 20, 20)));
-    EXPECT_EQ(window.height() - 40, button.sizeHint().height() - 8);
+    QVBoxLayout column{&window};
+    QWidget row;
+    QHBoxLayout inRow{&row};
+    QPushButton button{"Start Rip"};
+
+    // The whole image of a gel button on white, as it should look in the window.
+    QImage expected(const GelButton& look) const {
+        QImage image(window.size(), QImage::Format_RGB32);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        const QPoint corner = button.mapTo(&window, QPoint(0, 0));
+        painter.drawImage(corner - QPoint(4, 4), look.image(1));
+        return image;
+    }
+    GelButton look() const {
+        GelButton result;
+        result.text = button.text();
+        result.font = GelButton::labelFont();
+        result.size = button.size();
+        return result;
+    }
+    QImage shown() { return window.grab().toImage().convertToFormat(QImage::Format_RGB32); }
+};
+
+TEST_F(AquaButtonStyleTest, TheCapsuleIsWhereTheLayoutPlacesTheButton) {
+    Scene scene;
+    EXPECT_EQ(scene.button.size(), scene.button.sizeHint());
+    const QPoint corner = scene.button.mapTo(&scene.window, QPoint(0, 0));
+    EXPECT_EQ(corner.x() + scene.button.width(), 220);
 }
 
-TEST_F(AquaButtonStyleTest, WhatTheButtonShowsIsTheGelButtonsImage) {
-    QPushButton button("Start Rip");
-    aquaButton(&button, true, Tint::blue);
-    button.resize(140, 34);
-    QImage screen(140, 34, QImage::Format_ARGB32_Premultiplied);
-    screen.fill(Qt::transparent);
-    button.render(&screen, QPoint(), QRegion(), QWidget::RenderFlags());
-    GelButton look;
-    look.text = "Start Rip";
-    look.font = GelButton::labelFont();
-    look.size = QSizeF(132, 26);
-    EXPECT_EQ(screen, look.image(1));
+TEST_F(AquaButtonStyleTest, TheShadowIsSeenThoughTheRowHasNoRoomForIt) {
+    Scene scene;
+    EXPECT_EQ(scene.shown(), scene.expected(scene.look()));
+}
+
+TEST_F(AquaButtonStyleTest, TheShadowFollowsTheButtonsState) {
+    FrameClock::setReducedMotion(true);
+    Scene scene;
+    scene.shown();
+    GelButton look = scene.look();
+    scene.button.setEnabled(false);
+    look.enabled = false;
+    EXPECT_EQ(scene.shown(), scene.expected(look));
+    scene.button.setEnabled(true);
+    scene.button.setDown(true);
+    look.enabled = true;
+    look.pressed = 1;
+    EXPECT_EQ(scene.shown(), scene.expected(look));
+}
+
+TEST_F(AquaButtonStyleTest, TheShadowGoesWithTheLookTheButtonAndItsVisibility) {
+    Scene scene;
+    QImage blank(scene.window.size(), QImage::Format_RGB32);
+    blank.fill(Qt::white);
+    scene.button.hide();
+    EXPECT_EQ(scene.shown(), blank);
+    scene.button.show();
+    EXPECT_EQ(scene.shown(), scene.expected(scene.look()));
+    EXPECT_EQ(scene.window.findChildren<Surround*>().size(), 1);
+    aquaButton(&scene.button, false, Tint::blue);
+    EXPECT_EQ(scene.window.findChildren<Surround*>().size(), 0);
+    auto* other = new QPushButton("Other", &scene.window);
+    aquaButton(other, true, Tint::gray);
+    EXPECT_EQ(scene.window.findChildren<Surround*>().size(), 1);
+    delete other;
+    EXPECT_EQ(scene.window.findChildren<Surround*>().size(), 0);
 }
 
 TEST_F(AquaButtonStyleTest, PressingTakesATenthOfASecondAndEasesOut) {
-    AquaButtonStyle style(Tint::blue);
-    QVariantAnimation& animation = style.pressing();
+    GelButtonState state(Tint::blue);
+    QVariantAnimation& animation = state.pressing();
     EXPECT_EQ(animation.duration(), 100);
     EXPECT_EQ(animation.loopCount(), 1);
     animation.setStartValue(0.0);
     animation.setEndValue(1.0);
     for (const int time : {0, 10, 25, 50, 75, 90, 100}) {
         animation.setCurrentTime(time);
-        EXPECT_NEAR(style.pressedAmount(), timingCurve(0, 0, 0.58, 1, time / 100.0), 0.005) << time;
+        EXPECT_NEAR(state.pressedAmount(), timingCurve(0, 0, 0.58, 1, time / 100.0), 0.005) << time;
     }
 }
 
@@ -143,15 +204,15 @@ TEST_F(AquaButtonStyleTest, PressingAndReleasingAreBothAnimated) {
     aquaButton(&button, true, Tint::gray);
     button.show();
     button.grab();
-    EXPECT_EQ(styleOf(button)->pressedAmount(), 0);
+    EXPECT_EQ(stateOf(button)->pressedAmount(), 0);
     mouse(button, QEvent::MouseButtonPress);
     button.grab();
-    EXPECT_LT(styleOf(button)->pressedAmount(), 1) << "it begins where it was";
-    EXPECT_TRUE(waitUntil([&] { return styleOf(button)->pressedAmount() == 1; }));
+    EXPECT_LT(stateOf(button)->pressedAmount(), 1) << "it begins where it was";
+    EXPECT_TRUE(waitUntil([&] { return stateOf(button)->pressedAmount() == 1; }));
     mouse(button, QEvent::MouseButtonRelease);
     button.grab();
-    EXPECT_GT(styleOf(button)->pressedAmount(), 0);
-    EXPECT_TRUE(waitUntil([&] { return styleOf(button)->pressedAmount() == 0; }));
+    EXPECT_GT(stateOf(button)->pressedAmount(), 0);
+    EXPECT_TRUE(waitUntil([&] { return stateOf(button)->pressedAmount() == 0; }));
 }
 
 TEST_F(AquaButtonStyleTest, AReleaseInTheMiddleGoesBackFromThere) {
@@ -160,10 +221,10 @@ TEST_F(AquaButtonStyleTest, AReleaseInTheMiddleGoesBackFromThere) {
     button.show();
     button.setDown(true);
     button.grab();
-    QVariantAnimation& animation = styleOf(button)->pressing();
+    QVariantAnimation& animation = stateOf(button)->pressing();
     animation.pause();
     animation.setCurrentTime(50);
-    const double middle = styleOf(button)->pressedAmount();
+    const double middle = stateOf(button)->pressedAmount();
     ASSERT_GT(middle, 0.5);
     button.setDown(false);
     button.grab();
@@ -178,10 +239,10 @@ TEST_F(AquaButtonStyleTest, ReducedMotionShowsThePressedLookAtOnce) {
     button.show();
     button.setDown(true);
     button.grab();
-    EXPECT_EQ(styleOf(button)->pressedAmount(), 1);
+    EXPECT_EQ(stateOf(button)->pressedAmount(), 1);
     button.setDown(false);
     button.grab();
-    EXPECT_EQ(styleOf(button)->pressedAmount(), 0);
+    EXPECT_EQ(stateOf(button)->pressedAmount(), 0);
 }
 
 TEST_F(AquaButtonStyleTest, ADisabledButtonDoesNotReactToAClick) {
@@ -193,8 +254,8 @@ TEST_F(AquaButtonStyleTest, ADisabledButtonDoesNotReactToAClick) {
     mouse(button, QEvent::MouseButtonPress);
     button.setDown(true);
     EXPECT_EQ(button.grab().toImage(), before);
-    EXPECT_EQ(styleOf(button)->pressedAmount(), 0);
-    EXPECT_NE(styleOf(button)->pressing().state(), QAbstractAnimation::Running);
+    EXPECT_EQ(stateOf(button)->pressedAmount(), 0);
+    EXPECT_NE(stateOf(button)->pressing().state(), QAbstractAnimation::Running);
 }
 
 TEST_F(AquaButtonStyleTest, EnablingAndDisablingAreShown) {
@@ -218,21 +279,16 @@ TEST_F(AquaButtonStyleTest, ANewLabelIsShown) {
 }
 
 TEST_F(AquaButtonStyleTest, TheKeyboardsFocusCanBeSeen) {
-    QWidget window;
-    QHBoxLayout layout(&window);
-    QPushButton other("Other");
-    QPushButton button("Start Rip");
-    layout.addWidget(&other);
-    layout.addWidget(&button);
-    aquaButton(&button, true, Tint::blue);
-    window.show();
-    window.activateWindow();
-    ASSERT_TRUE(waitUntil([&] { return window.isActiveWindow(); }));
-    const QImage before = button.grab().toImage();
-    button.setFocus(Qt::TabFocusReason);
-    window.setAttribute(Qt::WA_KeyboardFocusChange);
-    EXPECT_TRUE(button.hasFocus());
-    EXPECT_NE(button.grab().toImage(), before);
+    Scene scene;
+    scene.window.activateWindow();
+    ASSERT_TRUE(waitUntil([&] { return scene.window.isActiveWindow(); }));
+    scene.button.setFocus(Qt::TabFocusReason);
+    scene.window.setAttribute(Qt::WA_KeyboardFocusChange);
+    ASSERT_TRUE(scene.button.hasFocus());
+    GelButton look = scene.look();
+    EXPECT_NE(scene.shown(), scene.expected(look));
+    look.focused = true;
+    EXPECT_EQ(scene.shown(), scene.expected(look));
 }
 
 }  // namespace
