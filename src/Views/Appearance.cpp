@@ -1,8 +1,9 @@
 #include "Appearance.h"
 
 #include <QApplication>
-#include <QProxyStyle>
 #include <QToolTip>
+
+#include "WindowStyle.h"
 
 namespace Appearance {
 
@@ -77,18 +78,6 @@ constexpr Colors darkColors = {
 const Colors& colors(Scheme scheme) {
     return scheme == Scheme::Dark ? darkColors : lightColors;
 }
-
-// Fusion, with more room beside the texts of buttons.
-class RoomyStyle final : public QProxyStyle {
-public:
-    RoomyStyle() : QProxyStyle(QStringLiteral("fusion")) {}
-
-    QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& contents,
-                           const QWidget* widget) const override {
-        const QSize usual = QProxyStyle::sizeFromContents(type, option, contents, widget);
-        return type == CT_PushButton ? usual.grownBy(QMargins(6, 2, 6, 2)) : usual;
-    }
-};
 
 QColor named(const char* name) {
     return QColor(QLatin1String(name));
@@ -165,8 +154,8 @@ Scheme schemeOf(const QPalette& palette) {
 }
 
 void follow() {
-    if (dynamic_cast<RoomyStyle*>(QApplication::style()) == nullptr) {
-        QApplication::setStyle(new RoomyStyle);
+    if (dynamic_cast<WindowStyle*>(QApplication::style()) == nullptr) {
+        QApplication::setStyle(new WindowStyle);
     }
     const QPalette wanted = palette(SystemAppearance::current());
     if (QApplication::palette() != wanted) {

@@ -2,7 +2,6 @@
 
 #include <QEvent>
 #include <QFontInfo>
-#include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
@@ -65,6 +64,6 @@ void SymbolLabel::changeEvent(QEvent* event) {
 
 void SymbolLabel::alignIcon() {
     // The symbol stands beside the text's first line, however many follow.
-    const int space = QFontMetrics(m_text->font()).height() - m_icon->height();
+    const int space = TextLabel::lineHeight(m_text->font()) - m_icon->height();
     m_iconColumn->setContentsMargins(0, qMax(0, space / 2), 0, 0);
 }

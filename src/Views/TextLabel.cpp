@@ -20,6 +20,11 @@ QString onOneLine(QString text) {
     return text;
 }
 
+// Whole pixels for all of a line: QFontMetrics rounds, which can cut an underscore off.
+int ascentOf(const QFont& font) {
+    return static_cast<int>(std::ceil(QFontMetricsF(font).ascent()));
+}
+
 int widthOf(const QFontMetricsF& metrics, const QString& text) {
     return static_cast<int>(std::ceil(metrics.horizontalAdvance(text)));
 }
@@ -69,6 +74,11 @@ QString TextLabel::shownText() const {
         --end;
     }
     return text().left(end);
+}
+
+int TextLabel::lineHeight(const QFont& font) {
+    // Hinting may push the lowest strokes one pixel below the descent.
+    return ascentOf(font) + static_cast<int>(std::ceil(QFontMetricsF(font).descent())) + 1;
 }
 
 QStringList TextLabel::lines(int width) const {
@@ -135,7 +145,7 @@ QSize TextLabel::minimumSizeHint() const {
         return QLabel::minimumSizeHint();
     }
     const int width = QFontMetrics(font()).averageCharWidth() * 4;
-    return {qMin(width, sizeHint().width()), QFontMetrics(font()).height()};
+    return {qMin(width, sizeHint().width()), lineHeight(font())};
 }
 
 int TextLabel::heightForWidth(int width) const {
@@ -143,7 +153,7 @@ int TextLabel::heightForWidth(int width) const {
         return QLabel::heightForWidth(width);
     }
     const QMargins margins = contentsMargins();
-    const int height = QFontMetrics(font()).height();
+    const int height = lineHeight(font());
     const int inner = width - margins.left() - margins.right();
     const auto count = wordWrap() ? lines(inner).size() : 1;
     return static_cast<int>(qMax<qsizetype>(1, count)) * height + margins.top() + margins.bottom();
@@ -180,18 +190,21 @@ void TextLabel::paintEvent(QPaintEvent* event) {
     painter.setPen(palette().color(QPalette::Active, QPalette::WindowText));
     const QRect area = contentsRect();
     const QStringList shown = lines(area.width());
-    const int lineHeight = QFontMetrics(font()).height();
-    const int total = static_cast<int>(shown.size()) * lineHeight;
+    const int height = lineHeight(font());
+    const int total = static_cast<int>(shown.size()) * height;
     const bool top = alignment().testFlag(Qt::AlignTop) || total > area.height();
     int y = top ? area.top() : area.top() + (area.height() - total) / 2;
-    const auto horizontal =
-        QStyle::visualAlignment(layoutDirection(), alignment()) & Qt::AlignHorizontal_Mask;
+    const Qt::Alignment visual = QStyle::visualAlignment(layoutDirection(), alignment());
     for (const QString& line : shown) {
-        painter.drawText(
-            QRect(area.left(), y, area.width(), lineHeight),
-            static_cast<int>(horizontal) | Qt::AlignTop | Qt::TextSingleLine | Qt::TextDontClip,
-            line);
-        y += lineHeight;
+        const int left = area.width() - widthOf(QFontMetricsF(font()), line);
+        int x = area.left();
+        if (visual.testFlag(Qt::AlignRight)) {
+            x += left;
+        } else if (visual.testFlag(Qt::AlignHCenter)) {
+            x += left / 2;
+        }
+        painter.drawText(x, y + ascentOf(font()), line);
+        y += height;
     }
 }
 

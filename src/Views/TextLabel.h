@@ -31,6 +31,8 @@ public:
     // Where a single line is cut; at its end unless set.
     void setElideMode(Qt::TextElideMode mode);
 
+    // The height of one line in this font, in device-independent pixels.
+    static int lineHeight(const QFont& font);
     // What is drawn in this width, line by line.
     QStringList lines(int width) const;
     // Whether the widget's present size hides a piece of the text.

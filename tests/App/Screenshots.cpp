@@ -161,6 +161,24 @@ void takeDiscStates(const Album& album) {
     scene.take(QStringLiteral("destination-long"));
 }
 
+// Where the keyboard is must be seen on every control.
+void takeFocus(const Album& album) {
+    for (const bool retro : {false, true}) {
+        Scene scene(album, retro);
+        scene.open();
+        scene.choose();
+        QApplication::setActiveWindow(scene.window);
+        // As the first press of Tab does.
+        scene.window->setAttribute(Qt::WA_KeyboardFocusChange);
+        for (const char* name :
+             {"diagnosticsButton", "ejectButton", "chooseButton", "startButton"}) {
+            scene.window->findChild<QWidget*>(QLatin1String(name))->setFocus(Qt::TabFocusReason);
+            scene.take((retro ? QStringLiteral("retro-focus-") : QStringLiteral("focus-")) +
+                       QLatin1String(name));
+        }
+    }
+}
+
 void takeRip(const Album& album, bool retro) {
     const QString prefix = retro ? QStringLiteral("retro-") : QString();
     for (const auto& [lines, name] : {std::pair<QByteArray, QString>{"PERCENT:42\n", "ripping"},
@@ -277,6 +295,7 @@ int main(int argc, char** argv) {
     SpindriftApp::describe();
     const Album album(QString::fromLocal8Bit(argv[1]), qstrcmp(argv[2], "dark") == 0);
     takeDiscStates(album);
+    takeFocus(album);
     takeRip(album, false);
     takeOutcomes(album);
     takeSheets(album);

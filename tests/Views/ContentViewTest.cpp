@@ -107,7 +107,7 @@ TEST_F(ContentViewTest, AnAudioDiscIsWarnedAboutInAnyLetterCaseButNotRefused) {
         const TextLabel* text = warning->textLabel();
         EXPECT_GT(text->lines(text->width()).size(), 1) << "it wraps";
         EXPECT_GE(text->height(),
-                  text->lines(text->width()).size() * QFontMetrics(text->font()).height());
+                  text->lines(text->width()).size() * TextLabel::lineHeight(text->font()));
         window.choose(folder, QStringLiteral("a.iso"));
         EXPECT_TRUE(named<QPushButton>(window.content, "startButton")->isEnabled());
     }
@@ -386,4 +386,30 @@ TEST_F(ContentViewTest, EveryButtonIsReachedByTabAndHasAName) {
     }
     EXPECT_EQ(named<QWidget>(window.content, "diagnosticsButton")->accessibleName(),
               QStringLiteral("Drive Diagnostics"));
+}
+
+TEST_F(ContentViewTest, TheKeyboardsFocusIsSeenOnEveryButton) {
+    DriveStubs::disc(folder, {});
+    HostWindow window;
+    window.open();
+    QApplication::setActiveWindow(&window);
+    window.choose(folder, QStringLiteral("a.iso"));
+    for (const bool retro : {false, true}) {
+        Preferences().setRetroMode(retro);
+        settle();
+        for (const char* name :
+             {"diagnosticsButton", "ejectButton", "chooseButton", "startButton"}) {
+            auto* button = named<QWidget>(window.content, name);
+            window.setAttribute(Qt::WA_KeyboardFocusChange, false);
+            named<QWidget>(window.content, "chooseButton")->setFocus();
+            named<QWidget>(window.content, "diagnosticsButton")->setFocus();
+            if (button == QApplication::focusWidget()) {
+                named<QWidget>(window.content, "chooseButton")->setFocus();
+            }
+            const QImage without = button->grab().toImage();
+            window.setAttribute(Qt::WA_KeyboardFocusChange);
+            button->setFocus(Qt::TabFocusReason);
+            EXPECT_NE(button->grab().toImage(), without) << name << retro;
+        }
+    }
 }

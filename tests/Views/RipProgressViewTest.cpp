@@ -192,7 +192,7 @@ TEST(RipProgressViewTest, ALongErrorIsCutAfterItsSecondLine) {
     ASSERT_EQ(lines.size(), 2);
     EXPECT_TRUE(lines.at(1).endsWith(QChar(0x2026)));
     EXPECT_TRUE(label->isCut());
-    EXPECT_EQ(label->height(), 2 * QFontMetrics(label->font()).height());
+    EXPECT_EQ(label->height(), 2 * TextLabel::lineHeight(label->font()));
     EXPECT_EQ(label->text(), *state.error) << "screen readers get the whole text";
 }
 

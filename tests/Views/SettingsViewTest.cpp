@@ -53,7 +53,7 @@ TEST_F(SettingsViewTest, ItIs440WideAndItsCaptionsWrapInFull) {
     for (const TextLabel* caption : captions) {
         EXPECT_FALSE(caption->isCut());
         EXPECT_GE(caption->height(),
-                  caption->lines(caption->width()).size() * QFontMetrics(caption->font()).height());
+                  caption->lines(caption->width()).size() * TextLabel::lineHeight(caption->font()));
         EXPECT_EQ(caption->role(), Appearance::Role::Secondary);
     }
     EXPECT_GT(captions.at(0)->lines(captions.at(0)->width()).size(), 1);

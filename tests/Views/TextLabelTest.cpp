@@ -24,7 +24,7 @@ TEST(TextLabelTest, ASingleLineIsAsWideAsItsTextAndThenNotCut) {
     TextLabel text(QStringLiteral("Verification mismatch"));
     text.resize(text.sizeHint());
     EXPECT_FALSE(text.isCut());
-    EXPECT_EQ(text.height(), QFontMetrics(text.font()).height());
+    EXPECT_EQ(text.height(), TextLabel::lineHeight(text.font()));
     text.resize(text.width() - 10, text.height());
     EXPECT_TRUE(text.isCut());
     EXPECT_TRUE(text.lines(text.width()).at(0).endsWith(ellipsis));
@@ -60,7 +60,7 @@ TEST(TextLabelTest, AWrappedTextIsCutAfterItsMaximumOfLines) {
     const QStringList lines = text.lines(200);
     ASSERT_EQ(lines.size(), 2);
     EXPECT_TRUE(lines.at(1).endsWith(ellipsis));
-    EXPECT_EQ(text.heightForWidth(200), 2 * QFontMetrics(text.font()).height());
+    EXPECT_EQ(text.heightForWidth(200), 2 * TextLabel::lineHeight(text.font()));
 }
 
 TEST(TextLabelTest, AnEllipsisOfTheTextItselfIsNoCut) {
@@ -71,7 +71,7 @@ TEST(TextLabelTest, AnEllipsisOfTheTextItselfIsNoCut) {
 
 TEST(TextLabelTest, AnEmptyTextHasTheHeightOfALine) {
     const TextLabel text{QString()};
-    EXPECT_EQ(text.sizeHint().height(), QFontMetrics(text.font()).height());
+    EXPECT_EQ(text.sizeHint().height(), TextLabel::lineHeight(text.font()));
 }
 
 TEST(TextLabelTest, ItsColourFollowsThePaletteOfItsWindow) {
@@ -97,4 +97,29 @@ TEST(TextLabelTest, ATextWithoutAFontOfItsOwnTakesItsParents) {
     window.setFont(large);
     EXPECT_EQ(plain->font().pixelSize(), 40);
     EXPECT_EQ(caption->font(), TextStyle::font(TextStyle::Style::Caption));
+}
+
+TEST(TextLabelTest, NothingOfALineIsCutOffAtItsBottom) {
+    for (const double size : {6.9, 7.7, 8.5, 9.0, 10.0, 11.3}) {
+        QFont font;
+        font.setPointSizeF(size);
+        TextLabel text(QStringLiteral("_gjpqy"), font);
+        text.resize(text.sizeHint());
+        const int height = text.height();
+        const auto ink = [&text] {
+            const QImage image = text.grab().toImage();
+            int count = 0;
+            for (int y = 0; y < image.height(); ++y) {
+                for (int x = 0; x < image.width(); ++x) {
+                    count += image.pixel(x, y) != image.pixel(image.width() - 1, 0) ? 1 : 0;
+                }
+            }
+            return count;
+        };
+        text.setAlignment(Qt::AlignLeft | Qt::AlignTop);
+        const int shown = ink();
+        text.resize(text.width(), height + 10);
+        EXPECT_EQ(ink(), shown) << size << " points: more room shows no more of the letters";
+        EXPECT_GT(shown, 0);
+    }
 }
