@@ -16,6 +16,7 @@
 #include "DiagnosticsView.h"
 #include "DiscSummaryView.h"
 #include "Divider.h"
+#include "FrameClock.h"
 #include "FullDiskAccess.h"
 #include "HeaderView.h"
 #include "InAppNotifications.h"
@@ -251,6 +252,7 @@ void ContentView::refresh() {
 
 void ContentView::refreshAppearance(bool retro) {
     Appearance::follow();
+    FrameClock::setReducedMotion(SystemAppearance::reducedMotion());
     if (retro == m_retroShown) {
         return;
     }
