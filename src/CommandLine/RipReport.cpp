@@ -13,19 +13,23 @@ class JsonRipReport final : public RipReport {
 public:
     JsonRipReport(const ISORipper& ripper, TextOutput& output)
         : m_ripper(ripper), m_output(output) {
-        tell("isRunning", &ISORipper::isRunningChanged, &ISORipper::isRunning);
-        tell("bytesWritten", &ISORipper::bytesWrittenChanged, &ISORipper::bytesWritten);
-        tell("progress", &ISORipper::progressChanged, &ISORipper::progress);
-        tell("speedBytesPerSecond", &ISORipper::speedBytesPerSecondChanged,
-             &ISORipper::speedBytesPerSecond);
-        tell("finished", &ISORipper::finishedChanged, &ISORipper::finished);
-        connect(&ripper, &ISORipper::errorChanged, this, [this] {
-            m_output.write(JsonText::line(JsonText::errorChange(m_ripper.error())));
-        });
-        tell("isVerifying", &ISORipper::isVerifyingChanged, &ISORipper::isVerifying);
-        connect(&ripper, &ISORipper::verifyStatusChanged, this,
-                [this] { print("verifyStatus", JsonText::verifyStatus(m_ripper.verifyStatus())); });
-        connect(&ripper, &ISORipper::lastRipAverageBytesPerSecondChanged, this, [this] {
+        const auto on = [this, &ripper](auto changed, auto print) {
+            connect(&ripper, changed, this, print);
+        };
+        on(&ISORipper::isRunningChanged, [this] { print("isRunning", m_ripper.isRunning()); });
+        on(&ISORipper::bytesWrittenChanged,
+           [this] { print("bytesWritten", m_ripper.bytesWritten()); });
+        on(&ISORipper::progressChanged, [this] { print("progress", m_ripper.progress()); });
+        on(&ISORipper::speedBytesPerSecondChanged,
+           [this] { print("speedBytesPerSecond", m_ripper.speedBytesPerSecond()); });
+        on(&ISORipper::finishedChanged, [this] { print("finished", m_ripper.finished()); });
+        on(&ISORipper::errorChanged,
+           [this] { m_output.write(JsonText::line(JsonText::errorChange(m_ripper.error()))); });
+        on(&ISORipper::isVerifyingChanged,
+           [this] { print("isVerifying", m_ripper.isVerifying()); });
+        on(&ISORipper::verifyStatusChanged,
+           [this] { print("verifyStatus", JsonText::verifyStatus(m_ripper.verifyStatus())); });
+        on(&ISORipper::lastRipAverageBytesPerSecondChanged, [this] {
             const auto& average = m_ripper.lastRipAverageBytesPerSecond();
             print("lastRipAverageBytesPerSecond",
                   average ? nlohmann::ordered_json(*average) : nlohmann::ordered_json(nullptr));
@@ -36,12 +40,6 @@ public:
     void end() override {}
 
 private:
-    template <typename Signal, typename T>
-    void tell(const char* property, Signal changed, T (ISORipper::*value)() const) {
-        connect(&m_ripper, changed, this,
-                [this, property, value] { print(property, (m_ripper.*value)()); });
-    }
-
     void print(const char* property, nlohmann::ordered_json value) {
         m_output.write(JsonText::line(JsonText::change(property, std::move(value))));
     }
