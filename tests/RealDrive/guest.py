@@ -62,14 +62,15 @@ class Guest:
         drive = {"scsi": ["-device", "virtio-scsi-pci,id=vs", "-device", "scsi-cd,id=cd0,bus=vs.0"],
                  "ide": ["-device", "ide-cd,id=cd0,bus=ide.1,unit=0"]}[self.bus]
         self._qemu = subprocess.Popen(
-            ["qemu-system-x86_64", "-accel", "tcg", "-nodefaults", "-no-user-config", "-display",
+            ["setpriv", "--pdeathsig", "KILL", "qemu-system-x86_64", "-accel", "tcg", "-nodefaults", "-no-user-config", "-display",
              "none", "-M", "pc", "-cpu", "max", "-m", "1024", "-no-reboot",
              "-kernel", guest_files.kernel(), "-initrd", self._folder / "initrd",
              "-append", "console=ttyS0 quiet panic=-1 random.trust_cpu=on tsc=reliable "
                         "mitigations=off nokaslr",
              "-chardev", f"file,id=console,path={self._folder / 'console.log'}",
              "-serial", "chardev:console",
-             "-drive", f"file={self._disk},format=raw,if=none,id=root,cache=unsafe",
+             "-drive", f"file={self._disk},format=raw,if=none,id=root,cache=unsafe,"
+                       "discard=unmap,detect-zeroes=unmap",
              "-device", "virtio-blk-pci,drive=root", "-device", "virtio-serial-pci",
              "-chardev", f"socket,id=agent,fd={agent_end.fileno()}",
              "-device", "virtserialport,chardev=agent,name=agent",

@@ -8,6 +8,7 @@ ide   an IDE drive, neither of them; a changed disc is an error here, on SCSI it
 import argparse
 import os
 import pathlib
+import signal
 import sys
 import tempfile
 
@@ -39,7 +40,10 @@ def main():
     if reason:
         print(f"skipped: {reason}")
         return 1 if os.environ.get("SPINDRIFT_REQUIRE_ALL") == "1" else SKIPPED
-    with tempfile.TemporaryDirectory(prefix="spindrift-guest-", dir="/var/tmp") as folder:
+    # So that the folder goes also when the test takes too long.
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
+    with tempfile.TemporaryDirectory(prefix="spindrift-guest-",
+                                     dir=os.environ.get("TMPDIR", "/var/tmp")) as folder:
         folder = pathlib.Path(folder)
         guest = Guest(folder, options.build, "ide" if options.boot == "ide" else "scsi")
         try:
