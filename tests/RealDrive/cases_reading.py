@@ -42,11 +42,14 @@ def _every_kind_of_cd(bench, disc):
     _expect_thorough_rip(bench, disc)
 
 
-@case("A {family} with {what} is named, typed and sized", "udev bare",
-      each=lambda discs: discs.dvds())
+@case("A {family} with {what} is named, typed and sized, and rips to identical bytes",
+      "udev bare", each=lambda discs: discs.dvds())
 def _every_kind_of_dvd(bench, disc):
     bench.guest.insert(disc.path)
     _expect_status(bench, disc)
+    rip = bench.rip("/root/out.iso", timeout=240)
+    expect_equal(rip.status, 0, f"the rip's status ({rip.text[-600:]})")
+    bench.expect_same_bytes("/root/out.iso", disc.path)
 
 
 @case("A DVD rips to identical bytes, twice read and compared", "udev bare")
