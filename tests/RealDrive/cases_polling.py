@@ -1,13 +1,15 @@
 """Polls: what they ask of the drive, and what they cost a rip."""
 
+import math
 import time
 
 from cases import Failure, case, expect, expect_equal
-from guest import TOOL_ROOT
+from guest import TOOL_ROOT, Commands
 
-PACE = 2 << 20  # bytes per second
-GET_EVENT_STATUS = 0x4A
-TEST_UNIT_READY = 0x00
+PACE = 3 << 20  # bytes per second
+LARGEST_COST = 1.01  # of the time without polls
+ATTEMPTS = 3
+ONE_QUESTION = 6  # commands
 # What the program runs in one poll with a disc in the drive.
 POLL = ["usr/bin/drutil status", "usr/sbin/diskutil info -plist /dev/sr0",
         "usr/sbin/diskutil list /dev/sr0", "usr/sbin/diskutil info -plist /dev/sr0"]
@@ -20,71 +22,72 @@ def _without_kernel_polls(bench):
 
 
 def _poll(bench):
+    expect_equal(bench.status()["disc"]["displayName"], "PLAIN_DISC", "the disc")
     for command in POLL:
         result = bench.tool(command)
         expect_equal(result.status, 0, f"the status of {command} ({result})")
 
 
-def _timed_rip(bench, polls):
-    """Seconds that imaging the paced disc takes, in the guest's own time."""
+def _image(bench, polls):
+    """Images the paced disc; returns the seconds that it took in the guest's own time, the
+    commands that the drive got and the number of polls in the meantime."""
     bench.guest.insert(bench.discs.named("cd", "plain").path, bytes_per_second=PACE)
     _without_kernel_polls(bench)
     # The paced drive lets one second's worth pass at once; both rips shall find that unspent.
     job = bench.guest.start("rm -f /var/tmp/x.cdr; sleep 2; cut -d' ' -f1 /proc/uptime;"
                             f" {TOOL_ROOT}/{CREATE} >/dev/null && cut -d' ' -f1 /proc/uptime")
-    if polls:
-        deadline = time.monotonic() + 60
-        while job.running() and time.monotonic() < deadline:
-            _poll(bench)
-            time.sleep(1)
+    commands = bench.guest.commands()
+    bench.guest.wait_until(f"test -e /var/tmp/x.cdr || {job.ended}", 30)
+    done = 0
+    while polls and job.running():
+        _poll(bench)
+        done += job.running()
+        time.sleep(1)
     ended = job.wait(60)
     try:
-        began, done = (float(line) for line in ended.out.split())
+        began, finished = (float(line) for line in ended.out.split())
     except ValueError:
         raise Failure(f"hdiutil: {ended}") from None
-    return done - began
+    return finished - began, commands.all(), done
 
 
 @case("A poll with udev's record there sends the drive nothing", "udev")
 def _silent(bench):
-    bench.guest.insert(bench.discs.named("cd", "joliet").path)
+    bench.guest.insert(bench.discs.named("cd", "plain").path)
     _without_kernel_polls(bench)
     commands = bench.guest.commands()
-    expect_equal(bench.status()["disc"]["displayName"], "Holiday Photos 2024", "the disc")
     _poll(bench)
     expect_equal(commands.all(), [], "the commands that the drive got")
 
 
-@case("Polls during a rip send the drive nothing, and the rip reads every sector once", "udev")
-def _silent_during_a_rip(bench):
-    disc = bench.discs.named("cd", "plain")
-    bench.guest.insert(disc.path, bytes_per_second=PACE)
-    _without_kernel_polls(bench)
-    job = bench.guest.start(bench.rip_script("/root/out.iso"))
-    bench.wait_for_image(job, 2 << 20)
-    commands = bench.guest.commands()
-    polls = 0
-    while job.running():
-        if polls < 3:
-            during = len(commands.all())
-            expect_equal(bench.status()["disc"]["displayName"], "PLAIN_DISC", "the disc")
-            _poll(bench)
-            if job.running():
-                polls += 1
-                among = commands.all()[during:]
-                others = [command for command in among if command.opcode != commands.READ]
-                expect_equal(others, [], "commands other than the rip's reads")
-    expect(polls >= 1, "no poll fell into the rip")
-    expect_equal(job.wait().status, 0, "the rip's status")
-    reads = commands.reads()
-    for before, after in zip(reads, reads[1:]):
-        expect_equal(after.lba, before.lba + before.sectors, "where a read goes on")
+@case("Polls during a rip send the drive nothing and cost less than one per cent of its speed",
+      "udev")
+def _during_a_rip(bench):
+    alone = with_polls = math.inf
+    # A busy machine makes single rips slower, never quicker: the best of some is what counts.
+    for _ in range(ATTEMPTS):
+        seconds, commands_alone, _ = _image(bench, polls=False)
+        alone = min(alone, seconds)
+        seconds, commands, polls = _image(bench, polls=True)
+        with_polls = min(with_polls, seconds)
+        print(f"              alone {alone:.2f} s, with {polls} polls {with_polls:.2f} s,"
+              f" {len(commands_alone)} and {len(commands)} commands")
+        if with_polls / alone < LARGEST_COST:
+            break
+    expect(polls >= 2, "too few polls fell into the rip")
+    expect(with_polls / alone < LARGEST_COST,
+           f"the polls cost {100 * (with_polls / alone - 1):.2f} %")
 
+    def reads(of):
+        return [(one.lba, one.sectors) for one in of if one.opcode == Commands.READ]
 
-@case("Polls every second cost a rip less than one per cent of its speed", "udev")
-def _cost(bench):
-    alone = _timed_rip(bench, polls=False)
-    with_polls = _timed_rip(bench, polls=True)
-    cost = with_polls / alone - 1
-    print(f"              alone {alone:.2f} s, with polls {with_polls:.2f} s: {100 * cost:+.2f} %")
-    expect(cost < 0.01, f"the polls cost {100 * cost:.2f} %")
+    def others(of):
+        return len(of) - len(reads(of))
+
+    expect_equal(sum(sectors for _, sectors in reads(commands)),
+                 bench.discs.named("cd", "plain").sectors, "the sectors read")
+    # Imaging itself asks every two seconds whether the disc is still the same, in a few commands;
+    # one such question more or less is the clock's doing.
+    expect(others(commands) <= others(commands_alone) + ONE_QUESTION,
+           f"commands beside the reads: {others(commands_alone)} alone, {others(commands)} with "
+           f"{polls} polls")

@@ -63,7 +63,7 @@ class Guest:
                  "ide": ["-device", "ide-cd,id=cd0,bus=ide.1,unit=0"]}[self.bus]
         self._qemu = subprocess.Popen(
             ["setpriv", "--pdeathsig", "KILL", "qemu-system-x86_64", "-accel", "tcg", "-nodefaults", "-no-user-config", "-display",
-             "none", "-M", "pc", "-cpu", "max", "-m", "1024", "-no-reboot",
+             "none", "-M", "pc", "-cpu", "qemu64,+rdrand", "-m", "1024", "-no-reboot",
              "-kernel", guest_files.kernel(), "-initrd", self._folder / "initrd",
              "-append", "console=ttyS0 quiet panic=-1 random.trust_cpu=on tsc=reliable "
                         "mitigations=off nokaslr",
@@ -130,14 +130,11 @@ class Guest:
         loop = f"until {{ {script}; }} >/dev/null 2>&1; do usleep 20000; done"
         return self.run(f"/usr/bin/timeout {timeout} sh -c {shlex.quote(loop)}", timeout + 5).status == 0
 
-    def fetch(self, path, target):
-        """Copies a file of the guest's disk to the host, around the guest."""
+    def reading(self, path):
+        """A process whose standard output is a file of the guest's disk, read around the guest."""
         self.check("sync")
-        done = subprocess.run([guest_files.which("debugfs"), "-R", f"dump {path} {target}",
-                               self._disk], capture_output=True, text=True, check=False)
-        if not target.exists():
-            raise GuestError(f"cannot read {path} of the guest's disk: {done.stderr}")
-        return target
+        return subprocess.Popen([guest_files.which("debugfs"), "-R", f"cat {path}", self._disk],
+                                stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
 
     # The drive
 
@@ -165,7 +162,7 @@ class Guest:
         self.control("blockdev-add", {**node, "node-name": name})
         self._inserted.append(name)
         self.control("blockdev-insert-medium", {"id": "cd0", "node-name": name})
-        self.control("blockdev-close-tray", {"id": "cd0"})
+        self.close_tray()
         if noticed:
             self.wait_for_disc()
 
@@ -176,6 +173,10 @@ class Guest:
         for name in self._inserted:
             self.control("blockdev-del", {"node-name": name})
         self._inserted.clear()
+
+    def close_tray(self):
+        """The emulated drive, unlike a real one, keeps a removal to itself while its tray is open."""
+        self.control("blockdev-close-tray", {"id": "cd0"})
 
     def wait_for_disc(self):
         """Returns when the kernel has noticed the disc, and udev has where it runs."""

@@ -47,7 +47,7 @@ def main():
         folder = pathlib.Path(folder)
         guest = Guest(folder, options.build, "ide" if options.boot == "ide" else "scsi")
         try:
-            bench = cases.Bench(guest, Discs(options.discs), folder)
+            bench = cases.Bench(guest, Discs(options.discs))
             if options.boot == "udev":
                 bench.start_udev()
             well = cases.run_all(bench, options.boot, options.only)
