@@ -1,10 +1,11 @@
 """Sectors that cannot be read, and discs that are taken away while they are read."""
 
 from cases import Rip, case, expect, expect_equal
-from guest import Fault
+from guest import CLI, Fault
 
 BAD_SECTOR = 3333
 PACE = 4 << 20  # bytes per second: slow enough to change the disc in mid-rip
+SLOW = 200 << 10  # bytes per second: a read of the usual size takes five seconds
 
 
 def _failing_reads(commands, lba):
@@ -131,3 +132,30 @@ def _swapped_while_verifying(bench):
     expect(rip.last("verifyStatus") and "matched" not in
            str(rip.last("verifyStatus")).replace("mismatched", ""),
            f"verifyStatus: {rip.last('verifyStatus')}")
+
+
+@case("Ctrl-C during a rip ends it with status 130 and leaves no file", "udev")
+def _interrupted(bench):
+    job = _rip_under_way(bench)
+    bench.guest.check("kill -INT $(pidof spindrift-cli)")
+    ended = job.wait(30)
+    expect_equal(ended.status, 130, f"the rip's status ({ended})")
+    bench.expect_no_file("/root/out.iso")
+    expect(bench.guest.wait_until("test -z \"$(ls /var/tmp)\"", 10), "temporary files are left")
+    expect(bench.guest.wait_until("! pidof hdiutil", 10), "the imaging tool still runs")
+
+
+@case("While the drive takes seconds for a read, status still answers, and the rip ends well",
+      "udev")
+def _slow(bench):
+    disc = bench.discs.named("cd", "plain")
+    job = _rip_under_way(bench)
+    bench.guest.set_pace(SLOW)
+    asleep = "grep -q 'State:.*disk sleep' /proc/$(pidof hdiutil)/task/*/status"
+    expect(bench.guest.wait_until(asleep, 10), "the rip does not wait for the drive")
+    result = bench.guest.run(f"{CLI} status --json", 5)
+    expect(result.status == 0 and disc.label in result.out, f"status: {result}")
+    expect(job.running(), "the rip is over")
+    bench.guest.set_pace(0)
+    expect_equal(job.wait(60).status, 0, "the rip's status")
+    bench.expect_same_bytes("/root/out.iso", disc.path)

@@ -122,6 +122,31 @@ def _another_disc(bench):
         expect(took <= 4, f"it took {took:.1f} s")
 
 
+@case("A second drive is found when it is plugged in, and the drive that holds a disc is the one",
+      "udev bare")
+def _second_drive(bench):
+    disc = bench.discs.named("cd", "udf")
+    guest = bench.guest
+    guest.plug_in_second_drive(disc.path)
+    try:
+        expect(guest.wait_until("test -b /dev/sr1"), "the kernel does not see the second drive")
+        guest.settle()
+        found = bench.status()["disc"] or {}
+        expect_equal((found.get("bsdName"), found.get("displayName")), ("sr1", disc.label),
+                     "the disc with the first drive empty")
+        rip = bench.rip("/root/out.iso")
+        expect_equal(rip.status, 0, f"the rip's status ({rip.text[-600:]})")
+        bench.expect_same_bytes("/root/out.iso", disc.path)
+        guest.insert(bench.discs.named("cd", "plain").path)
+        expect_equal(bench.status()["disc"]["bsdName"], "sr0", "the disc with both drives full")
+        chosen = guest.check(f"SPINDRIFT_DRIVE=sr1 {TOOL_ROOT}/usr/bin/drutil status")
+        expect("/dev/sr1" in chosen, f"drutil with SPINDRIFT_DRIVE=sr1: {chosen}")
+    finally:
+        guest.unplug_second_drive()
+    expect(guest.wait_until("! test -e /sys/class/block/sr1"), "the second drive stays")
+    expect_equal(bench.status()["disc"]["bsdName"], "sr0", "the disc after unplugging")
+
+
 @case("A drive that is unplugged is gone, and a rip from it fails; plugged in again it is back",
       "bare")
 def _unplugged(bench):

@@ -13,6 +13,8 @@ import guest_files
 
 SECTOR = 2048
 DISK_SIZE = 6 << 30
+# A shell starts its background jobs deaf to Ctrl-C, which programs respect.
+EVERY_SIGNAL = "/usr/bin/env --default-signal=INT,QUIT"
 CLI = f"/{guest_files.INSTALLED_IN}/bin/spindrift-cli"
 TOOL_ROOT = f"/{guest_files.INSTALLED_IN}/libexec/spindrift"
 
@@ -165,6 +167,12 @@ class Guest:
         self.close_tray()
         if noticed:
             self.wait_for_disc()
+            self.settle()
+
+    def settle(self):
+        """Waits until udev, where it runs, has no more to do."""
+        if self.run("pidof systemd-udevd").status == 0:
+            self.check("udevadm settle --timeout=20")
 
     def remove(self):
         """Opens the tray by force and takes the disc away."""
@@ -179,14 +187,32 @@ class Guest:
         self.control("blockdev-close-tray", {"id": "cd0"})
 
     def wait_for_disc(self):
-        """Returns when the kernel has noticed the disc, and udev has where it runs."""
+        """Returns when the kernel has noticed the disc."""
         ready = "dd if=/dev/sr0 of=/dev/null bs=2048 count=1 iflag=direct"
         if not self.wait_until(ready):
             raise GuestError("the kernel does not see the inserted disc")
-        if self.run("pidof systemd-udevd").status == 0:
-            self.check("udevadm settle --timeout=20")
+
+    def plug_in_second_drive(self, image):
+        """A SCSI drive with a disc in it: /dev/sr1."""
+        self.control("blockdev-add", {
+            "node-name": "second", "driver": "raw", "read-only": True,
+            "file": {"driver": "file", "filename": str(image), "read-only": True}})
+        self.control("device_add", {"driver": "scsi-cd", "id": "cd1", "bus": "vs.0", "lun": 0,
+                                    "scsi-id": 1, "drive": "second"})
+
+    def unplug_second_drive(self):
+        self.control("device_del", {"id": "cd1"})
+        # QEMU lets go of it when the guest has.
+        for _ in range(100):
+            try:
+                self.control("blockdev-del", {"node-name": "second"})
+                return
+            except GuestError:
+                self.run("usleep 100000")
+        raise GuestError("the guest does not let go of the second drive")
 
     def set_pace(self, bytes_per_second):
+        """Of the disc that was inserted with one; 0 is the drive's full speed."""
         self.control("qom-set", {
             "path": f"/objects/pace{self._discs}", "property": "limits",
             "value": {"bps-read": bytes_per_second, "bps-read-max": bytes_per_second}})
@@ -227,7 +253,7 @@ class Job:
         self._folder = folder
         self.ended = f"test -e {folder}/status"  # a condition for the guest's shell
         guest.check(f"mkdir {folder}; cat >{folder}/script <<'END_OF_SCRIPT'\n{script}\n"
-                    f"END_OF_SCRIPT\n( sh {folder}/script >{folder}/out 2>{folder}/err </dev/null;"
+                    f"END_OF_SCRIPT\n( {EVERY_SIGNAL} sh {folder}/script >{folder}/out 2>{folder}/err </dev/null;"
                     f" echo $? >{folder}/ended; mv {folder}/ended {folder}/status ) "
                     ">/dev/null 2>&1 &")
 

@@ -14,8 +14,8 @@ DRIVERS = ["virtio_pci", "virtio_blk", "virtio_console", "virtio_scsi", "sr_mod"
 INSTALLED_IN = "opt/spindrift"
 
 # From the machine that runs the tests; what ldd names for them comes along.
-MACHINE_PROGRAMS = ["/usr/bin/setpriv", "/usr/bin/timeout", "/usr/bin/pkill", "/usr/bin/dbus-daemon",
-                    "/usr/bin/getfacl", "/usr/sbin/usermod", "/usr/bin/gpasswd"]
+MACHINE_PROGRAMS = ["/usr/bin/setpriv", "/usr/bin/timeout", "/usr/bin/env", "/usr/bin/pkill",
+                    "/usr/bin/dbus-daemon", "/usr/sbin/usermod", "/usr/bin/gpasswd"]
 # Opened by the programs while they run, so that ldd does not know them.
 MACHINE_LIBRARIES = ["libudev.so.1", "libblkid.so.1", "libsystemd.so.0", "libcrypto.so.3"]
 MACHINE_DATA = ["/usr/lib/locale/C.utf8", "/usr/share/dbus-1/system.conf", "/etc/login.defs"]
