@@ -97,6 +97,8 @@ class Bench:
                        " for s in /sys/class/block/sr0/events_poll_msecs; do echo -1 >$s; done")
         self.guest.remove()
         self.guest.close_tray()
+        self.guest.run(": </dev/sr0")  # opening it makes the kernel, and so udev, take notice
+        self.guest.settle()
 
     def has_udev(self):
         return self.guest.run("pidof systemd-udevd").status == 0

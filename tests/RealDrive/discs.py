@@ -92,7 +92,8 @@ class Discs:
 def _contents(length, seed):
     """A file's bytes: some that no other disc has, far apart, and nothing between them."""
     noise = random.Random(seed)
-    pieces = {offset: noise.randbytes(256 << 10) for offset in range(0, length, max(length // 8, 1))}
+    offsets = range(0, length, max(length // 8, 1))
+    pieces = {offset: noise.randbytes(256 << 10) for offset in offsets}
 
     def write(file, start=0):
         for offset, piece in pieces.items():

@@ -64,8 +64,8 @@ class Guest:
         drive = {"scsi": ["-device", "virtio-scsi-pci,id=vs", "-device", "scsi-cd,id=cd0,bus=vs.0"],
                  "ide": ["-device", "ide-cd,id=cd0,bus=ide.1,unit=0"]}[self.bus]
         self._qemu = subprocess.Popen(
-            ["setpriv", "--pdeathsig", "KILL", "qemu-system-x86_64", "-accel", "tcg", "-nodefaults", "-no-user-config", "-display",
-             "none", "-M", "pc", "-cpu", "qemu64,+rdrand", "-m", "1024", "-no-reboot",
+            ["setpriv", "--pdeathsig", "KILL", "qemu-system-x86_64", "-accel", "tcg",
+             "-nodefaults", "-no-user-config", "-display", "none", "-M", "pc", "-cpu", "qemu64,+rdrand", "-m", "1024", "-no-reboot",
              "-kernel", guest_files.kernel(), "-initrd", self._folder / "initrd",
              "-append", "console=ttyS0 quiet panic=-1 random.trust_cpu=on tsc=reliable "
                         "mitigations=off nokaslr",
@@ -130,7 +130,8 @@ class Guest:
     def wait_until(self, script, timeout=20):
         """Waits until the script succeeds in the guest; false when it never did."""
         loop = f"until {{ {script}; }} >/dev/null 2>&1; do usleep 20000; done"
-        return self.run(f"/usr/bin/timeout {timeout} sh -c {shlex.quote(loop)}", timeout + 5).status == 0
+        limited = f"/usr/bin/timeout {timeout} sh -c {shlex.quote(loop)}"
+        return self.run(limited, timeout + 5).status == 0
 
     def reading(self, path):
         """A process whose standard output is a file of the guest's disk, read around the guest."""
@@ -183,7 +184,7 @@ class Guest:
         self._inserted.clear()
 
     def close_tray(self):
-        """The emulated drive, unlike a real one, keeps a removal to itself while its tray is open."""
+        """The emulated drive, unlike a real one, announces a removal only with its tray closed."""
         self.control("blockdev-close-tray", {"id": "cd0"})
 
     def wait_for_disc(self):
@@ -253,8 +254,8 @@ class Job:
         self._folder = folder
         self.ended = f"test -e {folder}/status"  # a condition for the guest's shell
         guest.check(f"mkdir {folder}; cat >{folder}/script <<'END_OF_SCRIPT'\n{script}\n"
-                    f"END_OF_SCRIPT\n( {EVERY_SIGNAL} sh {folder}/script >{folder}/out 2>{folder}/err </dev/null;"
-                    f" echo $? >{folder}/ended; mv {folder}/ended {folder}/status ) "
+                    f"END_OF_SCRIPT\n( {EVERY_SIGNAL} sh {folder}/script </dev/null >{folder}/out"
+                    f" 2>{folder}/err; echo $? >{folder}/ended; mv {folder}/ended {folder}/status ) "
                     ">/dev/null 2>&1 &")
 
     def running(self):
@@ -285,6 +286,7 @@ class Commands:
     """The commands that a SCSI drive got since this object was made, from QEMU's own log."""
 
     READ = 0x28
+    _PARSED = r"scsi_req_parsed .* tag (\d+) command (\d+) .*length (\d+)"
 
     def __init__(self, log):
         self._log = log
@@ -296,7 +298,7 @@ class Commands:
             text = file.read()
         commands, of_tag = [], {}
         for line in text.splitlines():
-            if found := re.match(r"scsi_req_parsed .* tag (\d+) command (\d+) .*length (\d+)", line):
+            if found := re.match(self._PARSED, line):
                 of_tag[found[1]] = Command(int(found[2]), 0, int(found[3]))
                 commands.append(of_tag[found[1]])
             elif found := re.match(r"scsi_req_parsed_lba .* tag (\d+) .*lba (\d+)", line):

@@ -42,7 +42,8 @@ def fetched_root():
 
 def what_is_missing():
     """The reason why no guest can run on this machine; absent when one can."""
-    for program in ["qemu-system-x86_64", "mke2fs", "debugfs", "xorriso", "mkudffs", "ldd", "setpriv"]:
+    for program in ["qemu-system-x86_64", "mke2fs", "debugfs", "xorriso", "mkudffs", "ldd",
+                    "setpriv"]:
         if not which(program):
             return f"{program} is not installed (scripts/bootstrap installs it)"
     if not BUSYBOX.exists():
