@@ -46,7 +46,7 @@ TEST(PinstripeBackgroundTest, EveryFourthRowIsALightStripeOnTheBase) {
     const QImage image = painted(QSize(40, 30), 1);
     for (int y = 0; y < 30; ++y) {
         for (const int x : {0, 17, 39}) {
-            EXPECT_TRUE(isColour(image.pixel(x, y), y % 4 == 0 ? stripe : Colour::of(base)))
+            EXPECT_TRUE(isColour(image.pixel(x, y), y % 4 == 0 ? stripe : Colour::of(base), 0))
                 << x << " " << y;
         }
     }
@@ -62,7 +62,7 @@ TEST(PinstripeBackgroundTest, StripesAreEvenAtEveryPixelRatio) {
         const QImage image = painted(QSize(40, 40), c.ratio);
         for (int y = 0; y < image.height(); ++y) {
             const bool light = y % c.period < c.line;
-            EXPECT_TRUE(isColour(image.pixel(5, y), light ? stripe : Colour::of(base)))
+            EXPECT_TRUE(isColour(image.pixel(5, y), light ? stripe : Colour::of(base), 0))
                 << c.ratio << " row " << y;
         }
     }
