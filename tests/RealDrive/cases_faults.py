@@ -120,6 +120,16 @@ def _taken_out(bench):
     _expect_failure(bench, Rip(job.wait(60)))
 
 
+@case("The drive's button, pressed during a rip, makes the rip fail when the tray opens for it",
+      "udev")
+def _button(bench):
+    job = _rip_under_way(bench)
+    bench.guest.press_button()
+    rip = Rip(job.wait(60))
+    expect_equal(bench.guest.tray()[0], "open", "the tray")
+    _expect_failure(bench, rip)
+
+
 @case("A disc that is changed during the second reading is not called verified", "udev")
 def _swapped_while_verifying(bench):
     bench.guest.insert(bench.discs.named("cd", "plain").path, bytes_per_second=PACE)

@@ -1,6 +1,17 @@
 """Discs of all kinds: what status says of them, and that a rip holds their bytes."""
 
+import re
+
 from cases import case, expect, expect_equal
+from guest import TOOL_ROOT
+
+# What udev calls the medium, and the type that is shown.
+RECORDED_TYPES = {
+    "CD": "CD-ROM", "CD_R": "CD-R", "CD_RW": "CD-RW", "DVD": "DVD-ROM", "DVD_R": "DVD-R",
+    "DVD_RAM": "DVD-RAM", "DVD_RW": "DVD-RW", "DVD_R_DL": "DVD-R DL", "DVD_RW_DL": "DVD-RW DL",
+    "DVD_PLUS_R": "DVD+R", "DVD_PLUS_RW": "DVD+RW", "DVD_PLUS_R_DL": "DVD+R DL",
+    "DVD_PLUS_RW_DL": "DVD+RW DL", "BD": "BD-ROM", "BD_R": "BD-R", "BD_RE": "BD-RE",
+    "HDDVD": "HD DVD-ROM", "HDDVD_R": "HD DVD-R", "HDDVD_RW": "HD DVD-RW"}
 
 
 def _expect_status(bench, disc):
@@ -58,3 +69,25 @@ def _a_dvd(bench):
     disc = bench.discs.named("dvd", "joliet" if bench.has_udev() else "udf")
     bench.guest.insert(disc.path)
     _expect_thorough_rip(bench, disc)
+
+
+@case("Every type of disc that udev records is shown, also of a blank one", "udev")
+def _recorded_types(bench):
+    bench.guest.insert(bench.discs.named("cd", "plain").path)
+    rules = "/run/udev/rules.d/99-type.rules"
+    script = "mkdir -p /run/udev/rules.d\n"
+    for flag in RECORDED_TYPES:
+        record = f'ENV{{ID_CDROM_MEDIA_CD}}="", ENV{{ID_CDROM_MEDIA_{flag}}}="1"'
+        if flag.endswith("_R"):
+            record += ', ENV{ID_CDROM_MEDIA_STATE}="blank", ENV{ID_FS_LABEL_ENC}=""'
+        script += (f"echo 'KERNEL==\"sr0\", {record}' >{rules}; udevadm control --reload;"
+                   f" udevadm trigger --action=change --settle /dev/sr0;"
+                   f" {TOOL_ROOT}/usr/bin/drutil status | grep Type:\n")
+    try:
+        lines = bench.guest.check(script, timeout=120).splitlines()
+    finally:
+        bench.guest.check(f"rm -f {rules}; udevadm control --reload;"
+                          " udevadm trigger --action=change --settle /dev/sr0")
+    shown = [re.match(r" *Type: (.*?) +Name: /dev/sr0$", line) for line in lines]
+    expect_equal([found and found[1] for found in shown], list(RECORDED_TYPES.values()),
+                 "the types shown")

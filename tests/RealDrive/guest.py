@@ -187,6 +187,14 @@ class Guest:
         """The emulated drive, unlike a real one, announces a removal only with its tray closed."""
         self.control("blockdev-close-tray", {"id": "cd0"})
 
+    def press_button(self):
+        """The button on the drive: a locked one only tells the guest that it was pressed."""
+        try:
+            self.control("blockdev-open-tray", {"id": "cd0"})
+        except GuestError as refused:
+            if "is locked" not in str(refused):
+                raise
+
     def wait_for_disc(self):
         """Returns when the kernel has noticed the disc."""
         ready = "dd if=/dev/sr0 of=/dev/null bs=2048 count=1 iflag=direct"
