@@ -4,7 +4,8 @@ from cases import Rip, case, expect, expect_equal
 from guest import CLI, Fault
 
 BAD_SECTOR = 3333
-PACE = 4 << 20  # bytes per second: slow enough to change the disc in mid-rip
+PACE = 4 << 20  # bytes per second
+HELD = 1 << 20  # bytes per second: slow enough to change the disc in mid-rip
 SLOW = 200 << 10  # bytes per second: a read of the usual size takes five seconds
 
 
@@ -100,7 +101,8 @@ def _error_before_the_run_out(bench):
 def _rip_under_way(bench):
     bench.guest.insert(bench.discs.named("cd", "plain").path, bytes_per_second=PACE)
     job = bench.guest.start(bench.rip_script("/root/out.iso"))
-    bench.wait_for_image(job, 4 << 20)
+    bench.wait_for_image(job, 3 << 20)
+    bench.guest.set_pace(HELD)
     expect(job.running(), "the rip is over before the disc is touched")
     return job
 
@@ -135,6 +137,7 @@ def _swapped_while_verifying(bench):
     bench.guest.insert(bench.discs.named("cd", "plain").path, bytes_per_second=PACE)
     job = bench.guest.start(bench.rip_script("/root/out.iso", "--thorough"))
     bench.guest.wait_until(f"test -e /root/out.iso || {job.ended}", 30)
+    bench.guest.set_pace(HELD)
     bench.guest.insert(bench.discs.other_cd().path, noticed=False)
     rip = Rip(job.wait(60))
     expect(rip.status in (1, 2), f"the rip's status ({rip.text[-600:]})")
