@@ -103,12 +103,11 @@ void StagedCopy::discard() {
 }
 
 int StagedCopy::commit() {
-    if (m_error != 0) {
-        return m_error;
-    }
-    const int error = moveFile(m_staging, m_destination);
+    const int error = m_error != 0 ? m_error : moveFile(m_staging, m_destination);
     if (error == 0) {
         unlink(QFile::encodeName(m_source).constData());
+    } else {
+        discard();
     }
     return error;
 }

@@ -24,7 +24,8 @@ public:
     // Makes a copy that runs end soon; what it has written is gone at once. Main thread.
     void discard();
 
-    // After the callback; main thread. 0, or the error number of what failed.
+    // After the callback; main thread. 0, or the error number of what failed; the copy is gone
+    // then.
     int commit();
 
 private:
