@@ -66,6 +66,9 @@ public:
     // What the timer does every second of a rip, at this moment; public so that tests need not
     // wait for it.
     void sample(Clock::time_point now = Clock::now());
+    // How many processes the current verification has started so far, for tests: one that has just
+    // come to life may not be within a cancellation's reach yet.
+    size_t trackedVerifyProcesses() const;
     // The speed to show after a sample, in bytes per second.
     static double smoothedSpeed(double current, double instant);
 

@@ -43,6 +43,10 @@ void ISORipper::verificationEnded(const VerifyStatus& verdict) {
     }
 }
 
+size_t ISORipper::trackedVerifyProcesses() const {
+    return m_verification ? m_verification->copy().size() : 0;
+}
+
 void ISORipper::cancelVerification() {
     m_verifyCancelled = true;
     if (!m_verification) {

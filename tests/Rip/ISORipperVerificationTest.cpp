@@ -21,10 +21,12 @@ protected:
 
     QString verdict() const { return asText(ripper->verifyStatus()); }
 
-    // Starts a thorough rip and waits until a script has written its process identifier there.
-    void startUntil(const char* pidFile) {
+    // Starts a thorough rip and waits until its nth tool of the second pass has written its process
+    // identifier and can be reached by a cancellation.
+    void startUntil(const char* pidFile, size_t tool = 1) {
         start(true);
-        ASSERT_TRUE(waitUntil([&] { return pidIn(pidFile) > 0; }));
+        ASSERT_TRUE(waitUntil(
+            [&] { return pidIn(pidFile) > 0 && ripper->trackedVerifyProcesses() == tool; }));
     }
 };
 
@@ -167,7 +169,7 @@ TEST_F(ISORipperVerificationTest, CancellingTheSecondReadLeavesNoVerdict) {
 TEST_F(ISORipperVerificationTest, CancellingTheFirstDigestLeavesNoVerdict) {
     stub(hdiutil, sameImage);
     stub(shasum, "echo $$ > \"$world/pid\"; exec sleep 1000");
-    startUntil("pid");
+    startUntil("pid", 2);
     ripper->cancelVerification();
     ASSERT_TRUE(waitForEnd());
     EXPECT_EQ(ripper->verifyStatus(), std::nullopt);
@@ -178,7 +180,7 @@ TEST_F(ISORipperVerificationTest, CancellingTheSecondDigestLeavesNoVerdict) {
     stub(hdiutil, sameImage);
     stub(shasum,
          "case \"$3\" in *.cdr) echo $$ > \"$world/pid\"; exec sleep 1000;; *) echo abc;; esac");
-    startUntil("pid");
+    startUntil("pid", 3);
     ripper->cancelVerification();
     ASSERT_TRUE(waitForEnd());
     EXPECT_EQ(ripper->verifyStatus(), std::nullopt);

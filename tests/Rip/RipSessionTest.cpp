@@ -253,7 +253,7 @@ TEST_F(RipSessionTest, ACancelledVerificationIsNotToldAndKeepsTheImage) {
          "printf image > \"$out\"; [ $pass = rip ] || { : > \"$world/second\"; exec sleep 1000; }");
     session->startRip();
     ASSERT_TRUE(waitForFile("second"));
-    ASSERT_TRUE(ripper->isVerifying());
+    ASSERT_TRUE(waitUntil([&] { return ripper->trackedVerifyProcesses() == 1; }));
     session->cancel();
     ASSERT_TRUE(waitForEnd());
     EXPECT_EQ(told(), QStringList());
