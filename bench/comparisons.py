@@ -56,6 +56,10 @@ class Setting:
             os.symlink(image, link)
         return {"SPINDRIFT_PRACTICE_DRIVE": folder}
 
+    def restore_disc(self, image):
+        """Puts the disc of the window's practice drive back into the tray after an eject."""
+        self.practice_drive("window-" + os.path.basename(image), image)
+
 
 def remove(path):
     if os.path.exists(path):
