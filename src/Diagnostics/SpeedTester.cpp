@@ -4,6 +4,7 @@
 #include <QFileInfo>
 
 #include "ChildProcess.h"
+#include "FileRemoval.h"
 #include "MainThreadLink.h"
 #include "ProcessTree.h"
 #include "ProgressLines.h"
@@ -20,7 +21,7 @@ constexpr std::chrono::seconds sampleInterval{1};
 class ThrowAwayFile final {
 public:
     explicit ThrowAwayFile(QString path) : m_path(std::move(path)) {}
-    ~ThrowAwayFile() { QFile::remove(m_path); }
+    ~ThrowAwayFile() { FileRemoval::remove(m_path); }
     ThrowAwayFile(const ThrowAwayFile&) = delete;
     ThrowAwayFile& operator=(const ThrowAwayFile&) = delete;
 
@@ -128,7 +129,7 @@ void SpeedTester::toolEnded(const Subject& subject, int status) {
         publishOutcome(subject, status);
     }
     if (m_tempPath) {
-        QFile::remove(*m_tempPath);
+        FileRemoval::remove(*m_tempPath);
     }
 }
 

@@ -1,12 +1,12 @@
 #include "ISORipper.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <cerrno>
 #include <utility>
 
 #include "ChildProcess.h"
 #include "ErrorText.h"
+#include "FileRemoval.h"
 #include "MainThreadLink.h"
 #include "ProcessTree.h"
 #include "ProgressLines.h"
@@ -232,13 +232,13 @@ void ISORipper::cancel() {
 
 void ISORipper::removeTemporaryImage() {
     if (m_cdrPath) {
-        QFile::remove(*m_cdrPath);
+        FileRemoval::remove(*m_cdrPath);
     }
 }
 
-// Never a folder, whatever it holds: QFile removes only files.
+// Never a folder, whatever it holds: only files are removed.
 void ISORipper::deletePartialOutput() {
     if (m_destination) {
-        QFile::remove(*m_destination);
+        FileRemoval::remove(*m_destination);
     }
 }

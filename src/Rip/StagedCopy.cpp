@@ -8,10 +8,12 @@
 #include <QFileInfo>
 #include <cerrno>
 #include <cstdio>
+#include <utility>
 #include <vector>
 
 #include "BackgroundThread.h"
 #include "Descriptor.h"
+#include "FileRemoval.h"
 #include "UserFolders.h"
 
 namespace {
@@ -61,7 +63,10 @@ int moveFile(const QString& source, const QString& destination) {
     if (lstat(to.constData(), &existing) == 0 && S_ISDIR(existing.st_mode)) {
         return EISDIR;
     }
+    // What stands there may be a large image.
+    Descriptor replaced = FileRemoval::hold(destination);
     if (rename(from.constData(), to.constData()) == 0) {
+        FileRemoval::release(std::move(replaced));
         return 0;
     }
     // Some user-space file systems cannot replace a file in one step.
@@ -99,13 +104,13 @@ std::shared_ptr<StagedCopy> StagedCopy::begin(const QString& source, const QStri
 
 void StagedCopy::discard() {
     m_discarded = true;
-    unlink(QFile::encodeName(m_staging).constData());
+    FileRemoval::remove(m_staging);
 }
 
 int StagedCopy::commit() {
     const int error = m_error != 0 ? m_error : moveFile(m_staging, m_destination);
     if (error == 0) {
-        unlink(QFile::encodeName(m_source).constData());
+        FileRemoval::remove(m_source);
     } else {
         discard();
     }

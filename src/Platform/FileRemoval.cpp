@@ -1,0 +1,55 @@
+#include "FileRemoval.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QFile>
+#include <cerrno>
+#include <csignal>
+#include <memory>
+#include <system_error>
+#include <thread>
+
+namespace {
+
+// Below this the thread costs more than the wait.
+constexpr off_t worthAThread = 64 * 1024 * 1024;
+
+}  // namespace
+
+Descriptor FileRemoval::hold(const QString& path) {
+    // A pipe or a device must not be waited for, and a link's target is not what is removed.
+    Descriptor content(
+        open(QFile::encodeName(path).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    struct stat attributes = {};
+    if (!content.isOpen() || fstat(content.number(), &attributes) != 0 ||
+        !S_ISREG(attributes.st_mode) || attributes.st_size < worthAThread) {
+        return Descriptor();
+    }
+    return content;
+}
+
+void FileRemoval::release(Descriptor content) {
+    if (!content.isOpen()) {
+        return;
+    }
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    try {
+        auto owned = std::make_shared<Descriptor>(std::move(content));
+        std::thread([owned] { owned->close(); }).detach();
+    } catch (const std::system_error&) {
+        // Without a thread the space is freed here and now.
+    }
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+int FileRemoval::remove(const QString& path) {
+    Descriptor content = hold(path);
+    const int error = unlink(QFile::encodeName(path).constData()) == 0 ? 0 : errno;
+    release(std::move(content));
+    return error;
+}

@@ -1,0 +1,85 @@
+#include "FileRemoval.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QFile>
+#include <cerrno>
+
+#include "TestFolder.h"
+#include "Waiting.h"
+
+namespace {
+
+class FileRemovalTest : public testing::Test {
+protected:
+    QString large() {
+        const QString path = folder.write(QStringLiteral("large"), "x");
+        EXPECT_TRUE(QFile::resize(path, 100 * 1024 * 1024));
+        return path;
+    }
+    static int openDescriptors() {
+        return static_cast<int>(
+            QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::System).size());
+    }
+
+    TestFolder folder;
+};
+
+TEST_F(FileRemovalTest, ASmallFileIsGone) {
+    const QString path = folder.write(QStringLiteral("small"), "x");
+    EXPECT_EQ(FileRemoval::remove(path), 0);
+    EXPECT_FALSE(QFile::exists(path));
+}
+
+TEST_F(FileRemovalTest, ALargeFilesNameIsGoneAtOnceAndItsContentSoon) {
+    const QString path = large();
+    const int before = openDescriptors();
+    EXPECT_EQ(FileRemoval::remove(path), 0);
+    EXPECT_FALSE(QFile::exists(path));
+    EXPECT_TRUE(waitUntil([&] { return openDescriptors() <= before; }));
+}
+
+TEST_F(FileRemovalTest, AMissingFileIsAnError) {
+    EXPECT_EQ(FileRemoval::remove(folder.path(QStringLiteral("nothing"))), ENOENT);
+}
+
+TEST_F(FileRemovalTest, AFolderIsNeverRemoved) {
+    const QString path = folder.path(QStringLiteral("folder"));
+    QDir().mkdir(path);
+    EXPECT_NE(FileRemoval::remove(path), 0);
+    EXPECT_TRUE(QFile::exists(path));
+}
+
+TEST_F(FileRemovalTest, ALinkIsRemovedAndItsTargetStays) {
+    const QString target = large();
+    const QString link = folder.path(QStringLiteral("link"));
+    ASSERT_TRUE(QFile::link(target, link));
+    EXPECT_EQ(FileRemoval::remove(link), 0);
+    EXPECT_TRUE(QFile::exists(target));
+    EXPECT_FALSE(QFile::exists(link));
+}
+
+TEST_F(FileRemovalTest, APipeIsRemovedWithoutWaitingForAWriter) {
+    const QString path = folder.path(QStringLiteral("pipe"));
+    ASSERT_EQ(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    EXPECT_EQ(FileRemoval::remove(path), 0);
+    EXPECT_FALSE(QFile::exists(path));
+}
+
+TEST_F(FileRemovalTest, AHeldFileOutlivesItsReplacement) {
+    const QString path = large();
+    Descriptor content = FileRemoval::hold(path);
+    ASSERT_TRUE(content.isOpen());
+    const QString next = folder.write(QStringLiteral("next"), "new");
+    ASSERT_EQ(rename(QFile::encodeName(next).constData(), QFile::encodeName(path).constData()), 0);
+    char byte = 0;
+    EXPECT_EQ(pread(content.number(), &byte, 1, 0), 1);
+    EXPECT_EQ(byte, 'x');
+    FileRemoval::release(std::move(content));
+    EXPECT_EQ(TestFolder::read(path), QByteArray("new"));
+}
+
+}  // namespace
