@@ -49,17 +49,22 @@ QStringList FullDiskAccess::probeFiles() {
     if (const auto folder = practiceFolder()) {
         return files << practiceImage(*folder) << *folder;
     }
+    const QString devices = QStringLiteral("/dev/");
+    if (const QString chosen = qEnvironmentVariable("SPINDRIFT_DRIVE"); !chosen.isEmpty()) {
+        return files << (chosen.startsWith(devices) ? chosen : devices + chosen);
+    }
     const QDir blocks(QStringLiteral("/sys/class/block"));
     for (const QString& name :
-         blocks.entryList({QStringLiteral("sr*")}, QDir::NoFilter, QDir::Name)) {
-        files << QStringLiteral("/dev/") + name;
+         blocks.entryList({QStringLiteral("sr[0-9]*")}, QDir::NoFilter, QDir::Name)) {
+        files << devices + name;
     }
     return files;
 }
 
 int FullDiskAccess::tryToOpen(const QString& path) {
     const auto folder = practiceFolder();
-    if (folder && path.startsWith(*folder) && practiceDriveDenies(*folder)) {
+    if (folder && (path == practiceImage(*folder) || path == *folder) &&
+        practiceDriveDenies(*folder)) {
         return EACCES;
     }
     // Non-blocking: a plain open of a drive would pull its tray in.

@@ -14,8 +14,9 @@ namespace FullDiskAccess {
 bool isGranted();
 
 // The files that isGranted() asks, in order: the two under the home folder, then the devices of the
-// optical drives. With a practice drive the image in its tray, or the folder while the tray is
-// empty, stands in for the devices, because the tools do not look at them then.
+// optical drives, or only the one that $SPINDRIFT_DRIVE names. With a practice drive the image in
+// its tray, or the folder while the tray is empty, stands in for the devices, because the tools do
+// not look at them then.
 QStringList probeFiles();
 
 // 0 when the file could be opened (it is closed at once), otherwise the error number. A practice
