@@ -2,6 +2,7 @@
 
 #include <QStringList>
 #include <QTextBoundaryFinder>
+#include <algorithm>
 #include <cmath>
 
 #include "PropertyList.h"

@@ -9,7 +9,7 @@ using PropertyList::Value;
 Value readInteger(QXmlStreamReader& reader) {
     const QString text = reader.readElementText().trimmed();
     bool isNumber = false;
-    const bool isHexadecimal = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
+    const bool isHexadecimal = text.contains(QLatin1Char('x'), Qt::CaseInsensitive);
     const qint64 number = text.toLongLong(&isNumber, isHexadecimal ? 16 : 10);
     return isNumber ? Value(number) : Value();
 }
@@ -65,10 +65,13 @@ std::optional<QMap<QString, Value>> PropertyList::parseDictionary(const QString&
             return std::nullopt;
         }
         const QString key = reader.readElementText();
-        if (!reader.readNextStartElement()) {
+        if (!reader.readNextStartElement() || reader.name() == QLatin1String("key")) {
             return std::nullopt;
         }
         dictionary[key] = readValue(reader);
+    }
+    if (reader.readNextStartElement()) {
+        return std::nullopt;
     }
     while (!reader.atEnd()) {
         reader.readNext();
