@@ -32,7 +32,8 @@ OpticalDriveMonitor::~OpticalDriveMonitor() = default;
 
 void OpticalDriveMonitor::start() {
     poll();
-    m_timer = std::make_unique<QTimer>();
+    m_timer = std::make_unique<QTimer>(this);
+    m_timer->setTimerType(Qt::PreciseTimer);
     m_timer->setInterval(static_cast<int>(pollInterval * 1000));
     connect(m_timer.get(), &QTimer::timeout, this, &OpticalDriveMonitor::poll);
     m_timer->start();
