@@ -1,7 +1,6 @@
 #include "DiagnosticsView.h"
 
 #include <QCoreApplication>
-#include <QFrame>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -9,6 +8,7 @@
 #include <QVBoxLayout>
 
 #include "DiagnosticsStore.h"
+#include "Divider.h"
 #include "HistoryList.h"
 #include "OpticalDriveMonitor.h"
 #include "SpeedTestPanel.h"
@@ -20,15 +20,6 @@ namespace {
 
 constexpr int sheetWidth = 480;
 constexpr int sheetHeight = 520;
-
-QFrame* makeDivider(QWidget* parent) {
-    auto* line = new QFrame(parent);
-    line->setFrameShape(QFrame::HLine);
-    line->setFrameShadow(QFrame::Plain);
-    line->setFixedHeight(1);
-    line->setForegroundRole(QPalette::Mid);
-    return line;
-}
 
 }  // namespace
 
@@ -54,10 +45,10 @@ DiagnosticsView::DiagnosticsView(const OpticalDriveMonitor& monitor, Diagnostics
                         TextLabel::Wrap::No, this);
     m_noDrive->setObjectName(QStringLiteral("noDrive"));
     column->addWidget(m_noDrive);
-    column->addWidget(makeDivider(this));
+    column->addWidget(new Divider(this));
     m_test = new SpeedTestPanel(m_monitor, *m_tester, this);
     column->addWidget(m_test);
-    column->addWidget(makeDivider(this));
+    column->addWidget(new Divider(this));
     m_history = new HistoryList(m_diagnostics, this);
     column->addWidget(m_history, 1);
 
@@ -66,7 +57,8 @@ DiagnosticsView::DiagnosticsView(const OpticalDriveMonitor& monitor, Diagnostics
     connect(&m_refresh, &QTimer::timeout, this, &DiagnosticsView::refresh);
     connect(&m_monitor, &OpticalDriveMonitor::objectWillChange, this,
             &DiagnosticsView::scheduleRefresh);
-    connect(m_tester.get(), &SpeedTester::objectWillChange, this, &DiagnosticsView::scheduleRefresh);
+    connect(m_tester.get(), &SpeedTester::objectWillChange, this,
+            &DiagnosticsView::scheduleRefresh);
     const auto historyChanged = [this] {
         m_historyChanged = true;
         scheduleRefresh();

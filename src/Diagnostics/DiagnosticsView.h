@@ -3,7 +3,8 @@
 // A window-modal sheet of the main window, on the main thread; open it with open(). Owns its speed
 // tester; borrows the window's monitor and store, which must outlive it. "Done" cancels a running
 // test before it closes, and so does every other way to close the sheet: nobody could see the test.
-// The tester of a cancelled test stays until the tool has ended, so that no temporary image remains.
+// The tester of a cancelled test stays until the tool has ended, so that no temporary image
+// remains.
 #pragma once
 
 #include <QDialog>

@@ -9,6 +9,7 @@
 #include "ByteCount.h"
 #include "DateText.h"
 #include "DiagnosticsStore.h"
+#include "Divider.h"
 #include "TextLabel.h"
 #include "TextStyle.h"
 
@@ -75,12 +76,7 @@ void HistoryList::refresh() {
     int index = 0;
     for (const SpeedTestResult& result : results) {
         column->addWidget(makeRow(result, index++));
-        auto* divider = new QFrame(rows);
-        divider->setFrameShape(QFrame::HLine);
-        divider->setFrameShadow(QFrame::Plain);
-        divider->setFixedHeight(1);
-        divider->setForegroundRole(QPalette::Mid);
-        column->addWidget(divider);
+        column->addWidget(new Divider(rows));
     }
     column->addStretch();
     m_area->setWidget(rows);

@@ -1,6 +1,5 @@
 #include "OnboardingView.h"
 
-#include <QFrame>
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QLabel>
@@ -13,6 +12,7 @@
 
 #include "Appearance.h"
 #include "DiscAccess.h"
+#include "Divider.h"
 #include "FullDiskAccess.h"
 #include "HelpPage.h"
 #include "StatusPill.h"
@@ -46,15 +46,6 @@ private:
     int m_number;
 };
 
-QFrame* makeDivider(QWidget* parent) {
-    auto* line = new QFrame(parent);
-    line->setFrameShape(QFrame::HLine);
-    line->setFrameShadow(QFrame::Plain);
-    line->setFixedHeight(1);
-    line->setForegroundRole(QPalette::Mid);
-    return line;
-}
-
 }  // namespace
 
 OnboardingView::OnboardingView(std::function<void()> onDismiss, QWidget* parent)
@@ -74,9 +65,9 @@ OnboardingView::OnboardingView(OnboardingActions actions, QWidget* parent)
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(makeHeader());
-    column->addWidget(makeDivider(content));
+    column->addWidget(new Divider(content));
     column->addWidget(makeSteps());
-    column->addWidget(makeDivider(content));
+    column->addWidget(new Divider(content));
     column->addWidget(makeFooter());
 
     auto* outer = new QVBoxLayout(this);
