@@ -5,6 +5,7 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "ActionRow.h"
@@ -198,6 +199,10 @@ bool ContentView::event(QEvent* event) {
         std::erase(viewsByFront(), this);
         viewsByFront().push_back(this);
     }
+    // A sheet opens over a window that is there, and does not keep it from appearing.
+    if (event->type() == QEvent::Paint && std::exchange(m_justShown, false)) {
+        QTimer::singleShot(0, this, &ContentView::offerOnboarding);
+    }
     return QWidget::event(event);
 }
 
@@ -206,8 +211,7 @@ void ContentView::showEvent(QShowEvent* event) {
     if (!event->spontaneous()) {
         m_monitor.start();
         refresh();
-        // A sheet opens over a window that is there.
-        QTimer::singleShot(0, this, &ContentView::offerOnboarding);
+        m_justShown = true;
     }
 }
 

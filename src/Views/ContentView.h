@@ -88,6 +88,7 @@ private:
     QPointer<QDialog> m_onboardingSheet;
 
     QTimer m_refreshTimer;
+    bool m_justShown = false;  // until the first paint after that
     bool m_retroShown = false;
     bool m_closeOnceCancelled = false;
 };

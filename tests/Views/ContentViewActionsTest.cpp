@@ -1,90 +1,17 @@
 #include <gtest/gtest.h>
 
-#include <QCloseEvent>
-#include <QDialog>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QFileDialog>
 #include <QLineEdit>
-#include <QMessageBox>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QTest>
 
-#include "CancelConfirmation.h"
+#include "ActionsFixture.h"
 #include "ContentView.h"
 #include "DestinationDialog.h"
 #include "InAppNotifications.h"
-#include "StubTools.h"
-#include "WindowSupport.h"
 
-namespace {
-
-class ContentViewActionsTest : public testing::Test {
-protected:
-    // The sheet of this class, once it is open; null while there is none.
-    template <typename T>
-    static T* sheet(const HostWindow& window) {
-        for (T* dialog : window.findChildren<T*>()) {
-            if (dialog->isVisible()) {
-                return dialog;
-            }
-        }
-        return nullptr;
-    }
-
-    static QDialog* sheetNamed(const HostWindow& window, const char* className) {
-        for (QDialog* dialog : window.findChildren<QDialog*>()) {
-            if (dialog->isVisible() && dialog->inherits(className)) {
-                return dialog;
-            }
-        }
-        return nullptr;
-    }
-
-    void startHeldRip(HostWindow& window) {
-        DriveStubs::disc(folder, {});
-        DriveStubs::heldImaging(folder, "PERCENT:42\n", 1000);
-        window.open();
-        path = window.choose(folder, QStringLiteral("a.iso"));
-        window.click("startButton");
-        ASSERT_TRUE(waitUntil([&] { return window.content->ripper().progress() == 0.42; }));
-        settle();
-    }
-
-    void startHeldVerification(HostWindow& window) {
-        Preferences().setThoroughVerify(true);
-        DriveStubs::disc(folder, {});
-        DriveStubs::imaging(folder,
-                            "printf image > \"$out\"\n"
-                            "[ $verify = yes ] && exec sleep 1000\n"
-                            "exit 0");
-        window.open();
-        path = window.choose(folder, QStringLiteral("a.iso"));
-        window.click("startButton");
-        ASSERT_TRUE(waitUntil([&] { return window.content->ripper().isVerifying(); }));
-        settle();
-    }
-
-    void finishRip(HostWindow& window) {
-        window.open();
-        path = window.choose(folder, QStringLiteral("a.iso"));
-        window.click("startButton");
-        ASSERT_TRUE(waitUntil(
-            [&] { return !window.content->isWorking() && window.content->ripper().finished(); }));
-        settle();
-    }
-
-    bool ejected() const {
-        return StubTools::log(folder).contains(QStringLiteral("diskutil eject /dev/disk4"));
-    }
-
-    // The folder comes first and goes last: the models read it when they are made.
-    TestFolder folder;
-    QString path;
-};
-
-}  // namespace
+using ContentViewActionsTest = ActionsFixture;
 
 TEST_F(ContentViewActionsTest, ChoosingOpensASaveDialogWithTheDefaultName) {
     DriveStubs::disc(folder, {});
@@ -153,131 +80,6 @@ TEST_F(ContentViewActionsTest, TheExtensionIsAddedUnlessItWouldHitAnotherFile) {
     folder.write(QStringLiteral("v1.3.iso"), "precious");
     EXPECT_EQ(DestinationDialog::withExtension(folder.path(QStringLiteral("v1.3"))),
               folder.path(QStringLiteral("v1.3")));
-}
-
-TEST_F(ContentViewActionsTest, KeepGoingChangesNothing) {
-    HostWindow window;
-    startHeldRip(window);
-    window.click("cancelButton");
-    auto* question = sheet<CancelConfirmation>(window);
-    ASSERT_NE(question, nullptr);
-    EXPECT_EQ(question->windowModality(), Qt::WindowModal);
-    EXPECT_EQ(question->text(),
-              QStringLiteral("Cancel the rip? The partial ISO file will be deleted."));
-    EXPECT_EQ(textOf(question, "destructiveButton"), QStringLiteral("Cancel Rip"));
-    EXPECT_EQ(textOf(question, "keepGoingButton"), QStringLiteral("Keep Going"));
-    EXPECT_EQ(question->buttons().size(), 2);
-    named<QPushButton>(question, "keepGoingButton")->click();
-    settle();
-    EXPECT_EQ(sheet<CancelConfirmation>(window), nullptr);
-    EXPECT_TRUE(window.content->ripper().isRunning());
-    EXPECT_EQ(window.content->session().destination(), path);
-    window.content->session().cancel();
-    EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
-}
-
-TEST_F(ContentViewActionsTest, EscapeIsKeepGoing) {
-    HostWindow window;
-    startHeldRip(window);
-    window.click("cancelButton");
-    ASSERT_NE(sheet<CancelConfirmation>(window), nullptr);
-    QTest::keyClick(sheet<CancelConfirmation>(window), Qt::Key_Escape);
-    settle();
-    EXPECT_EQ(sheet<CancelConfirmation>(window), nullptr);
-    EXPECT_TRUE(window.content->ripper().isRunning());
-    window.content->session().cancel();
-    EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
-}
-
-TEST_F(ContentViewActionsTest, CancelRipEndsTheRipAndRemovesItsFiles) {
-    HostWindow window;
-    startHeldRip(window);
-    window.click("cancelButton");
-    named<QPushButton>(sheet<CancelConfirmation>(window), "destructiveButton")->click();
-    EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
-    settle();
-    EXPECT_FALSE(window.content->ripper().finished());
-    EXPECT_FALSE(window.content->ripper().error());
-    EXPECT_EQ(TestFolder::list(folder.temporary()), QStringList());
-    EXPECT_FALSE(QFile::exists(path));
-    EXPECT_EQ(textOf(window.content, "startButton"), QStringLiteral("Start Rip"));
-}
-
-TEST_F(ContentViewActionsTest, CancelVerificationKeepsTheImageAndFallsBackToDone) {
-    HostWindow window;
-    startHeldVerification(window);
-    EXPECT_EQ(window.status(), QStringLiteral("Verifying\u2026"));
-    EXPECT_EQ(named<QProgressBar>(window.content, "ripProgressBar")->maximum(), 0);
-    window.click("cancelButton");
-    auto* question = sheet<CancelConfirmation>(window);
-    ASSERT_NE(question, nullptr);
-    EXPECT_EQ(question->text(),
-              QStringLiteral("Cancel verification? The ISO file is already complete and will be "
-                             "kept \u2014 it just won't be confirmed as verified."));
-    EXPECT_EQ(textOf(question, "destructiveButton"), QStringLiteral("Cancel Verification"));
-    named<QPushButton>(question, "destructiveButton")->click();
-    EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
-    settle();
-    EXPECT_EQ(window.status(), QStringLiteral("Done"));
-    EXPECT_EQ(TestFolder::read(path), QByteArray("image"));
-    EXPECT_EQ(textOf(window.content, "startButton"), QStringLiteral("Rip Again"));
-}
-
-TEST_F(ContentViewActionsTest, TheQuestionFollowsWhatRuns) {
-    Preferences().setThoroughVerify(true);
-    DriveStubs::disc(folder, {});
-    DriveStubs::imaging(folder,
-                        "printf image > \"$out\"\n"
-                        "[ $verify = yes ] && exec sleep 1000\n"
-                        "echo PERCENT:42\n"
-                        "while [ ! -e '" +
-                            folder.path(QStringLiteral("release")).toUtf8() +
-                            "' ]; do sleep 0.02; done");
-    HostWindow window;
-    window.open();
-    path = window.choose(folder, QStringLiteral("a.iso"));
-    window.click("startButton");
-    ASSERT_TRUE(waitUntil([&] { return window.content->ripper().progress() == 0.42; }));
-    window.click("cancelButton");
-    auto* question = sheet<CancelConfirmation>(window);
-    ASSERT_NE(question, nullptr);
-    EXPECT_EQ(textOf(question, "destructiveButton"), QStringLiteral("Cancel Rip"));
-
-    DriveStubs::release(folder);
-    ASSERT_TRUE(waitUntil([&] { return window.content->ripper().isVerifying(); }));
-    settle();
-    EXPECT_EQ(textOf(question, "destructiveButton"), QStringLiteral("Cancel Verification"));
-    named<QPushButton>(question, "destructiveButton")->click();
-    EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
-    EXPECT_EQ(TestFolder::read(path), QByteArray("image")) << "the finished image is kept";
-}
-
-TEST_F(ContentViewActionsTest, TheQuestionGoesWhenThereIsNothingLeftToCancel) {
-    HostWindow window;
-    startHeldRip(window);
-    window.click("cancelButton");
-    ASSERT_NE(sheet<CancelConfirmation>(window), nullptr);
-    DriveStubs::release(folder);
-    EXPECT_TRUE(waitUntil([&] { return sheet<CancelConfirmation>(window) == nullptr; }));
-    EXPECT_TRUE(window.isVisible());
-}
-
-TEST_F(ContentViewActionsTest, AWindowThatRipsAsksBeforeItCloses) {
-    HostWindow window;
-    startHeldRip(window);
-    EXPECT_FALSE(window.content->mayClose());
-    settle();
-    ASSERT_NE(sheet<CancelConfirmation>(window), nullptr);
-    named<QPushButton>(sheet<CancelConfirmation>(window), "keepGoingButton")->click();
-    settle();
-    EXPECT_TRUE(window.isVisible());
-    EXPECT_TRUE(window.content->ripper().isRunning());
-
-    EXPECT_FALSE(window.content->mayClose());
-    named<QPushButton>(sheet<CancelConfirmation>(window), "destructiveButton")->click();
-    EXPECT_TRUE(waitUntil([&] { return !window.isVisible(); })) << "it closes once cancelled";
-    EXPECT_EQ(TestFolder::list(folder.temporary()), QStringList());
-    EXPECT_TRUE(window.content->mayClose());
 }
 
 TEST_F(ContentViewActionsTest, PollingStopsWhenTheWindowGoes) {

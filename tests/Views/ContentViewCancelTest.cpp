@@ -1,0 +1,137 @@
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTest>
+
+#include "ActionsFixture.h"
+#include "CancelConfirmation.h"
+#include "ContentView.h"
+
+using ContentViewCancelTest = ActionsFixture;
+
+TEST_F(ContentViewCancelTest, KeepGoingChangesNothing) {
+    HostWindow window;
+    startHeldRip(window);
+    window.click("cancelButton");
+    auto* question = sheet<CancelConfirmation>(window);
+    ASSERT_NE(question, nullptr);
+    EXPECT_EQ(question->windowModality(), Qt::WindowModal);
+    EXPECT_EQ(question->text(),
+              QStringLiteral("Cancel the rip? The partial ISO file will be deleted."));
+    EXPECT_EQ(textOf(question, "destructiveButton"), QStringLiteral("Cancel Rip"));
+    EXPECT_EQ(textOf(question, "keepGoingButton"), QStringLiteral("Keep Going"));
+    EXPECT_EQ(question->buttons().size(), 2);
+    named<QPushButton>(question, "keepGoingButton")->click();
+    settle();
+    EXPECT_EQ(sheet<CancelConfirmation>(window), nullptr);
+    EXPECT_TRUE(window.content->ripper().isRunning());
+    EXPECT_EQ(window.content->session().destination(), path);
+    window.content->session().cancel();
+    EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
+}
+
+TEST_F(ContentViewCancelTest, EscapeIsKeepGoing) {
+    HostWindow window;
+    startHeldRip(window);
+    window.click("cancelButton");
+    ASSERT_NE(sheet<CancelConfirmation>(window), nullptr);
+    QTest::keyClick(sheet<CancelConfirmation>(window), Qt::Key_Escape);
+    settle();
+    EXPECT_EQ(sheet<CancelConfirmation>(window), nullptr);
+    EXPECT_TRUE(window.content->ripper().isRunning());
+    window.content->session().cancel();
+    EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
+}
+
+TEST_F(ContentViewCancelTest, CancelRipEndsTheRipAndRemovesItsFiles) {
+    HostWindow window;
+    startHeldRip(window);
+    window.click("cancelButton");
+    named<QPushButton>(sheet<CancelConfirmation>(window), "destructiveButton")->click();
+    EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
+    settle();
+    EXPECT_FALSE(window.content->ripper().finished());
+    EXPECT_FALSE(window.content->ripper().error());
+    EXPECT_EQ(TestFolder::list(folder.temporary()), QStringList());
+    EXPECT_FALSE(QFile::exists(path));
+    EXPECT_EQ(textOf(window.content, "startButton"), QStringLiteral("Start Rip"));
+}
+
+TEST_F(ContentViewCancelTest, CancelVerificationKeepsTheImageAndFallsBackToDone) {
+    HostWindow window;
+    startHeldVerification(window);
+    EXPECT_EQ(window.status(), QStringLiteral("Verifying\u2026"));
+    EXPECT_EQ(named<QProgressBar>(window.content, "ripProgressBar")->maximum(), 0);
+    window.click("cancelButton");
+    auto* question = sheet<CancelConfirmation>(window);
+    ASSERT_NE(question, nullptr);
+    EXPECT_EQ(question->text(),
+              QStringLiteral("Cancel verification? The ISO file is already complete and will be "
+                             "kept \u2014 it just won't be confirmed as verified."));
+    EXPECT_EQ(textOf(question, "destructiveButton"), QStringLiteral("Cancel Verification"));
+    named<QPushButton>(question, "destructiveButton")->click();
+    EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
+    settle();
+    EXPECT_EQ(window.status(), QStringLiteral("Done"));
+    EXPECT_EQ(TestFolder::read(path), QByteArray("image"));
+    EXPECT_EQ(textOf(window.content, "startButton"), QStringLiteral("Rip Again"));
+}
+
+TEST_F(ContentViewCancelTest, TheQuestionFollowsWhatRuns) {
+    Preferences().setThoroughVerify(true);
+    DriveStubs::disc(folder, {});
+    DriveStubs::imaging(folder,
+                        "printf image > \"$out\"\n"
+                        "[ $verify = yes ] && exec sleep 1000\n"
+                        "echo PERCENT:42\n"
+                        "while [ ! -e '" +
+                            folder.path(QStringLiteral("release")).toUtf8() +
+                            "' ]; do sleep 0.02; done");
+    HostWindow window;
+    window.open();
+    path = window.choose(folder, QStringLiteral("a.iso"));
+    window.click("startButton");
+    ASSERT_TRUE(waitUntil([&] { return window.content->ripper().progress() == 0.42; }));
+    window.click("cancelButton");
+    auto* question = sheet<CancelConfirmation>(window);
+    ASSERT_NE(question, nullptr);
+    EXPECT_EQ(textOf(question, "destructiveButton"), QStringLiteral("Cancel Rip"));
+
+    DriveStubs::release(folder);
+    ASSERT_TRUE(waitUntil([&] { return window.content->ripper().isVerifying(); }));
+    settle();
+    EXPECT_EQ(textOf(question, "destructiveButton"), QStringLiteral("Cancel Verification"));
+    named<QPushButton>(question, "destructiveButton")->click();
+    EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
+    EXPECT_EQ(TestFolder::read(path), QByteArray("image")) << "the finished image is kept";
+}
+
+TEST_F(ContentViewCancelTest, TheQuestionGoesWhenThereIsNothingLeftToCancel) {
+    HostWindow window;
+    startHeldRip(window);
+    window.click("cancelButton");
+    ASSERT_NE(sheet<CancelConfirmation>(window), nullptr);
+    DriveStubs::release(folder);
+    EXPECT_TRUE(waitUntil([&] { return sheet<CancelConfirmation>(window) == nullptr; }));
+    EXPECT_TRUE(window.isVisible());
+}
+
+TEST_F(ContentViewCancelTest, AWindowThatRipsAsksBeforeItCloses) {
+    HostWindow window;
+    startHeldRip(window);
+    EXPECT_FALSE(window.content->mayClose());
+    settle();
+    ASSERT_NE(sheet<CancelConfirmation>(window), nullptr);
+    named<QPushButton>(sheet<CancelConfirmation>(window), "keepGoingButton")->click();
+    settle();
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_TRUE(window.content->ripper().isRunning());
+
+    EXPECT_FALSE(window.content->mayClose());
+    named<QPushButton>(sheet<CancelConfirmation>(window), "destructiveButton")->click();
+    EXPECT_TRUE(waitUntil([&] { return !window.isVisible(); })) << "it closes once cancelled";
+    EXPECT_EQ(TestFolder::list(folder.temporary()), QStringList());
+    EXPECT_TRUE(window.content->mayClose());
+}
