@@ -1,6 +1,8 @@
 #include "Preferences.h"
 
 #include <QFile>
+#include <QHash>
+#include <QPair>
 #include <QSet>
 #include <QSettings>
 
@@ -23,9 +25,20 @@ QString settingsFile() {
     return folder + QStringLiteral("/Spindrift/Spindrift.conf");
 }
 
+// What could not be written, by file and key: it holds for as long as this process runs, so that a
+// switch does not fall back by itself.
+QHash<QPair<QString, QString>, bool>& unsaved() {
+    static QHash<QPair<QString, QString>, bool> values;
+    return values;
+}
+
 bool read(const QString& key, bool fallback) {
+    const QString file = settingsFile();
+    if (const auto kept = unsaved().constFind({file, key}); kept != unsaved().cend()) {
+        return *kept;
+    }
     const QString text =
-        QSettings(settingsFile(), QSettings::IniFormat).value(key).toString().trimmed().toLower();
+        QSettings(file, QSettings::IniFormat).value(key).toString().trimmed().toLower();
     if (text == QLatin1String("true") || text == QLatin1String("1")) {
         return true;
     }
@@ -35,11 +48,19 @@ bool read(const QString& key, bool fallback) {
     return fallback;
 }
 
+bool save(const QString& file, const QString& key, bool value) {
+    QSettings settings(file, QSettings::IniFormat);
+    settings.setValue(key, value);
+    settings.sync();
+    return settings.status() != QSettings::AccessError;
+}
+
 void write(const QString& key, bool value, bool before, void (Preferences::*changed)()) {
-    {
-        QSettings settings(settingsFile(), QSettings::IniFormat);
-        settings.setValue(key, value);
-        settings.sync();
+    const QString file = settingsFile();
+    if (save(file, key, value)) {
+        unsaved().remove({file, key});
+    } else {
+        unsaved()[{file, key}] = value;
     }
     if (value == before) {
         return;

@@ -1,8 +1,8 @@
 // The four preferences and the appearance key, in the user's settings file.
 //
 // Main thread. All instances of a process share one state: a write through any is seen, and
-// signalled, by all at once, and lies in the file when the setter returns. A getter sees what
-// another process has written.
+// signalled, by all at once, and lies in the file when the setter returns. What cannot be written
+// holds until this process ends. A getter sees what another process has written.
 #pragma once
 
 #include <QObject>

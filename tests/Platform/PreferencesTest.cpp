@@ -1,0 +1,310 @@
+#include "Preferences.h"
+
+#include <gmock/gmock.h>
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <memory>
+
+#include "TestFolder.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class PreferencesTest : public testing::Test {
+protected:
+    QString file() const { return folder.path(QStringLiteral("config/Spindrift/Spindrift.conf")); }
+
+    // The lines of the file, without empty ones.
+    QStringList lines() const {
+        return QString::fromUtf8(TestFolder::read(file()).value_or(QByteArray()))
+            .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    }
+
+    void write(const QByteArray& settings) const {
+        folder.write(QStringLiteral("config/Spindrift/Spindrift.conf"), "[General]\n" + settings);
+    }
+
+    // A configuration folder of its own with such a file.
+    void writeElsewhere(const QByteArray& settings) {
+        const QString name = QStringLiteral("config-%1").arg(++m_elsewhere);
+        folder.write(name + QStringLiteral("/Spindrift/Spindrift.conf"), settings);
+        folder.setEnvironment("XDG_CONFIG_HOME", folder.path(name).toUtf8());
+    }
+
+    // Makes the preferences' folder impossible, for root too.
+    void block() const {
+        QDir(folder.path(QStringLiteral("config/Spindrift"))).removeRecursively();
+        folder.write(QStringLiteral("config/Spindrift"), "in the way");
+    }
+    void unblock() const { QFile::remove(folder.path(QStringLiteral("config/Spindrift"))); }
+
+    static QByteArray inAnotherProcess(const QStringList& arguments) {
+        QProcess process;
+        process.start(QStringLiteral(PREFERENCES_PROBE), arguments);
+        EXPECT_TRUE(process.waitForFinished(60000));
+        EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().constData();
+        return process.readAllStandardOutput().trimmed();
+    }
+
+    void watch(const Preferences& preferences, const QString& name) {
+        const auto note = [this, &preferences, name](const char* key) {
+            changes << name + QLatin1Char(' ') + QLatin1String(key) +
+                           (preferences.property(key).toBool() ? QStringLiteral(" on")
+                                                               : QStringLiteral(" off"));
+        };
+        QObject::connect(&preferences, &Preferences::ejectWhenDoneChanged,
+                         [note] { note("ejectWhenDone"); });
+        QObject::connect(&preferences, &Preferences::thoroughVerifyChanged,
+                         [note] { note("thoroughVerify"); });
+        QObject::connect(&preferences, &Preferences::retroModeChanged,
+                         [note] { note("retroMode"); });
+        QObject::connect(&preferences, &Preferences::hasCompletedOnboardingChanged,
+                         [note] { note("hasCompletedOnboarding"); });
+    }
+
+    TestFolder folder;
+    QStringList changes;
+
+private:
+    int m_elsewhere = 0;
+};
+
+TEST_F(PreferencesTest, AFreshUserHasEjectingOnAndTheRestOff) {
+    const Preferences preferences;
+    EXPECT_TRUE(preferences.ejectWhenDone());
+    EXPECT_FALSE(preferences.thoroughVerify());
+    EXPECT_FALSE(preferences.retroMode());
+    EXPECT_FALSE(preferences.hasCompletedOnboarding());
+    EXPECT_EQ(preferences.appleInterfaceStyle(), std::nullopt);
+}
+
+TEST_F(PreferencesTest, ReadingWritesNothing) {
+    const Preferences preferences;
+    preferences.ejectWhenDone();
+    EXPECT_EQ(preferences.appleInterfaceStyle(), std::nullopt);
+    EXPECT_THAT(TestFolder::list(folder.path(QStringLiteral("config"))), IsEmpty());
+}
+
+TEST_F(PreferencesTest, AWriteLiesInTheFileAtOnce) {
+    Preferences preferences;
+    preferences.setEjectWhenDone(false);
+    EXPECT_THAT(lines(), ElementsAre(u"[General]", u"ejectWhenDone=false"));
+    preferences.setThoroughVerify(true);
+    preferences.setRetroMode(true);
+    preferences.setHasCompletedOnboarding(true);
+    EXPECT_THAT(lines(), testing::UnorderedElementsAre(u"[General]", u"ejectWhenDone=false",
+                                                       u"thoroughVerify=true", u"retroMode=true",
+                                                       u"hasCompletedOnboarding=true"));
+    EXPECT_THAT(TestFolder::list(folder.path(QStringLiteral("config/Spindrift"))),
+                ElementsAre(u"Spindrift.conf"));
+}
+
+TEST_F(PreferencesTest, AWriteOfTheDefaultLiesInTheFileToo) {
+    Preferences preferences;
+    preferences.setEjectWhenDone(true);
+    EXPECT_THAT(lines(), ElementsAre(u"[General]", u"ejectWhenDone=true"));
+}
+
+TEST_F(PreferencesTest, EveryPreferenceIsWrittenAndReadUnderItsOwnKey) {
+    for (const char* key :
+         {"ejectWhenDone", "thoroughVerify", "retroMode", "hasCompletedOnboarding"}) {
+        for (const bool value : {false, true, false}) {
+            Preferences().setProperty(key, value);
+            EXPECT_EQ(Preferences().property(key).toBool(), value) << key;
+            EXPECT_TRUE(lines().contains(QLatin1String(key) + QLatin1Char('=') +
+                                         (value ? QLatin1String("true") : QLatin1String("false"))));
+        }
+    }
+}
+
+TEST_F(PreferencesTest, AWriteIsSeenAndSignalledByAllInstancesAtOnce) {
+    Preferences one;
+    Preferences two;
+    watch(one, QStringLiteral("one"));
+    watch(two, QStringLiteral("two"));
+    one.setRetroMode(true);
+    EXPECT_THAT(changes, testing::UnorderedElementsAre(u"one retroMode on", u"two retroMode on"));
+    changes.clear();
+    two.setEjectWhenDone(false);
+    EXPECT_THAT(changes,
+                testing::UnorderedElementsAre(u"one ejectWhenDone off", u"two ejectWhenDone off"));
+}
+
+TEST_F(PreferencesTest, EachPreferenceHasItsOwnSignal) {
+    Preferences preferences;
+    watch(preferences, QStringLiteral("p"));
+    preferences.setEjectWhenDone(false);
+    preferences.setThoroughVerify(true);
+    preferences.setRetroMode(true);
+    preferences.setHasCompletedOnboarding(true);
+    EXPECT_THAT(changes, ElementsAre(u"p ejectWhenDone off", u"p thoroughVerify on",
+                                     u"p retroMode on", u"p hasCompletedOnboarding on"));
+}
+
+TEST_F(PreferencesTest, AWriteOfTheSameValueIsNoChange) {
+    Preferences preferences;
+    watch(preferences, QStringLiteral("p"));
+    preferences.setEjectWhenDone(true);
+    preferences.setRetroMode(false);
+    EXPECT_THAT(changes, IsEmpty());
+    preferences.setRetroMode(true);
+    preferences.setRetroMode(true);
+    EXPECT_THAT(changes, ElementsAre(u"p retroMode on"));
+}
+
+TEST_F(PreferencesTest, AnInstanceThatAHandlerDeletedIsLeftAlone) {
+    auto one = std::make_unique<Preferences>();
+    auto two = std::make_unique<Preferences>();
+    int handled = 0;
+    // Whichever is told first takes the other with it.
+    QObject::connect(one.get(), &Preferences::retroModeChanged, [&] {
+        ++handled;
+        two.reset();
+    });
+    QObject::connect(two.get(), &Preferences::retroModeChanged, [&] {
+        ++handled;
+        one.reset();
+    });
+    Preferences().setRetroMode(true);
+    EXPECT_EQ(handled, 1);
+}
+
+TEST_F(PreferencesTest, AnotherProcessSeesAWrite) {
+    Preferences preferences;
+    preferences.setEjectWhenDone(false);
+    EXPECT_EQ(inAnotherProcess({QStringLiteral("ejectWhenDone")}), "false");
+    preferences.setEjectWhenDone(true);
+    EXPECT_EQ(inAnotherProcess({QStringLiteral("ejectWhenDone")}), "true");
+}
+
+TEST_F(PreferencesTest, AWriteOfAnotherProcessIsSeen) {
+    const Preferences preferences;
+    EXPECT_FALSE(preferences.thoroughVerify());
+    inAnotherProcess({QStringLiteral("thoroughVerify"), QStringLiteral("true")});
+    EXPECT_TRUE(preferences.thoroughVerify());
+    inAnotherProcess({QStringLiteral("thoroughVerify"), QStringLiteral("false")});
+    EXPECT_FALSE(preferences.thoroughVerify());
+}
+
+TEST_F(PreferencesTest, ProcessesLeaveEachOthersKeysAlone) {
+    Preferences preferences;
+    preferences.setRetroMode(true);
+    inAnotherProcess({QStringLiteral("thoroughVerify"), QStringLiteral("true")});
+    preferences.setEjectWhenDone(false);
+    EXPECT_TRUE(preferences.retroMode());
+    EXPECT_TRUE(preferences.thoroughVerify());
+    EXPECT_FALSE(preferences.ejectWhenDone());
+}
+
+TEST_F(PreferencesTest, WhatElseLiesInTheFileStays) {
+    write("AppleInterfaceStyle=Dark\nunknown=7\n");
+    Preferences().setRetroMode(true);
+    EXPECT_TRUE(lines().contains(QStringLiteral("AppleInterfaceStyle=Dark")));
+    EXPECT_TRUE(lines().contains(QStringLiteral("unknown=7")));
+    EXPECT_EQ(Preferences().appleInterfaceStyle(), QStringLiteral("Dark"));
+}
+
+TEST_F(PreferencesTest, ValuesWrittenByHandAreReadInTheUsualSpellings) {
+    for (const char* spelling : {"true", "TRUE", "True", "1", "\" true \""}) {
+        writeElsewhere("[General]\nretroMode=" + QByteArray(spelling) + "\n");
+        EXPECT_TRUE(Preferences().retroMode()) << spelling;
+    }
+    for (const char* spelling : {"false", "FALSE", "False", "0"}) {
+        writeElsewhere("[General]\nejectWhenDone=" + QByteArray(spelling) + "\n");
+        EXPECT_FALSE(Preferences().ejectWhenDone()) << spelling;
+    }
+}
+
+TEST_F(PreferencesTest, AValueThatIsNoneFallsToTheDefault) {
+    for (const char* garbage : {"", "yes", "2", "-1", "truefalse", "true, false", "@Invalid()",
+                                "@ByteArray(x)", "\"", "\xff\xfe"}) {
+        writeElsewhere("[General]\nejectWhenDone=" + QByteArray(garbage) +
+                       "\nretroMode=" + garbage + "\n");
+        EXPECT_TRUE(Preferences().ejectWhenDone()) << garbage;
+        EXPECT_FALSE(Preferences().retroMode()) << garbage;
+    }
+}
+
+TEST_F(PreferencesTest, AFileThatIsNoSettingsFileLeavesTheDefaultsAndCanBeWritten) {
+    for (const QByteArray& garbage :
+         QList<QByteArray>{"garbage\n", QByteArray(3000, '\0'), "[[[\n=\n", "\xff\xd8\xff"}) {
+        writeElsewhere(garbage);
+        Preferences preferences;
+        EXPECT_TRUE(preferences.ejectWhenDone());
+        preferences.setEjectWhenDone(false);
+        EXPECT_FALSE(preferences.ejectWhenDone());
+        EXPECT_EQ(inAnotherProcess({QStringLiteral("ejectWhenDone")}), "false");
+    }
+}
+
+TEST_F(PreferencesTest, WhatCannotBeWrittenHoldsForThisProcess) {
+    block();
+    Preferences preferences;
+    Preferences other;
+    watch(other, QStringLiteral("other"));
+    preferences.setRetroMode(true);
+    EXPECT_TRUE(preferences.retroMode());
+    EXPECT_TRUE(other.retroMode());
+    EXPECT_THAT(changes, ElementsAre(u"other retroMode on"));
+    EXPECT_TRUE(Preferences().retroMode());
+    preferences.setRetroMode(false);
+    EXPECT_FALSE(other.retroMode());
+    EXPECT_THAT(changes, ElementsAre(u"other retroMode on", u"other retroMode off"));
+    EXPECT_TRUE(preferences.ejectWhenDone());
+}
+
+TEST_F(PreferencesTest, AFileThatCanBeWrittenAgainIsBelievedAgain) {
+    block();
+    Preferences preferences;
+    preferences.setRetroMode(true);
+    unblock();
+    preferences.setRetroMode(false);
+    EXPECT_THAT(lines(), testing::Contains(u"retroMode=false"));
+    inAnotherProcess({QStringLiteral("retroMode"), QStringLiteral("true")});
+    EXPECT_TRUE(preferences.retroMode());
+}
+
+TEST_F(PreferencesTest, WhatCouldNotBeWrittenInOneFolderMeansNothingInAnother) {
+    block();
+    Preferences preferences;
+    preferences.setRetroMode(true);
+    folder.setEnvironment("XDG_CONFIG_HOME", folder.path(QStringLiteral("other")).toUtf8());
+    EXPECT_FALSE(preferences.retroMode());
+}
+
+TEST_F(PreferencesTest, TheFolderIsTheOneThatTheEnvironmentNamesNow) {
+    Preferences preferences;
+    preferences.setRetroMode(true);
+    folder.setEnvironment("XDG_CONFIG_HOME", folder.path(QStringLiteral("other")).toUtf8());
+    EXPECT_FALSE(preferences.retroMode());
+    preferences.setThoroughVerify(true);
+    EXPECT_TRUE(QFile::exists(folder.path(QStringLiteral("other/Spindrift/Spindrift.conf"))));
+    folder.setEnvironment("XDG_CONFIG_HOME", folder.path(QStringLiteral("config")).toUtf8());
+    EXPECT_TRUE(preferences.retroMode());
+    EXPECT_FALSE(preferences.thoroughVerify());
+}
+
+TEST_F(PreferencesTest, WithoutAnAbsoluteFolderTheHomeFoldersIsUsed) {
+    for (const auto& value : QList<std::optional<QByteArray>>{std::nullopt, "", "relative/path"}) {
+        folder.setEnvironment("XDG_CONFIG_HOME", value);
+        QFile::remove(folder.path(QStringLiteral("home/.config/Spindrift/Spindrift.conf")));
+        Preferences().setThoroughVerify(true);
+        EXPECT_TRUE(
+            QFile::exists(folder.path(QStringLiteral("home/.config/Spindrift/Spindrift.conf"))));
+    }
+}
+
+TEST_F(PreferencesTest, TheAppearanceKeyIsHandedBackAsItStands) {
+    for (const char* style : {"Dark", "dark", "Light", "Something else"}) {
+        writeElsewhere("[General]\nAppleInterfaceStyle=" + QByteArray(style) + "\n");
+        EXPECT_EQ(Preferences().appleInterfaceStyle(), QLatin1String(style));
+    }
+    writeElsewhere("[General]\nAppleInterfaceStyle=\n");
+    EXPECT_EQ(Preferences().appleInterfaceStyle(), QString());
+}
+
+}  // namespace
