@@ -2,9 +2,12 @@
 
 #include <systemd/sd-bus.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
+#include <iterator>
 #include <memory>
+#include <string>
 #include <system_error>
 #include <thread>
 
@@ -15,7 +18,6 @@ namespace {
 constexpr const char* service = "org.freedesktop.portal.Desktop";
 constexpr const char* object = "/org/freedesktop/portal/desktop";
 constexpr const char* interface = "org.freedesktop.portal.Settings";
-constexpr uint64_t callLimit = 10'000'000;  // microseconds
 
 std::atomic<bool> prefersDark = false;
 std::atomic<bool> prefersStill = false;
@@ -77,25 +79,35 @@ int settingChanged(sd_bus_message* message, void* /*data*/, sd_bus_error* /*erro
     return 0;
 }
 
-void follow() {
+int settingRead(sd_bus_message* reply, void* setting, sd_bus_error* /*error*/) {
+    if (sd_bus_message_is_method_error(reply, nullptr) == 0) {
+        static_cast<const Setting*>(setting)->take(reply);
+    }
+    return 0;
+}
+
+bool ask(sd_bus* bus) {
+    if (sd_bus_match_signal_async(bus, nullptr, nullptr, object, interface, "SettingChanged",
+                                  settingChanged, nullptr, nullptr) < 0) {
+        return false;
+    }
+    // Without waiting for the answers: a portal that owes one may still tell of changes.
+    return std::all_of(std::begin(settings), std::end(settings), [bus](const Setting& setting) {
+        return sd_bus_call_method_async(bus, nullptr, service, object, interface, "Read",
+                                        settingRead, const_cast<Setting*>(&setting), "ss",
+                                        setting.space, setting.key) >= 0;
+    });
+}
+
+void follow(const std::string& address) {
     sd_bus* opened = nullptr;
-    if (sd_bus_open_user(&opened) < 0) {
+    if (sd_bus_new(&opened) < 0) {
         return;
     }
-    const std::unique_ptr<sd_bus, sd_bus* (*)(sd_bus*)> bus(opened, sd_bus_flush_close_unref);
-    sd_bus_match_signal_async(bus.get(), nullptr, nullptr, object, interface, "SettingChanged",
-                              settingChanged, nullptr, nullptr);
-    for (const Setting& setting : settings) {
-        sd_bus_message* request = nullptr;
-        sd_bus_message* reply = nullptr;
-        if (sd_bus_message_new_method_call(bus.get(), &request, service, object, interface,
-                                           "Read") >= 0 &&
-            sd_bus_message_append(request, "ss", setting.space, setting.key) >= 0 &&
-            sd_bus_call(bus.get(), request, callLimit, nullptr, &reply) >= 0) {
-            setting.take(reply);
-        }
-        sd_bus_message_unref(request);
-        sd_bus_message_unref(reply);
+    const std::unique_ptr<sd_bus, sd_bus* (*)(sd_bus*)> bus(opened, sd_bus_close_unref);
+    if (sd_bus_set_address(bus.get(), address.c_str()) < 0 ||
+        sd_bus_set_bus_client(bus.get(), 1) < 0 || sd_bus_start(bus.get()) < 0 || !ask(bus.get())) {
+        return;
     }
     while (true) {
         const int processed = sd_bus_process(bus.get(), nullptr);
@@ -120,11 +132,13 @@ bool SystemAppearance::reducedMotion() {
 
 void SystemAppearance::prepare() {
     static std::atomic<bool> started = false;
-    if (started.exchange(true) || qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS")) {
+    // Read here: the environment belongs to the main thread.
+    const std::string address = qgetenv("DBUS_SESSION_BUS_ADDRESS").toStdString();
+    if (started.exchange(true) || address.empty()) {
         return;
     }
     try {
-        std::thread(follow).detach();
+        std::thread(follow, address).detach();
     } catch (const std::system_error&) {
         // Without a thread the desktop's wish stays unknown.
     }
