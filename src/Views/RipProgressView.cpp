@@ -39,7 +39,7 @@ std::optional<double> RipState::determinateValue() const {
 }
 
 QString RipState::bytesWrittenText() const {
-    const QString written = RipProgressView::tr("%1 written").arg(ByteCount::format(bytesWritten));
+    QString written = RipProgressView::tr("%1 written").arg(ByteCount::format(bytesWritten));
     if (!isRunning || !(speedBytesPerSecond > 0)) {
         return written;
     }
@@ -88,8 +88,6 @@ RipProgressView::RipProgressView(QWidget* parent)
     m_bytesWritten->setObjectName(QStringLiteral("bytesWritten"));
     m_status->setObjectName(QStringLiteral("ripStatus"));
     Accessibility::setRole(m_status->textLabel(), QAccessible::Notification);
-    connect(this, &RipProgressView::statusChanged, this,
-            [this] { Accessibility::announce(m_status->textLabel()); });
     // A long status gives way to the amount, never the other way round.
     m_bytesWritten->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
     m_bytesWritten->setAlignment(Qt::AlignLeft | Qt::AlignTop);
@@ -131,16 +129,20 @@ void RipProgressView::showBar(std::optional<double> value, bool retro) {
 }
 
 void RipProgressView::showStatus(const std::optional<RipStatus>& status) {
-    m_status->setVisible(status.has_value());
+    // A status that appears is read out because it appears; one that changes has to be announced.
+    const bool wasVisible = m_status->isVisible();
     const QString before = m_status->text();
     m_status->setText(status ? status->text : QString());
-    if (!status) {
-        return;
+    if (status) {
+        m_status->setSymbol(status->symbol);
+        m_status->setRole(status->role);
+        m_status->textLabel()->setMaximumLines(status->maximumLines);
     }
-    m_status->setSymbol(status->symbol);
-    m_status->setRole(status->role);
-    m_status->textLabel()->setMaximumLines(status->maximumLines);
-    if (status->text != before) {
+    m_status->setVisible(status.has_value());
+    if (status && status->text != before) {
+        if (wasVisible) {
+            Accessibility::announce(m_status->textLabel());
+        }
         emit statusChanged(status->text);
     }
 }
