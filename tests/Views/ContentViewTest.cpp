@@ -224,7 +224,9 @@ TEST_F(ContentViewTest, ReturnPressesTheStartButton) {
     window.open();
     QApplication::setActiveWindow(&window);
     window.choose(folder, QStringLiteral("a.iso"));
-    QTest::keyClick(&window, Qt::Key_Return);
+    auto* choose = named<QPushButton>(window.content, "chooseButton");
+    choose->setFocus();
+    QTest::keyClick(choose, Qt::Key_Return);
     EXPECT_TRUE(window.content->ripper().isRunning());
     window.content->session().cancel();
     EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
