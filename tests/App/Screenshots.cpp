@@ -260,6 +260,12 @@ void takeSheets(const Album& album) {
     album.take(scene.sheet<OnboardingView>(), QStringLiteral("sheet-guide"));
     scene.sheet<OnboardingView>()->close();
     settle();
+    OnboardingView granted(
+        {.onDismiss = [] {}, .isGranted = [] { return true; }, .openAccess = [](QWidget*) {}},
+        scene.window);
+    granted.open();
+    album.take(&granted, QStringLiteral("sheet-guide-granted"));
+    granted.close();
     scene.window->content().chooseDestination();
     settle();
     album.take(scene.sheet<DestinationDialog>(), QStringLiteral("sheet-destination"));
