@@ -9,6 +9,7 @@
 #include <QTimer>
 #include <memory>
 
+#include "BackgroundThread.h"
 #include "ISORipper.h"
 #include "RecordedChanges.h"
 #include "StubTools.h"
@@ -26,6 +27,11 @@ protected:
         stub(shasum, "exec /usr/bin/sha256sum \"$3\"");
         ripper = std::make_unique<ISORipper>();
         changes = std::make_unique<RecordedChanges>(*ripper);
+    }
+
+    // Nothing that a test has started goes on in the next one's world.
+    ~RipperTest() override {
+        EXPECT_TRUE(BackgroundThread::waitForPassing(std::chrono::minutes(1)));
     }
 
     // A script; in hdiutil's, $out is the file to write and $pass is "rip" or "verify".
