@@ -46,6 +46,8 @@ ToolRun::ToolRun(const std::string& program, const std::vector<std::string>& arg
         for (const auto& [name, value] : environment) {
             setenv(name.c_str(), value.c_str(), 1);
         }
+        // Found before prepare() may become a user who cannot enter the folders above it.
+        const int file = open(program.c_str(), O_PATH | O_CLOEXEC);
         if (prepare) {
             prepare();
         }
@@ -54,7 +56,7 @@ ToolRun::ToolRun(const std::string& program, const std::vector<std::string>& arg
             words.push_back(const_cast<char*>(argument.c_str()));
         }
         words.push_back(nullptr);
-        execv(program.c_str(), words.data());
+        execveat(file, "", words.data(), environ, AT_EMPTY_PATH);
         _exit(127);
     }
     close(out[1]);
