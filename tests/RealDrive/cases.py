@@ -109,15 +109,30 @@ class Bench:
             " udevadm trigger --action=add --type=subsystems;"
             " udevadm trigger --action=add --type=devices; udevadm settle")
 
+    def start_polkit(self, rules):
+        """polkit and the system bus that it needs, with these rules and no others."""
+        self.guest.check("mkdir -p /run/dbus /etc/polkit-1/rules.d; dbus-daemon --system --fork;"
+                         f" echo {shlex.quote(rules)} >/etc/polkit-1/rules.d/10-test.rules;"
+                         " rm -f /run/polkitd.log;"
+                         " (/usr/lib/polkit-1/polkitd >/run/polkitd.log 2>&1 &)")
+        if not self.guest.wait_until("grep Acquired /run/polkitd.log", 20):
+            raise GuestError("polkitd did not start: " + self.guest.run("cat /run/polkitd.log").out)
+
+    def stop_polkit(self):
+        self._stop("polkitd dbus-daemon")
+
     def start_udisks(self):
-        self.guest.check("mkdir -p /run/dbus; dbus-daemon --system --fork;"
+        self.guest.check("mkdir -p /run/dbus; pidof dbus-daemon || dbus-daemon --system --fork;"
                          " (/usr/libexec/udisks2/udisksd >/run/udisksd.log 2>&1 &)")
         if not self.guest.wait_until("udisksctl info -b /dev/sr0", 20):
             raise GuestError("udisksd did not start: " + self.guest.run("cat /run/udisksd.log").out)
 
     def stop_udisks(self):
-        self.guest.check("kill $(pidof udisksd) $(pidof dbus-daemon)")
-        self.guest.wait_until("! pidof udisksd && ! pidof dbus-daemon")
+        self._stop("udisksd dbus-daemon")
+
+    def _stop(self, programs):
+        self.guest.check(f"kill $(pidof {programs})")
+        self.guest.wait_until(f"! pidof {programs}")
         self.guest.check("rm -f /run/dbus/*")
 
     def cli(self, arguments, timeout=60):

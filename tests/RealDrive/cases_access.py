@@ -1,6 +1,7 @@
 """A user who may not read the drive, and the permission that helps."""
 
-from cases import CLI, Rip, case, expect, expect_equal
+from cases import Rip, case, expect, expect_equal
+from guest import CLI, GuestError
 
 DENIED = ("Permission denied reading the disc. Try again, or grant Full Disk Access to this app in "
           "System Settings.")
@@ -27,6 +28,17 @@ def _expect_denied(bench):
     expect(DENIED in told.err, f"standard error: {told}")
     access = bench.guest.run(_as_visitor(f"{CLI} access"))
     expect_equal(access.status, 1, f"the status of access ({access})")
+
+
+def _revoke(bench):
+    """Takes back what the helper gave: a new node, no place in the group."""
+    guest = bench.guest
+    guest.check("sed -i '/^cdrom:/s/:[^:]*$/:/' /etc/group;"
+                " echo 1 >/sys/class/block/sr0/device/delete;"
+                " echo '0 0 0' >/sys/class/scsi_host/host0/scan")
+    if not guest.wait_until("test -b /dev/sr0"):
+        raise GuestError("the drive does not come back")
+    guest.settle()
 
 
 def _prepare(bench):
@@ -72,7 +84,8 @@ def _refuses(bench):
     _expect_denied(bench)
 
 
-@case("After the helper granted access the same user rips the disc and the next one, and ejects", "udev bare")
+@case("After the helper granted access the same user rips the disc and the next one, and ejects",
+      "udev bare")
 def _granted(bench):
     disc = _prepare(bench)
     expect_equal(_rip_as_visitor(bench).status, 1, "the status of a rip without access")
@@ -93,6 +106,53 @@ def _granted(bench):
     expect_equal(access.status, 0, f"the status of access ({access})")
     members = bench.guest.check("grep ^cdrom: /etc/group").strip().split(":")[3]
     expect("visitor" in members.split(","), f"members of the group cdrom: {members!r}")
+
+
+@case("polkit, asked by pkexec, lets the helper run by its own action, and not without it", "udev")
+def _by_polkit(bench):
+    disc = _prepare(bench)
+    _revoke(bench)
+    bench.guest.insert(disc.path)
+    bench.start_polkit("// nobody may do anything")
+    try:
+        refused = bench.guest.run(_as_visitor(f"pkexec {_helper(bench)}"))
+        expect(refused.status in (126, 127), f"pkexec without a rule: {refused}")
+        expect_equal(_rip_as_visitor(bench).status, 1, "the status of a rip without access")
+    finally:
+        bench.stop_polkit()
+    bench.start_polkit(_allow("org.spindrift.grant-disc-access"))
+    try:
+        granted = bench.guest.run(_as_visitor(f"pkexec {_helper(bench)}"))
+    finally:
+        bench.stop_polkit()
+    expect_equal(granted.status, 0, f"pkexec: {granted}")
+    rip = _rip_as_visitor(bench)
+    expect_equal(rip.status, 0, f"the rip's status ({rip.text[-600:]})")
+
+
+@case("A user without access ejects the disc that UDisks2 mounted for him", "udev")
+def _eject_by_udisks(bench):
+    disc = _prepare(bench)
+    _revoke(bench)
+    bench.guest.insert(disc.path)
+    bench.start_polkit(_allow("org.freedesktop.udisks2."))
+    bench.start_udisks()
+    try:
+        mounted = bench.guest.run(_as_visitor("udisksctl mount -b /dev/sr0"))
+        expect_equal(mounted.status, 0, f"udisksctl: {mounted}")
+        ejected = bench.guest.run(_as_visitor(f"{CLI} eject"))
+        expect_equal(ejected.status, 0, f"the eject's status ({ejected})")
+        expect_equal(bench.guest.tray()[0], "open", "the tray")
+    finally:
+        bench.stop_udisks()
+        bench.guest.run("kill $(pidof polkitd)")
+
+
+def _allow(actions):
+    """A rule like the one for whoever sits at the computer."""
+    return ("polkit.addRule(function(action, subject) {"
+            f' if (action.id.indexOf("{actions}") == 0 && subject.user == "visitor")'
+            " return polkit.Result.YES; });")
 
 
 def _helper(bench):

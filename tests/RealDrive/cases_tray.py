@@ -165,7 +165,7 @@ def _unplugged(bench):
     status = bench.status()
     expect_equal(status["driveDetected"], False, "driveDetected")
     expect_equal(status["lastError"], "No optical drive found.", "lastError")
-    bench.guest.check("echo '- - -' >/sys/class/scsi_host/host0/scan")
+    bench.guest.check("echo '0 0 0' >/sys/class/scsi_host/host0/scan")
     expect(bench.guest.wait_until("test -b /dev/sr0"), "the drive does not come back")
     bench.guest.insert(disc.path)
     expect_equal(bench.status()["disc"]["displayName"], "PLAIN_DISC", "the disc")

@@ -65,7 +65,8 @@ class Guest:
                  "ide": ["-device", "ide-cd,id=cd0,bus=ide.1,unit=0"]}[self.bus]
         self._qemu = subprocess.Popen(
             ["setpriv", "--pdeathsig", "KILL", "qemu-system-x86_64", "-accel", "tcg",
-             "-nodefaults", "-no-user-config", "-display", "none", "-M", "pc", "-cpu", "qemu64,+rdrand", "-m", "1024", "-no-reboot",
+             "-nodefaults", "-no-user-config", "-display", "none", "-M", "pc",
+             "-cpu", "qemu64,+rdrand", "-m", "1024", "-no-reboot",
              "-kernel", guest_files.kernel(), "-initrd", self._folder / "initrd",
              "-append", "console=ttyS0 quiet panic=-1 random.trust_cpu=on tsc=reliable "
                         "mitigations=off nokaslr",
@@ -263,8 +264,8 @@ class Job:
         self.ended = f"test -e {folder}/status"  # a condition for the guest's shell
         guest.check(f"mkdir {folder}; cat >{folder}/script <<'END_OF_SCRIPT'\n{script}\n"
                     f"END_OF_SCRIPT\n( {EVERY_SIGNAL} sh {folder}/script </dev/null >{folder}/out"
-                    f" 2>{folder}/err; echo $? >{folder}/ended; mv {folder}/ended {folder}/status ) "
-                    ">/dev/null 2>&1 &")
+                    f" 2>{folder}/err; echo $? >{folder}/ended; mv {folder}/ended {folder}/status )"
+                    " >/dev/null 2>&1 &")
 
     def running(self):
         return self._guest.run(self.ended).status != 0

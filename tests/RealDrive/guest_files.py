@@ -17,20 +17,24 @@ INSTALLED_IN = "opt/spindrift"
 MACHINE_PROGRAMS = ["/usr/bin/setpriv", "/usr/bin/timeout", "/usr/bin/env", "/usr/bin/pkill",
                     "/usr/bin/dbus-daemon", "/usr/sbin/usermod", "/usr/bin/gpasswd"]
 # Opened by the programs while they run, so that ldd does not know them.
-MACHINE_LIBRARIES = ["libudev.so.1", "libblkid.so.1", "libsystemd.so.0", "libcrypto.so.3"]
+MACHINE_LIBRARIES = ["libudev.so.1", "libblkid.so.1", "libsystemd.so.0", "libcrypto.so.3",
+                     "security/pam_permit.so"]
 MACHINE_DATA = ["/usr/lib/locale/C.utf8", "/usr/share/dbus-1/system.conf", "/etc/login.defs"]
 # From the packages that fetch-guest unpacks.
 FETCHED = ["bin/udevadm", "lib/systemd/systemd-udevd", "lib/udev", "usr/bin/eject",
            "usr/bin/udisksctl", "usr/libexec/udisks2", "etc/udisks2", "usr/share/dbus-1",
+           "usr/bin/pkexec", "usr/lib/polkit-1", "usr/share/polkit-1",
            "usr/lib/udev", "usr/lib/x86_64-linux-gnu"]
 
 USERS = """root:x:0:0::/root:/bin/sh
 messagebus:x:100:100::/nonexistent:/usr/sbin/nologin
+polkitd:x:101:101::/nonexistent:/usr/sbin/nologin
 visitor:x:1000:1000::/home/visitor:/bin/sh
 """
 GROUPS = ["root:0", "tty:5", "disk:6", "lp:7", "kmem:15", "dialout:20", "cdrom:24", "floppy:25",
           "tape:26", "audio:29", "video:44", "input:101", "sgx:102", "kvm:103", "render:104",
-          "plugdev:46", "messagebus:100", "visitor:1000"]
+          "plugdev:46", "messagebus:100", "polkitd:101",
+          "visitor:1000"]
 
 
 def fetched_root():
@@ -162,6 +166,7 @@ class _Root:
             if (build / part).exists():
                 self._take(build / part, f"{INSTALLED_IN}/{part}")
         self._settings()
+        self._polkit(build)
         self._busybox()
         self._take_libraries()
 
@@ -200,6 +205,18 @@ class _Root:
         (etc / "machine-id").write_text("0123456789abcdef0123456789abcdef\n")
         (etc / "fstab").write_text("")
         (etc / "mtab").symlink_to("../proc/self/mounts")
+
+    def _polkit(self, build):
+        """The program's own action, which names the place of its helper."""
+        for policy in (build / "share/polkit-1/actions").glob("*.policy"):
+            helper = f">/{INSTALLED_IN}/libexec/spindrift/"
+            moved = re.sub(r">/[^<]*/spindrift/(?=grant-disc-access<)", helper, policy.read_text())
+            (self._folder / "usr/share/polkit-1/actions" / policy.name).write_text(moved)
+        for service in ["polkit-1", "other"]:
+            file = self._place(f"/etc/pam.d/{service}")
+            file.parent.mkdir(exist_ok=True)
+            file.write_text("".join(f"{kind} required pam_permit.so\n" for kind in
+                                    ["auth", "account", "password", "session"]))
 
     def _take_libraries(self):
         programs = [path for path in self._folder.rglob("*")
