@@ -72,8 +72,8 @@ std::optional<QMap<QString, QString>> decodeNicknames(const QByteArray& document
 }  // namespace
 
 QString DiagnosticsStore::applicationFolder(const std::optional<QString>& dataFolder) {
-    const QString folder = QDir::cleanPath(dataFolder.value_or(UserFolders::temporary())) +
-                           QStringLiteral("/Spindrift");
+    QString folder = QDir::cleanPath(dataFolder.value_or(UserFolders::temporary())) +
+                     QStringLiteral("/Spindrift");
     QDir().mkpath(folder);
     return folder;
 }

@@ -18,9 +18,9 @@
 
 namespace {
 
-constexpr size_t blockSize = 1024 * 1024;
+constexpr size_t blockSize = size_t(1024) * 1024;
 // How much may wait in memory for a slow disk: bounds what the last flush has to do.
-constexpr off_t flushWindow = 16 * 1024 * 1024;
+constexpr off_t flushWindow = off_t(16) * 1024 * 1024;
 
 bool writeAll(int descriptor, const char* data, size_t size) {
     while (size > 0) {
@@ -88,8 +88,8 @@ StagedCopy::~StagedCopy() {
 }
 
 std::shared_ptr<StagedCopy> StagedCopy::begin(const QString& source, const QString& destination,
-                                              std::function<void()> finished) {
-    const std::shared_ptr<StagedCopy> staged(new StagedCopy(source, destination));
+                                              const std::function<void()>& finished) {
+    std::shared_ptr<StagedCopy> staged(new StagedCopy(source, destination));
     const int error =
         BackgroundThread::start(BackgroundThread::Priority::Normal, [staged, finished] {
             staged->m_error = staged->copy();

@@ -15,7 +15,7 @@ public:
     // Paths of files. Returns at once; the callback comes once, however the copy ended, on the
     // copying thread or (when there can be none) on the calling one.
     static std::shared_ptr<StagedCopy> begin(const QString& source, const QString& destination,
-                                             std::function<void()> finished);
+                                             const std::function<void()>& finished);
 
     ~StagedCopy();
     StagedCopy(const StagedCopy&) = delete;
