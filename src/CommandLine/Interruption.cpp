@@ -8,14 +8,20 @@
 #include <cerrno>
 #include <csignal>
 
+#include "CommandContext.h"
+
 namespace {
 
 constexpr std::array<int, 3> endingSignals = {SIGINT, SIGTERM, SIGHUP};
 
+std::atomic<bool> hasBegun = false;
 std::atomic<bool> hasHappened = false;
 std::array<int, 2> signalPipe = {-1, -1};
 
 extern "C" void noteSignal(int) {
+    if (!hasBegun.load()) {
+        ::_exit(ExitStatus::cancelled);
+    }
     const int before = errno;
     hasHappened.store(true);
     // A full pipe already holds more news than anyone needs.
@@ -60,7 +66,12 @@ Interruption::~Interruption() {
     m_news.reset();
     ::close(signalPipe[0]);
     ::close(signalPipe[1]);
+    hasBegun.store(false);
     hasHappened.store(false);
+}
+
+void Interruption::begin() {
+    hasBegun.store(true);
 }
 
 bool Interruption::happened() {

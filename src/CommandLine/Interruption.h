@@ -2,6 +2,9 @@
 //
 // One at a time, owned by the program's entry, lives on the main thread. A signal that the parent
 // has ignored, as nohup does, stays ignored. Child processes get the default actions.
+//
+// Until begin() there is nothing to undo and maybe nobody to tell, as the main thread waits for a
+// drive that may hang: such a signal ends the process at once, with the status of a cancellation.
 #pragma once
 
 #include <QObject>
@@ -14,6 +17,9 @@ class Interruption final : public QObject {
 public:
     explicit Interruption(QObject* parent = nullptr);
     ~Interruption() override;
+
+    // From now on signals are told instead of obeyed.
+    static void begin();
 
     // Whether a signal has come, from the moment it came; any thread.
     static bool happened();

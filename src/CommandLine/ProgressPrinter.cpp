@@ -66,14 +66,14 @@ void ProgressPrinter::draw(const ProgressState& state) {
     // A line that fills the last column would wrap on some terminals.
     const QString line = ProgressText::forTerminal(state, m_output.columns() - 1);
     if (line != m_drawn) {
-        m_output.write(QLatin1Char('\r') + line + QStringLiteral("\x1b[K"));
+        m_output.write('\r' + line.toUtf8() + "\x1b[K");
         m_drawn = line;
     }
 }
 
 void ProgressPrinter::erase() {
     if (!m_drawn.isEmpty()) {
-        m_output.write(QStringLiteral("\r\x1b[K"));
+        m_output.write(QByteArray("\r\x1b[K"));
         m_drawn.clear();
     }
 }

@@ -2,6 +2,7 @@
 
 #include "BackgroundThread.h"
 #include "ByteCount.h"
+#include "FullDiskAccess.h"
 #include "Interruption.h"
 #include "NotificationManager.h"
 #include "QuickCommands.h"
@@ -46,7 +47,14 @@ RipCommand::RipCommand(const CommandContext& context, Interruption& interruption
 RipCommand::~RipCommand() = default;
 
 int RipCommand::run() {
-    m_target = RipTarget::absolutePath(m_context.invocation.output);
+    const auto target = RipTarget::absolutePath(m_context.invocation.output);
+    if (!target) {
+        m_context.complain(
+            QStringLiteral("The current folder cannot be found. Name the whole "
+                           "path of the file to write."));
+        return ExitStatus::failed;
+    }
+    m_target = *target;
     const auto existing =
         m_context.invocation.force ? RipTarget::Existing::Replace : RipTarget::Existing::Refuse;
     if (const auto objection = RipTarget::objection(m_target, existing)) {
@@ -54,9 +62,7 @@ int RipCommand::run() {
         return ExitStatus::failed;
     }
     m_monitor.poll();
-    if (Interruption::happened()) {
-        return ExitStatus::cancelled;
-    }
+    Interruption::begin();
     if (!m_monitor.disc()) {
         m_context.complain(
             m_monitor.lastError().value_or(QStringLiteral("No disc inserted.")).trimmed());
@@ -137,7 +143,8 @@ void RipCommand::tellTheOutcome(int status) {
                                : QStringLiteral("Cancelled."));
     } else if (const auto& error = m_ripper.error()) {
         m_context.complain(error->errorDescription().trimmed());
-        if (error->kind() == RipError::Kind::permissionDenied) {
+        // The tool may have been denied something else than the disc.
+        if (error->kind() == RipError::Kind::permissionDenied && !FullDiskAccess::isGranted()) {
             m_context.errors.write(accessGuidance());
         }
     } else if (const auto& verdict = m_ripper.verifyStatus()) {

@@ -21,9 +21,17 @@ bool isThePracticeDisc(const QFileInfo& file) {
 
 }  // namespace
 
-QString RipTarget::absolutePath(const QString& file) {
+std::optional<QString> RipTarget::absolutePath(const QString& file) {
+    if (QDir::isAbsolutePath(file)) {
+        return file;
+    }
+    // Without a current folder Qt's path of it is empty, and the file would land in the root.
+    const QString folder = QDir::currentPath();
+    if (!QFileInfo(folder).isDir()) {
+        return std::nullopt;
+    }
     // Not cleaned: "link/../disc.iso" is what the file system makes of it.
-    return QDir::isAbsolutePath(file) ? file : QDir::currentPath() + QLatin1Char('/') + file;
+    return (folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/')) + file;
 }
 
 std::optional<QString> RipTarget::objection(const QString& path, Existing existing) {

@@ -6,8 +6,9 @@
 
 namespace RipTarget {
 
-// The absolute path of a file as the user named it.
-QString absolutePath(const QString& file);
+// The absolute path of a file as the user named it; absent when the name is relative and the
+// current folder was removed or has a name that is no text.
+std::optional<QString> absolutePath(const QString& file);
 
 enum class Existing { Refuse, Replace };
 

@@ -52,9 +52,7 @@ void SpeedTestCommand::printChangesAsJson() {
 
 int SpeedTestCommand::run() {
     m_monitor.poll();
-    if (Interruption::happened()) {
-        return ExitStatus::cancelled;
-    }
+    Interruption::begin();
     const auto& disc = m_monitor.disc();
     const auto& drive = m_monitor.driveIdentity();
     if (!disc || !drive) {

@@ -9,7 +9,8 @@
 TextOutput::TextOutput(int descriptor)
     : m_descriptor(descriptor),
       m_isTerminal(::isatty(descriptor) == 1 && !qEnvironmentVariableIsEmpty("TERM") &&
-                   qgetenv("TERM") != "dumb") {}
+                   qgetenv("TERM") != "dumb"),
+      m_obeysControlCharacters(::isatty(descriptor) == 1) {}
 
 int TextOutput::columns() const {
     winsize size{};
@@ -34,6 +35,19 @@ void TextOutput::write(const QByteArray& bytes) {
             m_failure = errno;
         }
     }
+}
+
+void TextOutput::write(const QString& text) {
+    QString shown = text;
+    if (m_obeysControlCharacters) {
+        for (QChar& character : shown) {
+            if (character.category() == QChar::Other_Control && character != QLatin1Char('\n') &&
+                character != QLatin1Char('\t')) {
+                character = QChar::ReplacementCharacter;
+            }
+        }
+    }
+    write(shown.toUtf8());
 }
 
 bool TextOutput::readerIsGone() {

@@ -17,8 +17,11 @@ public:
     // The terminal's width in columns at this moment; 80 when it is not known.
     int columns() const;
 
+    // The bytes as they are.
     void write(const QByteArray& bytes);
-    void write(const QString& text) { write(text.toUtf8()); }
+    // Lines for people. On a terminal, control characters in them, which may come from a disc's
+    // name, a file's or a tool, are replaced by U+FFFD instead of obeyed; line feeds and tabs stay.
+    void write(const QString& text);
 
     // True once nobody reads the other end of the pipe any more.
     bool readerIsGone();
@@ -28,5 +31,6 @@ public:
 private:
     int m_descriptor;
     bool m_isTerminal;
-    int m_failure = 0;  // an error number
+    bool m_obeysControlCharacters;  // any terminal, also a dumb one
+    int m_failure = 0;              // an error number
 };

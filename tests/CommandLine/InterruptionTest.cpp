@@ -13,6 +13,7 @@ namespace {
 TEST(InterruptionTest, EachEndingSignalIsToldOnTheMainThread) {
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         Interruption interruption;
+        Interruption::begin();
         int told = 0;
         QObject::connect(&interruption, &Interruption::interrupted, [&] { ++told; });
         EXPECT_FALSE(Interruption::happened());
@@ -23,8 +24,20 @@ TEST(InterruptionTest, EachEndingSignalIsToldOnTheMainThread) {
     }
 }
 
+TEST(InterruptionTest, BeforeThereIsAnythingToUndoASignalEndsTheProcessAtOnce) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        EXPECT_EXIT(
+            {
+                Interruption interruption;
+                ::raise(number);
+            },
+            testing::ExitedWithCode(130), "");
+    }
+}
+
 TEST(InterruptionTest, ASecondSignalIsToldAgain) {
     Interruption interruption;
+    Interruption::begin();
     int told = 0;
     QObject::connect(&interruption, &Interruption::interrupted, [&] { ++told; });
     ::raise(SIGINT);
@@ -35,6 +48,7 @@ TEST(InterruptionTest, ASecondSignalIsToldAgain) {
 
 TEST(InterruptionTest, AnInterruptionIsToldBeforeWhatAnObjectIsToLearnAfterIt) {
     Interruption interruption;
+    Interruption::begin();
     QObject object;
     interruption.goBeforeEventsOf(&object);
     QStringList order;

@@ -1,6 +1,8 @@
 // "rip" of the built program against stub tools: what it prints, what it leaves behind.
 #include <gmock/gmock.h>
 
+#include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <csignal>
@@ -101,6 +103,22 @@ TEST_F(RipProgramTest, ATerminationOrAHangUpCancelsToo) {
     }
 }
 
+TEST_F(RipProgramTest, ADriveThatHangsWhileItIsAskedDoesNotKeepTheProgramFromEnding) {
+    for (const QStringList& command : {rip(), QStringList{"speed-test"}}) {
+        const QString pid = folder.path("pid");
+        QFile::remove(pid);
+        StubTools::write(folder, "/usr/bin/drutil",
+                         "echo $$ > '" + pid.toUtf8() + ".new'\nmv '" + pid.toUtf8() + ".new' '" +
+                             pid.toUtf8() + "'\nexec sleep 1000");
+        CliProgram program(command);
+        ASSERT_TRUE(waitUntil([&] { return QFile::exists(pid); }));
+        program.sendSignal(SIGTERM);
+        EXPECT_EQ(program.exitStatus(), 130);
+        EXPECT_EQ(program.errors(), "");
+        ::kill(static_cast<pid_t>(pidOfTheTool()), SIGKILL);
+    }
+}
+
 TEST_F(RipProgramTest, AnInterruptionOfTheWholeJobIsNoFailureOfTheTool) {
     for (int round = 0; round < 10; ++round) {
         imagingHangs();
@@ -181,12 +199,24 @@ TEST_F(RipProgramTest, AMissingPermissionInAnyLetterCaseIsACaseOfItsOwn) {
 
 TEST_F(RipProgramTest, AMissingPermissionForPeopleSaysHowToGetIt) {
     imagingFails("Permission denied", 1);
-    folder.write("home/Library/Application Support/com.apple.TCC/TCC.db", "");
+    folder.write("drive/disc.iso", "x");
+    folder.write("drive/drive.json", R"({"denyAccess": true})");
+    folder.setEnvironment("SPINDRIFT_PRACTICE_DRIVE", folder.path("drive").toUtf8());
     CliProgram program({"rip", "--output", target()});
     EXPECT_EQ(program.exitStatus(), 1);
     const std::string errors = program.errors().toStdString();
     EXPECT_THAT(errors, StartsWith("spindrift-cli: Permission denied reading the disc."));
     EXPECT_THAT(errors, HasSubstr("usermod -aG cdrom"));
+}
+
+TEST_F(RipProgramTest, WhoeverMayReadDiscsIsNotToldHowToGetThePermission) {
+    imagingFails("/elsewhere: Permission denied", 1);
+    folder.write("home/Library/Application Support/com.apple.TCC/TCC.db", "");
+    CliProgram program({"rip", "--output", target()});
+    EXPECT_EQ(program.exitStatus(), 1);
+    EXPECT_EQ(program.errors(),
+              "spindrift-cli: Permission denied reading the disc. Try again, or grant Full Disk "
+              "Access to this app in System Settings.\n");
 }
 
 TEST_F(RipProgramTest, SuccessWithoutAnImageIsAFailure) {
@@ -330,6 +360,25 @@ TEST_F(RipProgramTest, ARelativeNameIsTakenFromTheCurrentFolder) {
     ASSERT_TRUE(program.waitForFinished());
     EXPECT_EQ(program.exitCode(), 0);
     EXPECT_EQ(TestFolder::read(folder.path("home/out.iso")), QByteArray("0123456789"));
+}
+
+TEST_F(RipProgramTest, ARelativeNameInAFolderThatIsGoneIsRefusedBeforeAnythingRuns) {
+    const QString gone = folder.path("gone");
+    QDir().mkpath(gone);
+    // Unlike any other name: without a folder it once became a file in the root.
+    const QString name = QStringLiteral("spindrift-%1.iso").arg(QCoreApplication::applicationPid());
+    CliTest::writeImagingTool(folder, goodImage);
+    QProcess shell;
+    shell.start("/bin/sh",
+                {"-c", "cd \"$1\" && rmdir \"$1\" && { \"$0\" rip --output \"$2\"; echo $?; }",
+                 SPINDRIFT_CLI, gone, name});
+    ASSERT_TRUE(shell.waitForFinished());
+    EXPECT_EQ(shell.readAllStandardOutput(), "1\n");
+    EXPECT_EQ(shell.readAllStandardError(),
+              "spindrift-cli: The current folder cannot be found. Name the whole path of the file "
+              "to write.\n");
+    EXPECT_FALSE(QFile::remove(QLatin1Char('/') + name));
+    EXPECT_THAT(StubTools::log(folder), IsEmpty());
 }
 
 TEST_F(RipProgramTest, OddNamesAreKept) {

@@ -131,6 +131,15 @@ TEST_F(TerminalProgramTest, ADumbTerminalGetsPlainLines) {
     EXPECT_THAT(screen.toStdString(), Not(HasSubstr("\x1b")));
 }
 
+TEST_F(TerminalProgramTest, ControlCharactersOfATextAreShownAndNotObeyed) {
+    CliTest::writeImagingTool(folder,
+                              "printf 'a\\033[2J\\033]0;title\\007b\\302\\2332J\\n' >&2\nexit 1");
+    start();
+    EXPECT_EQ(exitStatus(), 1);
+    EXPECT_THAT(screen.toStdString(), HasSubstr("a\uFFFD[2J\uFFFD]0;title\uFFFDb\uFFFD2J\r\n"));
+    EXPECT_THAT(screen.toStdString(), Not(HasSubstr("\x1b[2J")));
+}
+
 TEST_F(TerminalProgramTest, JsonIsTheSameOnATerminal) {
     CliTest::writeImagingTool(folder, "printf 0123456789 > \"$image\"");
     start("--json");

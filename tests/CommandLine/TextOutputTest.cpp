@@ -41,6 +41,12 @@ TEST_F(TextOutputTest, APipeIsNoTerminal) {
     EXPECT_EQ(TextOutput(ends[1]).columns(), 80);
 }
 
+TEST_F(TextOutputTest, APipeGetsControlCharactersAsTheyAre) {
+    TextOutput(ends[1]).write(QStringLiteral("a\x1b[31m\r"));
+    std::array<char, 16> bytes{};
+    EXPECT_EQ(::read(ends[0], bytes.data(), bytes.size()), 7);
+}
+
 TEST_F(TextOutputTest, AReaderThatLeavesIsNoticedBeforeAnythingIsWritten) {
     TextOutput output(ends[1]);
     ::close(ends[0]);
