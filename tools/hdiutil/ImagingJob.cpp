@@ -78,6 +78,11 @@ std::string reasonOfCreate(const std::string& path, int error) {
     if (error == ENOENT) {
         return "the folder " + folderOf(path) + " does not exist";
     }
+    // "Permission denied" is for the disc: whoever reads it there is sent to get access to the
+    // drive.
+    if (error == EACCES) {
+        return "the folder " + folderOf(path) + " may not be written to";
+    }
     return path + ": " + std::strerror(error);
 }
 
