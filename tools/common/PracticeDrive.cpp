@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
@@ -58,6 +59,19 @@ double seconds(const Json& value) {
         throw Wrong("\"seconds\" must be a number, at least 0");
     }
     return value.get<double>();
+}
+
+// Anything that can stand as a type in drutil's report, where "none" means that there is no disc.
+std::string discType(const Json& value, const std::string& key) {
+    std::string type = text(value, key);
+    std::string lower = type;
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](unsigned char letter) { return std::tolower(letter); });
+    if (type.find_first_not_of(' ') == std::string::npos || lower == "none" ||
+        type.find(':') != std::string::npos) {
+        throw Wrong(inQuotes(key) + " must be a type of disc, not " + inQuotes(type));
+    }
+    return type;
 }
 
 PracticeFault::Kind faultKind(const Json& value) {
@@ -124,7 +138,7 @@ void apply(const Json& root, PracticeDrive& drive, DiscKeys& disc) {
         } else if (key == "bytesPerSecond") {
             drive.bytesPerSecond = wholeNumber(value, key, 0);
         } else if (key == "discType") {
-            disc.type = text(value, key);
+            disc.type = discType(value, key);
         } else if (key == "audio") {
             disc.audio = boolean(value, key);
         } else if (key == "volumeName") {
@@ -162,6 +176,10 @@ void readSettings(PracticeDrive& drive, DiscKeys& disc) {
     std::string content;
     if (!S_ISREG(status.st_mode) || !readWhole(path, content)) {
         throw Wrong(path + ": it cannot be read");
+    }
+    // The parser takes a null byte for the end.
+    if (content.find('\0') != std::string::npos) {
+        throw Wrong(path + ": not valid JSON: it holds a null byte");
     }
     try {
         apply(Json::parse(content), drive, disc);

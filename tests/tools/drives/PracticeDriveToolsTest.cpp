@@ -201,7 +201,11 @@ TEST_F(PracticeDriveToolsTest, ADanglingLinkIsAnEmptyTray) {
 
 TEST_F(PracticeDriveToolsTest, AMalformedSettingsFileIsAClearErrorAndNeverAGuess) {
     folder.write("disc.iso", "x");
-    for (const char* text : {"{", "[]", "", R"({"vendor": 7})", R"({"failEject": "yes"})"}) {
+    using namespace std::string_literals;
+    for (const std::string& text :
+         {"{"s, "[]"s, ""s, R"({"vendor": 7})"s, R"({"failEject": "yes"})"s, "{}\0"s,
+          "{}\0{\"noDrive\": true}"s, R"({"discType": ""})"s, R"({"discType": " "})"s,
+          R"({"discType": "None"})"s, R"({"discType": "CD-R Name: /dev/sda"})"s}) {
         folder.write("drive.json", text);
         for (const ToolResult& result :
              {drutil({"status"}), drutil({"eject"}), info(), diskutil({"list", "/dev/practice0"}),
