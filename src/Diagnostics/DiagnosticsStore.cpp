@@ -54,6 +54,10 @@ QByteArray encodeNicknames(const QMap<QString, QString>& nicknames) {
 }
 
 std::optional<QMap<QString, QString>> decodeNicknames(const QByteArray& document) {
+    // The parser takes a null byte for the end.
+    if (document.contains('\0')) {
+        return std::nullopt;
+    }
     const Json json = Json::parse(document.cbegin(), document.cend(), nullptr, false);
     if (!json.is_object()) {
         return std::nullopt;

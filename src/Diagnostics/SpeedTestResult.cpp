@@ -168,6 +168,10 @@ std::optional<QByteArray> encodeHistory(const QList<SpeedTestResult>& results) {
 }
 
 std::optional<QList<SpeedTestResult>> decodeHistory(const QByteArray& document) {
+    // The parser takes a null byte for the end.
+    if (document.contains('\0')) {
+        return std::nullopt;
+    }
     const Json json = Json::parse(document.cbegin(), document.cend(), nullptr, false);
     if (!json.is_array()) {
         return std::nullopt;

@@ -366,6 +366,8 @@ TEST(HistoryTest, DocumentsThatAreNotAnArrayAreRejected) {
         EXPECT_EQ(decodeHistory(other), std::nullopt) << other;
     }
     EXPECT_EQ(decodeHistory(QByteArray(100000, '[')), std::nullopt);
+    EXPECT_EQ(decodeHistory(QByteArray("[]\0", 3)), std::nullopt);
+    EXPECT_EQ(decodeHistory(QByteArray("[]\0x", 4)), std::nullopt);
 }
 
 TEST(HistoryTest, EveryCutOfADocumentIsRejected) {
