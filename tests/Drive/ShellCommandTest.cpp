@@ -106,8 +106,20 @@ TEST_F(ShellCommandTest, AlmostAPipesFillOfBothStreamsComesBackWhole) {
     EXPECT_EQ(result.standardError, QString(61440, QLatin1Char('y')));
 }
 
-TEST_F(ShellCommandTest, TheToolIsWaitedForAndThenThePipesAreReadToTheirEnd) {
-    // What the tool leaves behind writes only when the tool has been waited for.
+TEST_F(ShellCommandTest, NothingIsReadBeforeTheToolHasEnded) {
+    // The tool fills its pipe, and a moment later there is still no room.
+    const Result result =
+        sh(QStringLiteral("dd if=/dev/zero bs=4096 count=1000 oflag=nonblock 2>/dev/null\n"
+                          "sleep 0.1\n"
+                          "if dd if=/dev/zero bs=4096 count=1 oflag=nonblock 2>/dev/null; "
+                          "then exit 1; fi"));
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_GT(result.standardOutput.size(), 0);
+    EXPECT_LT(result.standardOutput.size(), 1000 * 4096);
+}
+
+TEST_F(ShellCommandTest, ThePipesAreReadToTheirEndWhoeverHoldsThem) {
+    // What the tool leaves behind writes only when the tool is gone.
     const Result result =
         sh(QStringLiteral("(while kill -0 $$ 2>/dev/null; do sleep 0.01; done; "
                           "echo late; echo late >&2) & echo early; exit 5"));

@@ -263,6 +263,7 @@ TEST_F(PreferencesTest, AFileThatCanBeWrittenAgainIsBelievedAgain) {
     preferences.setRetroMode(true);
     unblock();
     preferences.setRetroMode(false);
+    EXPECT_FALSE(preferences.retroMode());
     EXPECT_THAT(lines(), testing::Contains(u"retroMode=false"));
     inAnotherProcess({QStringLiteral("retroMode"), QStringLiteral("true")});
     EXPECT_TRUE(preferences.retroMode());
