@@ -4,7 +4,28 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
+
+#include "Interruption.h"
+
+namespace {
+
+constexpr int patience = 200;  // milliseconds
+
+// Waits until the descriptor takes some output; false when the user has had enough before that.
+bool waitUntilItTakesMore(int descriptor) {
+    pollfd ready{descriptor, POLLOUT, 0};
+    while (::poll(&ready, 1, patience) <= 0) {
+        if (Interruption::happened()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
 
 TextOutput::TextOutput(int descriptor)
     : m_descriptor(descriptor),
@@ -23,15 +44,17 @@ int TextOutput::columns() const {
 void TextOutput::write(const QByteArray& bytes) {
     qsizetype done = 0;
     while (done < bytes.size() && m_failure == 0) {
-        const ssize_t written = ::write(m_descriptor, bytes.constData() + done,
-                                        static_cast<size_t>(bytes.size() - done));
+        // A reader that has stopped reading must not stop a cancellation, too.
+        if (!waitUntilItTakesMore(m_descriptor)) {
+            m_failure = EINTR;
+            return;
+        }
+        const ssize_t written =
+            ::write(m_descriptor, bytes.constData() + done,
+                    static_cast<size_t>(std::min<qsizetype>(bytes.size() - done, PIPE_BUF)));
         if (written >= 0) {
             done += written;
-        } else if (errno == EAGAIN) {
-            // Whoever shares this descriptor has made it non-blocking.
-            pollfd ready{m_descriptor, POLLOUT, 0};
-            ::poll(&ready, 1, -1);
-        } else if (errno != EINTR) {
+        } else if (errno != EAGAIN && errno != EINTR) {
             m_failure = errno;
         }
     }

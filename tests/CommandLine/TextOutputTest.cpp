@@ -8,6 +8,8 @@
 #include <csignal>
 #include <thread>
 
+#include "Interruption.h"
+
 namespace {
 
 class TextOutputTest : public testing::Test {
@@ -64,6 +66,16 @@ TEST_F(TextOutputTest, AFullDiskIsAFailureAndNotAMissingReader) {
     EXPECT_EQ(output.failure(), QStringLiteral("No space left on device"));
     EXPECT_FALSE(output.readerIsGone());
     ::close(full);
+}
+
+TEST_F(TextOutputTest, AReaderThatHasStoppedReadingDoesNotHoldUpAnInterruption) {
+    Interruption interruption;
+    Interruption::begin();
+    ::raise(SIGINT);
+    TextOutput output(ends[1]);
+    output.write(QByteArray(300'000, 'x'));
+    EXPECT_TRUE(output.failure());
+    EXPECT_FALSE(output.readerIsGone());
 }
 
 TEST_F(TextOutputTest, AFullPipeInNonBlockingModeIsWaitedFor) {
