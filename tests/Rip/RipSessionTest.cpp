@@ -14,10 +14,8 @@ constexpr const char* ejectFailed =
     "can eject it manually.";
 
 QByteArray plist(const QByteArray& content) {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE plist PUBLIC \"-//Apple//DTD "
-           "PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n<plist "
-           "version=\"1.0\"><dict>" +
-           content + "</dict></plist>";
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>" + content +
+           "</dict></plist>";
 }
 
 class RipSessionTest : public RipperTest {
