@@ -110,9 +110,21 @@ def _rip_under_way(bench):
 @case("A disc that is changed for another during a rip makes the rip fail", "udev bare ide")
 def _swapped(bench):
     job = _rip_under_way(bench)
-    bench.guest.insert(bench.discs.other_cd().path, noticed=False)
+    bench.guest.swap(bench.discs.other_cd().path)
+    _expect_failure(bench, Rip(job.wait(60)))
+
+
+@case("A disc that is changed so that no read notices makes the rip fail", "udev bare")
+def _swapped_silently(bench):
+    job = _rip_under_way(bench)
+    bench.guest.check("kill -STOP $(pidof hdiutil)")
+    bench.guest.swap(bench.discs.other_cd().path)
+    # The first command after a change is told of it; this takes that from the rip's next read.
+    bench.guest.check("dd if=/dev/sr0 of=/dev/null bs=2048 count=1 iflag=direct")
+    bench.guest.check("kill -CONT $(pidof hdiutil)")
     rip = Rip(job.wait(60))
     _expect_failure(bench, rip)
+    expect("chang" in rip.last("error"), f"the error: {rip.last('error')}")
 
 
 @case("A disc that is taken out during a rip makes the rip fail", "udev bare ide")

@@ -174,6 +174,13 @@ class Guest:
             self.wait_for_disc()
             self.settle()
 
+    def swap(self, image):
+        """Another disc between two reads: no read meets an open tray."""
+        self.control("blockdev-change-medium", {"id": "cd0", "filename": str(image),
+                                                "format": "raw", "force": True,
+                                                "read-only-mode": "read-only"})
+        self._forget_discs()
+
     def settle(self):
         """Waits until udev, where it runs, has no more to do."""
         if self.run("pidof systemd-udevd").status == 0:
@@ -183,6 +190,9 @@ class Guest:
         """Opens the tray by force and takes the disc away."""
         self.control("blockdev-open-tray", {"id": "cd0", "force": True})
         self.control("blockdev-remove-medium", {"id": "cd0"})
+        self._forget_discs()
+
+    def _forget_discs(self):
         for name in self._inserted:
             self.control("blockdev-del", {"node-name": name})
         self._inserted.clear()
