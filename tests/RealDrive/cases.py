@@ -93,8 +93,9 @@ class Bench:
 
     def tidy(self):
         """What every case starts from: no disc, nothing mounted, nothing left from the last one."""
-        self.guest.run("kill -9 $(pidof spindrift-cli hdiutil shasum); umount /mnt; cd /var/tmp && rm -rf -- *; rm -rf /root/*.iso /root/Library;"
-                       " for s in /sys/class/block/sr0/events_poll_msecs; do echo -1 >$s; done")
+        self.guest.run("kill -9 $(pidof spindrift-cli hdiutil shasum); umount /mnt;"
+                       " rm -rf /root/*.iso; cd /var/tmp && rm -rf -- *;"
+                       " echo -1 >/sys/class/block/sr0/events_poll_msecs")
         self.guest.remove()
         self.guest.close_tray()
         self.guest.run(": </dev/sr0")  # opening it makes the kernel, and so udev, take notice
