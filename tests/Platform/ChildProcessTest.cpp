@@ -208,19 +208,17 @@ TEST(ChildProcessTest, AChildThatClosesItsOutputEarlyIsStillFollowedToItsEnd) {
 }
 
 TEST(ChildProcessTest, AGrandchildThatHoldsThePipesDelaysNothing) {
+    TestFolder folder;
+    const QString fifo = folder.path(QStringLiteral("fifo"));
+    ASSERT_EQ(mkfifo(fifo.toUtf8().constData(), 0600), 0);
     Recorder recorder;
-    // The grandchild ends with this test's pipe on descriptor 3, not with the child.
-    int hold[2];
-    ASSERT_EQ(pipe2(hold, O_CLOEXEC), 0);
-    auto child = shell(QStringLiteral("echo before; (exec cat /proc/%1/fd/%2) & exit 6")
-                           .arg(getpid())
-                           .arg(hold[0]));
+    auto child = shell(QStringLiteral("echo before; (read line < '%1') & exit 6").arg(fifo));
     recorder.follow(child);
     ASSERT_EQ(child.launch(), std::nullopt);
     EXPECT_EQ(recorder.waitForExit(), 6);
     EXPECT_EQ(recorder.output(), "before\n");
-    close(hold[1]);
-    close(hold[0]);
+    // Only now may the grandchild end: opening waits for it to have come that far.
+    EXPECT_TRUE(QFile(fifo).open(QIODevice::WriteOnly));
 }
 
 TEST(ChildProcessTest, AGrandchildThatNeverStopsPrintingDelaysNothing) {
