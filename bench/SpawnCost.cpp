@@ -1,14 +1,13 @@
-// spawn-cost: what running commands costs, from a process of a given size.
+// spawn-cost: what running commands costs a process of a given size.
 //
 // spawn-cost --megabytes M --rounds N COMMAND [ARGUMENT]... [ "+" COMMAND [ARGUMENT]... ]...
-// Runs the commands one after the other, N times, with output to the null device; prints one line
-// "user+system seconds of the children, wall seconds" per round as the medians.
-#include <fcntl.h>
-#include <spawn.h>
+// Runs the commands one after the other, N times, in the way the program itself runs its tools;
+// prints one line "CPU seconds, wall seconds", medians of the rounds. CPU is the commands' and
+// this process's own together, so that what starting them costs is in it.
 #include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
+#include <QString>
+#include <QStringList>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -17,11 +16,13 @@
 #include <string>
 #include <vector>
 
+#include "ShellCommand.h"
+
 namespace {
 
-double childrenSeconds() {
+double secondsOf(int who) {
     rusage usage{};
-    getrusage(RUSAGE_CHILDREN, &usage);
+    getrusage(who, &usage);
     const auto seconds = [](const timeval& time) {
         return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
     };
@@ -47,46 +48,40 @@ int main(int argc, char** argv) {
         }
         first += 2;
     }
-    std::vector<std::vector<char*>> commands(1);
+    std::vector<QStringList> commands(1);
     for (int i = first; i < argc; ++i) {
         if (std::strcmp(argv[i], "+") == 0) {
-            commands.back().push_back(nullptr);
             commands.emplace_back();
         } else {
-            commands.back().push_back(argv[i]);
+            commands.back() << QString::fromLocal8Bit(argv[i]);
         }
     }
-    commands.back().push_back(nullptr);
-    if (commands.front().front() == nullptr || rounds < 1) {
+    if (rounds < 1 || std::any_of(commands.begin(), commands.end(),
+                                  [](const QStringList& command) { return command.isEmpty(); })) {
         std::fputs("Usage: spawn-cost --megabytes M --rounds N COMMAND [ARGUMENT]... [+ ...]\n",
                    stderr);
         return 64;
     }
+    qputenv("SPINDRIFT_TOOL_ROOT", "/");  // the commands are given by their whole paths
 
     std::string ballast(megabytes << 20, 'x');  // every page is touched
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
 
     std::vector<double> cpu;
     std::vector<double> wall;
     for (int round = 0; round < rounds; ++round) {
-        const double before = childrenSeconds();
+        const double before = secondsOf(RUSAGE_CHILDREN) + secondsOf(RUSAGE_SELF);
         const auto start = std::chrono::steady_clock::now();
-        for (auto& command : commands) {
-            pid_t child = 0;
-            if (posix_spawn(&child, command.front(), &actions, nullptr, command.data(), environ) !=
-                0) {
-                std::fprintf(stderr, "spawn-cost: cannot start %s\n", command.front());
+        for (const auto& command : commands) {
+            const auto result = ShellCommand::run(command.first(), command.sliced(1));
+            if (result.exitCode != 0) {
+                std::fprintf(stderr, "spawn-cost: %s: status %d: %s\n", qPrintable(command.first()),
+                             result.exitCode, qPrintable(result.standardError));
                 return 1;
             }
-            int status = 0;
-            waitpid(child, &status, 0);
         }
         wall.push_back(
             std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
-        cpu.push_back(childrenSeconds() - before);
+        cpu.push_back(secondsOf(RUSAGE_CHILDREN) + secondsOf(RUSAGE_SELF) - before);
     }
     std::printf("%.6f %.6f\n", median(cpu), median(wall));
     return ballast.empty() ? 0 : ballast.back() - 'x';

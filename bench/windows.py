@@ -10,8 +10,10 @@ from measure import Figure, in_turn, ratios, run
 
 
 @contextmanager
-def display():
+def display(setting):
     """An X server of this run's own; the environment that reaches it."""
+    runtime = setting.path("runtime")
+    os.makedirs(runtime, mode=0o700, exist_ok=True)
     read_end, write_end = os.pipe()
     server = subprocess.Popen(["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1280x1024x24", "-nolisten", "tcp"],
                               stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
@@ -22,7 +24,8 @@ def display():
             number = pipe.readline().strip()
         if not number:
             raise SystemExit("bench: Xvfb did not start")
-        yield {"DISPLAY": f":{number}", "QT_QPA_PLATFORM": "xcb", "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
+        yield {"DISPLAY": f":{number}", "QT_QPA_PLATFORM": "xcb", "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent",
+               "XDG_RUNTIME_DIR": runtime}
     finally:
         server.terminate()
         server.wait()
@@ -39,7 +42,7 @@ def window(setting):
     """The main window: first paint, idle cost, answers while a rip crosses file systems."""
     program = setting.program("window-bench")
     disc = setting.image("window.img", 16 * MIB)
-    with display() as environment:
+    with display(setting) as environment:
         environment = world(setting, disc, environment)
         results = in_turn(10, ours=lambda: run([program, "first-paint"], environment),
                           minimal=lambda: run([setting.program("minimal-window")], environment))
@@ -47,12 +50,12 @@ def window(setting):
                      ratios(results, "ours", "minimal", lambda c: c.wall), 2.0)
 
         def share():
-            return 100 * float(subprocess.check_output([program, "idle", "10"], env={**os.environ, **environment}))
+            return 100 * float(subprocess.check_output([program, "idle", str(setting.seconds)], env={**os.environ, **environment}))
 
         yield Figure(9, "main window, idle with polls: % of a core", [share() for _ in range(3)], 1.0)
 
         # From the disk to memory: the image crosses file systems at the end.
-        size = GIB if shutil.disk_usage("/dev/shm").free > 2 * GIB else 128 * MIB
+        size = GIB if setting.full and shutil.disk_usage("/dev/shm").free > 2 * GIB else 128 * MIB
         large = setting.image("window-large.img", size)
         environment = world(setting, large, environment)
         destination = f"/dev/shm/spindrift-bench-{os.getpid()}.iso"
@@ -72,9 +75,9 @@ def theme(setting):
     program = setting.program("glossy-window")
     if not os.path.exists(program):
         return
-    with display() as environment:
+    with display(setting) as environment:
         for scale, limit in (("1", 4.0), ("2", 6.0)):
-            text = subprocess.check_output([program, "10"], env={**os.environ, **environment, "QT_SCALE_FACTOR": scale}, text=True)
+            text = subprocess.check_output([program, str(setting.seconds)], env={**os.environ, **environment, "QT_SCALE_FACTOR": scale}, text=True)
             shares = {words[0]: float(words[1]) for words in (line.split() for line in text.splitlines())}
             yield Figure(10, f"gel bar and pulse at {scale}x: % of a core", [shares["animated"]], limit)
             yield Figure(10, f"gel bar and pulse at {scale}x, minimised: % of a core", [shares["minimised"]], 0.3)
