@@ -1,15 +1,12 @@
 #include "ChildProcess.h"
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <QDir>
 #include <QFile>
-#include <QSet>
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -19,6 +16,7 @@
 #include <vector>
 
 #include "Recorder.h"
+#include "ShellChild.h"
 #include "TestFolder.h"
 
 namespace {
@@ -29,29 +27,6 @@ using testing::Ge;
 using testing::IsEmpty;
 using Output = ChildProcess::Output;
 using Stream = ChildProcess::Stream;
-
-ChildProcess shell(const QString& script, const QStringList& more = {}) {
-    return ChildProcess(QStringLiteral("/bin/sh"),
-                        QStringList{QStringLiteral("-c"), script} + more);
-}
-
-// What the script printed on standard output and its status, by wait() and readToEnd().
-struct Outcome {
-    int status = -1;
-    QByteArray output;
-    QByteArray error;
-};
-
-Outcome outcome(ChildProcess& child) {
-    child.setStream(Output::Standard, Stream::Pipe);
-    child.setStream(Output::Error, Stream::Pipe);
-    EXPECT_EQ(child.launch(), std::nullopt);
-    Outcome result;
-    result.status = child.wait();
-    result.output = child.readToEnd(Output::Standard);
-    result.error = child.readToEnd(Output::Error);
-    return result;
-}
 
 bool exists(pid_t pid) {
     return kill(pid, 0) == 0;
@@ -395,178 +370,6 @@ TEST(ChildProcessTest, ManyChildrenAtOnceKeepTheirOwnOutput) {
         EXPECT_EQ(recorder.waitForExit(), i);
         EXPECT_EQ(recorder.output(), QByteArray::number(i) + '\n');
     }
-}
-
-QSet<QString> openPipes() {
-    QSet<QString> pipes;
-    const QDir folder(QStringLiteral("/proc/self/fd"));
-    for (const QString& name : folder.entryList(QDir::AllEntries | QDir::System)) {
-        char target[256] = {};
-        readlink(folder.filePath(name).toUtf8().constData(), target, sizeof target - 1);
-        if (QByteArray(target).startsWith("pipe:")) {
-            pipes.insert(QString::fromLatin1(target));
-        }
-    }
-    return pipes;
-}
-
-TEST(ChildProcessTest, AChildHoldsNoDescriptorOfAnother) {
-    const QSet<QString> before = openPipes();
-    auto first = shell(QStringLiteral("exec sleep 1000"));
-    first.setStream(Output::Standard, Stream::Pipe);
-    first.setStream(Output::Error, Stream::Pipe);
-    ASSERT_EQ(first.launch(), std::nullopt);
-    const QSet<QString> firstPipes = openPipes() - before;
-    EXPECT_EQ(firstPipes.size(), 2);
-    ChildProcess second(QStringLiteral("/bin/ls"),
-                        {QStringLiteral("-l"), QStringLiteral("/proc/self/fd")});
-    const QByteArray listing = outcome(second).output;
-    EXPECT_TRUE(listing.contains("pipe:"));
-    for (const QString& pipe : firstPipes) {
-        EXPECT_FALSE(listing.contains(pipe.toUtf8())) << pipe.toStdString();
-    }
-    first.terminate();
-    first.wait();
-}
-
-// Bits of the signals in a line of /proc/<pid>/status.
-quint64 signalMask(const QByteArray& status, const QByteArray& name) {
-    const qsizetype start = status.indexOf(name) + name.size();
-    return status.mid(start, status.indexOf('\n', start) - start)
-        .trimmed()
-        .toULongLong(nullptr, 16);
-}
-
-quint64 bitOf(int signalNumber) {
-    return quint64(1) << (signalNumber - 1);
-}
-
-TEST(ChildProcessTest, SignalsAreNeitherBlockedNorIgnoredInTheChild) {
-    const auto before = std::signal(SIGPIPE, SIG_IGN);
-    sigset_t blocked;
-    sigset_t mask;
-    sigfillset(&blocked);
-    pthread_sigmask(SIG_SETMASK, &blocked, &mask);
-    ChildProcess child(QStringLiteral("/bin/cat"), {QStringLiteral("/proc/self/status")});
-    const QByteArray status = outcome(child).output;
-    pthread_sigmask(SIG_SETMASK, &mask, nullptr);
-    std::signal(SIGPIPE, before);
-    EXPECT_EQ(signalMask(status, "SigBlk:"), 0U);
-    EXPECT_EQ(signalMask(status, "SigIgn:") & bitOf(SIGPIPE), 0U);
-}
-
-TEST(ChildProcessTest, WhatNohupIgnoresStaysIgnored) {
-    const auto before = std::signal(SIGHUP, SIG_IGN);
-    ChildProcess child(QStringLiteral("/bin/cat"), {QStringLiteral("/proc/self/status")});
-    const QByteArray status = outcome(child).output;
-    std::signal(SIGHUP, before);
-    EXPECT_EQ(signalMask(status, "SigIgn:") & bitOf(SIGHUP), bitOf(SIGHUP));
-}
-
-TEST(ChildProcessTest, AnIgnoredChildSignalCostsNoStatus) {
-    const auto before = std::signal(SIGCHLD, SIG_IGN);
-    auto child = shell(QStringLiteral("exit 3"));
-    EXPECT_EQ(outcome(child).status, 3);
-    std::signal(SIGCHLD, before);
-}
-
-TEST(ChildProcessTest, TheBackgroundThreadTakesNoSignals) {
-    std::promise<quint64> mask;
-    auto child = shell(QStringLiteral("exit 0"));
-    child.setExitHandler([&](int) {
-        sigset_t blocked;
-        pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
-        mask.set_value((sigismember(&blocked, SIGINT) == 1 ? bitOf(SIGINT) : 0) |
-                       (sigismember(&blocked, SIGTERM) == 1 ? bitOf(SIGTERM) : 0));
-    });
-    ASSERT_EQ(child.launch(), std::nullopt);
-    EXPECT_EQ(mask.get_future().get(), bitOf(SIGINT) | bitOf(SIGTERM));
-    sigset_t own;
-    pthread_sigmask(SIG_SETMASK, nullptr, &own);
-    EXPECT_EQ(sigismember(&own, SIGINT), 0);
-}
-
-// Closes some of the three standard descriptors for as long as it lives.
-class WithoutDescriptors final {
-public:
-    explicit WithoutDescriptors(std::vector<int> numbers) : m_numbers(std::move(numbers)) {
-        for (const int number : m_numbers) {
-            m_copies.push_back(fcntl(number, F_DUPFD_CLOEXEC, 100));
-            close(number);
-        }
-    }
-    ~WithoutDescriptors() {
-        for (size_t i = 0; i < m_numbers.size(); ++i) {
-            dup2(m_copies[i], m_numbers[i]);
-            close(m_copies[i]);
-        }
-    }
-
-private:
-    std::vector<int> m_numbers;
-    std::vector<int> m_copies;
-};
-
-TEST(ChildProcessTest, AProgramWithoutStandardDescriptorsCanStillRunTools) {
-    for (const std::vector<int>& closed :
-         {std::vector<int>{0}, {1}, {2}, {0, 1}, {1, 2}, {0, 2}, {0, 1, 2}}) {
-        Outcome result;
-        bool freed = true;
-        {
-            const WithoutDescriptors without(closed);
-            auto child = shell(QStringLiteral("echo out; echo err >&2; exit 4"));
-            result = outcome(child);
-            for (const int number : closed) {
-                freed = freed && fcntl(number, F_GETFD) < 0;
-            }
-        }
-        EXPECT_TRUE(freed);
-        EXPECT_EQ(result.output, "out\n");
-        EXPECT_EQ(result.error, "err\n");
-        EXPECT_EQ(result.status, 4);
-    }
-}
-
-TEST(ChildProcessTest, RunningOutOfDescriptorsIsALaunchFailure) {
-    std::vector<int> taken;
-    rlimit before = {};
-    getrlimit(RLIMIT_NOFILE, &before);
-    rlimit few = before;
-    few.rlim_cur = 64;
-    setrlimit(RLIMIT_NOFILE, &few);
-    for (int copy = dup(0); copy >= 0; copy = dup(0)) {
-        taken.push_back(copy);
-    }
-    auto child = shell(QStringLiteral("exit 0"));
-    child.setStream(Output::Standard, Stream::Pipe);
-    const auto failure = child.launch();
-    for (const int copy : taken) {
-        close(copy);
-    }
-    setrlimit(RLIMIT_NOFILE, &before);
-    EXPECT_EQ(failure, u"Too many open files");
-}
-
-TEST(ChildProcessTest, WithoutADescriptorToSpareForTheExitItIsStillNoticed) {
-    std::vector<int> taken;
-    rlimit before = {};
-    getrlimit(RLIMIT_NOFILE, &before);
-    rlimit few = before;
-    few.rlim_cur = 64;
-    setrlimit(RLIMIT_NOFILE, &few);
-    for (int copy = dup(0); copy >= 0; copy = dup(0)) {
-        taken.push_back(copy);
-    }
-    // No pipes, so that the launch needs none; following the exit has to do without.
-    auto child = shell(QStringLiteral("exit 3"));
-    const auto failure = child.launch();
-    const int status = child.wait();
-    for (const int copy : taken) {
-        close(copy);
-    }
-    setrlimit(RLIMIT_NOFILE, &before);
-    EXPECT_EQ(failure, std::nullopt);
-    EXPECT_EQ(status, 3);
 }
 
 }  // namespace

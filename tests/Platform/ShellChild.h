@@ -1,0 +1,34 @@
+// Children that run a shell script, and what became of them.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <optional>
+
+#include "ChildProcess.h"
+
+inline ChildProcess shell(const QString& script, const QStringList& more = {}) {
+    return ChildProcess(QStringLiteral("/bin/sh"),
+                        QStringList{QStringLiteral("-c"), script} + more);
+}
+
+// What the script printed on standard output and its status, by wait() and readToEnd().
+struct Outcome {
+    int status = -1;
+    QByteArray output;
+    QByteArray error;
+};
+
+inline Outcome outcome(ChildProcess& child) {
+    child.setStream(ChildProcess::Output::Standard, ChildProcess::Stream::Pipe);
+    child.setStream(ChildProcess::Output::Error, ChildProcess::Stream::Pipe);
+    EXPECT_EQ(child.launch(), std::nullopt);
+    Outcome result;
+    result.status = child.wait();
+    result.output = child.readToEnd(ChildProcess::Output::Standard);
+    result.error = child.readToEnd(ChildProcess::Output::Error);
+    return result;
+}
