@@ -36,7 +36,7 @@ std::optional<Programs> programs() {
         QStringLiteral("pkexec"), {QStringLiteral("/usr/bin"), QStringLiteral("/bin")});
     const QString granter =
         QDir::cleanPath(QCoreApplication::applicationDirPath() +
-                        QStringLiteral("/../libexec/spindrift/grant-disc-access"));
+                        QStringLiteral("/" SPINDRIFT_LIBEXEC_FROM_BIN "/grant-disc-access"));
     if (pkexec.isEmpty() || !QFileInfo(granter).isExecutable()) {
         return std::nullopt;
     }

@@ -212,7 +212,8 @@ std::optional<PracticeDrive::Prepared> PracticeDrive::prepare(const std::optiona
 }
 
 std::optional<QString> PracticeDrive::sampleDisc() {
-    const QString path = QDir::cleanPath(QCoreApplication::applicationDirPath() +
-                                         QStringLiteral("/../share/spindrift/sample-disc.iso"));
+    const QString path =
+        QDir::cleanPath(QCoreApplication::applicationDirPath() +
+                        QStringLiteral("/" SPINDRIFT_DATA_FROM_BIN "/sample-disc.iso"));
     return QFileInfo(path).isFile() ? std::optional(path) : std::nullopt;
 }

@@ -33,6 +33,6 @@ QString ToolRoot::resolve(const QString& fixedPath) {
             return *tool;
         }
     }
-    return held(programFolder() + QStringLiteral("/../libexec/spindrift"), fixedPath)
+    return held(programFolder() + QStringLiteral("/" SPINDRIFT_LIBEXEC_FROM_BIN), fixedPath)
         .value_or(fixedPath);
 }

@@ -9,9 +9,9 @@
 namespace ToolRoot {
 
 // The file to start for the tool with this fixed path: under $SPINDRIFT_TOOL_ROOT if that is set
-// and holds it; else under the tool root beside this program (<program's
-// folder>/../libexec/spindrift) if that holds it; else the path itself. SPINDRIFT_TOOL_ROOT=/
-// always gives the path itself.
+// and holds it; else under the tool root of this installation or build tree
+// (<libexecdir>/spindrift, found from the program's folder) if that holds it; else the path itself.
+// SPINDRIFT_TOOL_ROOT=/ always gives the path itself.
 QString resolve(const QString& fixedPath);
 
 }  // namespace ToolRoot

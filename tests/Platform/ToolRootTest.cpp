@@ -21,7 +21,7 @@ class BesideProgram final {
 public:
     explicit BesideProgram(const QString& fixedPath)
         : m_path(QDir::cleanPath(QCoreApplication::applicationDirPath() +
-                                 QStringLiteral("/../libexec/spindrift") + fixedPath)) {
+                                 QStringLiteral("/" SPINDRIFT_LIBEXEC_FROM_BIN) + fixedPath)) {
         QDir().mkpath(QFileInfo(m_path).path());
         QFile file(m_path);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
