@@ -1,3 +1,9 @@
+# Where it is there, the compiler's cache makes a second build quick; nothing needs it.
+find_program(SPINDRIFT_CCACHE ccache)
+if(SPINDRIFT_CCACHE AND NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${SPINDRIFT_CCACHE})
+endif()
+
 # Warnings are errors for every target of ours; set once here, used through spindrift_options. A
 # compiler newer than the one that the integration uses may know warnings that nobody has seen yet:
 # they are shown there, but do not keep a user from building.
