@@ -7,6 +7,7 @@ import platform
 import shutil
 import subprocess
 import sys
+import tempfile
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
@@ -44,12 +45,11 @@ def main():
     for name in options.only:
         if name not in known:
             parser.error(f"no comparison is called {name}; there are {', '.join(known)}")
-    if os.geteuid() != 0:
-        sys.exit("bench: loop devices and cold caches need root; run it through sudo.")
 
-    folder = os.path.abspath(options.folder)
-    shutil.rmtree(folder, ignore_errors=True)
-    os.makedirs(folder)
+    # What the named folder holds is not ours to remove.
+    os.makedirs(options.folder, exist_ok=True)
+    folder = tempfile.mkdtemp(prefix="spindrift-bench-", dir=os.path.abspath(options.folder))
+    os.makedirs(os.path.dirname(os.path.abspath(options.json)), exist_ok=True)
     setting = comparisons.Setting(os.path.abspath(options.build), folder, options.full, machine())
     print(f"{setting.machine['cpu']}, {setting.machine['cores']} cores, kernel {setting.machine['kernel']}, "
           f"SHA instructions: {'yes' if setting.machine['sha_instructions'] else 'no'}\n")
