@@ -32,6 +32,13 @@ TEST(LaunchOptionsTest, ThePracticeDriveHasTheSampleDiscUnlessAFileIsNamed) {
     EXPECT_EQ(parsed({"--practice", "disc.iso"}).practiceImage, QStringLiteral("disc.iso"));
 }
 
+TEST(LaunchOptionsTest, WhatIsJoinedToPracticeIsItsFileAsOnTheOtherCommandLine) {
+    EXPECT_EQ(parsed({"--practice=-odd.iso"}).practiceImage, QStringLiteral("-odd.iso"));
+    EXPECT_TRUE(parsed({"--practice=disc.iso"}).practice);
+    EXPECT_FALSE(refused({"--practice="}).isEmpty());
+    EXPECT_FALSE(refused({"--practices=disc.iso"}).isEmpty());
+}
+
 TEST(LaunchOptionsTest, AnOptionAfterPracticeIsNoFile) {
     const LaunchOptions options = parsed({"--practice", "--version"});
     EXPECT_TRUE(options.practice);
