@@ -19,8 +19,8 @@ Commands:
 Options of every command:
   --json                    print one JSON object a line
   --practice [FILE.iso]     use the practice drive, with this image (else a sample) as its disc
-  --help                    this help, or the help of the command
-  --version                 the version
+  -h, --help                this help, or the help of the command
+  -V, --version             the version
 
 Exit status: 0 done, 1 failed, 2 verification did not match, 64 wrong usage, 130 cancelled.
 )");

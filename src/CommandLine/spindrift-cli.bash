@@ -1,6 +1,6 @@
 # Completion of spindrift-cli's command line in bash.
 _spindrift_cli() {
-    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command= candidate
+    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command="" candidate
     local commands='status rip speed-test history nickname eject access settings'
     local options='--json --practice --help --version'
     for candidate in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
@@ -10,6 +10,12 @@ _spindrift_cli() {
         fi
     done
     [[ $command == rip ]] && options+=' --output --thorough --eject --force'
+    # The line editor makes three words of "--output=name".
+    if [[ $word == = ]]; then
+        word=
+    elif [[ $before == = ]]; then
+        before=${COMP_WORDS[COMP_CWORD - 2]}
+    fi
 
     COMPREPLY=()
     case $before in

@@ -7,6 +7,7 @@
 #include <QSet>
 
 #include "HelpText.h"
+#include "TestFolder.h"
 
 namespace {
 
@@ -79,6 +80,16 @@ TEST(ManualTest, CompletionOffersEveryOptionOfRip) {
 TEST(ManualTest, CompletionOffersNoRipOptionsElsewhere) {
     EXPECT_EQ(completionsOf({"status", "--"}),
               (QStringList{"--help", "--json", "--practice", "--version"}));
+}
+
+TEST(ManualTest, CompletionOffersFilesForTheImageHoweverItIsNamed) {
+    TestFolder folder;
+    const QStringList found{folder.write(QStringLiteral("holiday.iso"), "")};
+    const QString begun = folder.path(QStringLiteral("hol"));
+    EXPECT_EQ(completionsOf({"rip", "--output", begun}), found);
+    EXPECT_EQ(completionsOf({"rip", "-o", begun}), found);
+    EXPECT_EQ(completionsOf({"rip", "--output", "=", begun}), found);
+    EXPECT_EQ(completionsOf({"rip", "--practice", begun}), found);
 }
 
 TEST(ManualTest, CompletionOffersTheSettingsAndTheirValues) {
