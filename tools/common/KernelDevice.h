@@ -1,9 +1,6 @@
 // DeviceAccess by the kernel's calls for optical drives and by MMC commands (SG_IO).
 #pragma once
 
-#include <array>
-#include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -18,8 +15,4 @@ public:
 
     // What the eject call's result, and errno when it is negative, mean.
     static Ejected ejected(int result, int error);
-    // The current profile in a GET CONFIGURATION answer; absent when it is too short to hold one.
-    static std::optional<std::uint16_t> profileIn(const std::uint8_t* answer, std::size_t size);
-    // Whether a READ DISC INFORMATION answer says that nothing is recorded.
-    static bool isBlankIn(const std::uint8_t* answer, std::size_t size);
 };

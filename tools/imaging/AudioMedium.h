@@ -3,19 +3,22 @@
 
 #include <memory>
 
+#include "AudioFrames.h"
 #include "Medium.h"
 #include "OpticalDrive.h"
 
 class AudioMedium final : public Medium {
 public:
-    static constexpr std::uint32_t frameBytes = 2352;
-
     // layout: one of the kind Audio.
     AudioMedium(std::unique_ptr<OpticalDrive> drive, const DiscLayout& layout)
-        : m_drive(std::move(drive)), m_layout(layout) {}
+        : m_drive(std::move(drive)),
+          m_layout(layout),
+          m_frames(AudioFrames::ofDrive(m_drive->descriptor())) {}
 
-    std::uint32_t sectorBytes() const override { return frameBytes; }
-    std::uint64_t capacity() const override { return std::uint64_t{m_layout.sectors} * frameBytes; }
+    std::uint32_t sectorBytes() const override { return AudioFrames::frameBytes; }
+    std::uint64_t capacity() const override {
+        return std::uint64_t{m_layout.sectors} * AudioFrames::frameBytes;
+    }
     std::uint64_t firstSector() const override { return m_layout.firstSector; }
     std::uint32_t runOutSectors() const override { return 0; }
     int read(std::uint64_t offset, std::span<std::byte> buffer) override;
@@ -23,9 +26,7 @@ public:
     State confirmedState() override { return m_drive->confirmedState(); }
 
 private:
-    int readFrames(std::uint32_t first, std::span<std::byte> buffer);
-
     std::unique_ptr<OpticalDrive> m_drive;
     DiscLayout m_layout;
-    bool m_readCdWorks = true;
+    AudioFrames m_frames;
 };

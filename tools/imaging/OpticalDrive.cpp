@@ -6,14 +6,11 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstring>
-#include <span>
 #include <thread>
-#include <vector>
 
-#include "ScsiCommand.h"
+#include "OpticalCommands.h"
 
 #ifndef BLKGETDISKSEQ
 #define BLKGETDISKSEQ _IOR(0x12, 128, __u64)
@@ -32,17 +29,6 @@ int driveStatus(int descriptor) {
 
 int openQuietly(const std::string& device) {
     return open(device.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-}
-
-std::optional<DiscTrack> track(int descriptor, int number) {
-    cdrom_tocentry entry{};
-    entry.cdte_track = static_cast<__u8>(number);
-    entry.cdte_format = CDROM_LBA;
-    if (ioctl(descriptor, CDROMREADTOCENTRY, &entry) != 0 || entry.cdte_addr.lba < 0) {
-        return std::nullopt;
-    }
-    return DiscTrack{static_cast<std::uint32_t>(entry.cdte_addr.lba),
-                     (entry.cdte_ctrl & CDROM_DATA_TRACK) != 0};
 }
 
 }  // namespace
@@ -101,35 +87,17 @@ OpticalDrive::~OpticalDrive() {
 }
 
 DiscLayout OpticalDrive::layout() const {
-    cdrom_tochdr header{};
-    if (ioctl(m_descriptor, CDROMREADTOCHDR, &header) != 0) {
-        return {};
-    }
-    std::vector<DiscTrack> tracks;
-    for (int number = header.cdth_trk0; number <= header.cdth_trk1; ++number) {
-        const auto entry = track(m_descriptor, number);
-        if (!entry) {
-            return {};
-        }
-        tracks.push_back(*entry);
-    }
-    const auto leadOut = track(m_descriptor, CDROM_LEADOUT);
-    return leadOut ? discLayout(tracks, leadOut->start) : DiscLayout{};
+    return OpticalCommands::layout(m_descriptor);
 }
 
 bool OpticalDrive::discIsBlank() const {
-    constexpr std::byte readDiscInformation{0x51};
-    std::array<std::byte, 34> answer{};
-    std::array<std::byte, 10> command{};
-    command[0] = readDiscInformation;
-    command[8] = std::byte{answer.size()};
-    return ScsiCommand::run(m_descriptor, command, answer) == 0 &&
-           (answer[2] & std::byte{3}) == std::byte{0};
+    return OpticalCommands::discIsBlank(m_descriptor);
 }
 
 Medium::State OpticalDrive::state() {
+    // The number also changes when a disc is taken out.
     if (diskSequence(m_descriptor) != m_disc) {
-        return Medium::State::Changed;
+        return confirmedState();
     }
     // The kernel notices a swap only when it asks the drive, which nothing may make it do.
     const auto now = Clock::now();

@@ -3,30 +3,12 @@
 #include <gmock/gmock.h>
 
 #include <cerrno>
-#include <vector>
 
 #include "ScratchFolder.h"
 
 namespace {
 
 using Ejected = DeviceAccess::Ejected;
-
-TEST(KernelDeviceTest, TheCurrentProfileIsTheLastTwoBytesOfTheHeader) {
-    const std::vector<std::uint8_t> answer = {0, 0, 0, 4, 0, 0, 0x01, 0x2B};
-    EXPECT_EQ(KernelDevice::profileIn(answer.data(), answer.size()), 0x012B);
-    EXPECT_EQ(KernelDevice::profileIn(answer.data(), 7), std::nullopt);
-    EXPECT_EQ(KernelDevice::profileIn(answer.data(), 0), std::nullopt);
-}
-
-TEST(KernelDeviceTest, ADiscIsBlankOnlyWhenItsStatusBitsAreZero) {
-    const std::vector<std::uint8_t> blank = {0, 32, 0x10};
-    const std::vector<std::uint8_t> appendable = {0, 32, 0x11};
-    const std::vector<std::uint8_t> complete = {0, 32, 0x0E};
-    EXPECT_TRUE(KernelDevice::isBlankIn(blank.data(), blank.size()));
-    EXPECT_FALSE(KernelDevice::isBlankIn(appendable.data(), appendable.size()));
-    EXPECT_FALSE(KernelDevice::isBlankIn(complete.data(), complete.size()));
-    EXPECT_FALSE(KernelDevice::isBlankIn(blank.data(), 0));
-}
 
 TEST(KernelDeviceTest, ADriveThatAnswersTwoHasRefusedToEject) {
     EXPECT_EQ(KernelDevice::ejected(2, 0), Ejected::Refused);

@@ -7,37 +7,33 @@
 #include <array>
 #include <cerrno>
 
-namespace ScsiCommand {
-
-int run(int descriptor, std::span<const std::byte> command, std::span<std::byte> answer,
-        Answer length) {
-    constexpr unsigned timeout = 60'000;  // milliseconds
+ScsiCommand::Result ScsiCommand::run(int drive, std::span<const std::byte> command,
+                                     std::span<std::byte> answer, std::chrono::milliseconds limit) {
     constexpr unsigned char notReady = 2;
     constexpr unsigned char mediumNotPresent = 0x3a;
-    std::array<unsigned char, 16> cdb{};
-    std::transform(command.begin(), command.end(), cdb.begin(),
+    std::array<unsigned char, 16> block{};
+    std::transform(command.begin(), command.end(), block.begin(),
                    [](std::byte byte) { return std::to_integer<unsigned char>(byte); });
     std::array<unsigned char, 32> sense{};
     sg_io_hdr header{};
     header.interface_id = 'S';
     header.dxfer_direction = SG_DXFER_FROM_DEV;
     header.cmd_len = static_cast<unsigned char>(command.size());
-    header.cmdp = cdb.data();
+    header.cmdp = block.data();
     header.dxfer_len = static_cast<unsigned>(answer.size());
     header.dxferp = answer.data();
     header.mx_sb_len = static_cast<unsigned char>(sense.size());
     header.sbp = sense.data();
-    header.timeout = timeout;
-    if (ioctl(descriptor, SG_IO, &header) != 0) {
-        return errno;
+    header.timeout = static_cast<unsigned>(limit.count());
+    if (ioctl(drive, SG_IO, &header) != 0) {
+        return {errno, 0};
     }
     if ((header.info & SG_INFO_OK_MASK) != SG_INFO_OK) {
         // Fixed-format sense data: the key, and the additional code.
         const bool noDisc =
             header.sb_len_wr > 12 && (sense[2] & 0x0f) == notReady && sense[12] == mediumNotPresent;
-        return noDisc ? ENOMEDIUM : EIO;
+        return {noDisc ? ENOMEDIUM : EIO, 0};
     }
-    return length == Answer::Exact && header.resid != 0 ? EIO : 0;
+    const auto missing = static_cast<std::size_t>(std::max(header.resid, 0));
+    return {0, answer.size() - std::min(missing, answer.size())};
 }
-
-}  // namespace ScsiCommand
