@@ -6,10 +6,11 @@
 #include <string>
 
 struct DiscFacts {
-    std::string type;         // "DVD+R DL"
-    std::string volumeName;   // empty without one, or when it was not asked for
-    std::uint64_t bytes = 0;  // what an image of it holds; 0 for a blank disc
-    bool audio = false;       // audio tracks only
+    std::string type;        // "DVD+R DL"
+    std::string volumeName;  // empty without one, or when it was not asked for
+    // What an image of it holds, 0 for a blank disc; absent when only the drive could tell.
+    std::optional<std::uint64_t> bytes = 0;
+    bool audio = false;  // audio tracks only
     bool blank = false;
 
     bool operator==(const DiscFacts&) const = default;

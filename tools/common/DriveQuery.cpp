@@ -67,7 +67,7 @@ DiscFacts fromRecord(const UdevRecord& record, std::uint64_t deviceBytes) {
         disc.bytes = deviceBytes / dataSectorBytes * audioSectorBytes;
     } else if (!disc.blank) {
         disc.volumeName = record.label();
-        disc.bytes = deviceBytes;
+        disc.bytes = record.isMixed() ? record.mixedDataBytes(deviceBytes) : deviceBytes;
     }
     return disc;
 }

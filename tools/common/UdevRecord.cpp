@@ -96,6 +96,20 @@ bool UdevRecord::isAudioOnly() const {
            count("ID_CDROM_MEDIA_TRACK_COUNT_DATA") == 0;
 }
 
+bool UdevRecord::isMixed() const {
+    return count("ID_CDROM_MEDIA_TRACK_COUNT_AUDIO") > 0 &&
+           count("ID_CDROM_MEDIA_TRACK_COUNT_DATA") > 0;
+}
+
+std::optional<std::uint64_t> UdevRecord::mixedDataBytes(std::uint64_t discBytes) const {
+    // One data track in the last session: what it takes for music with data added to it.
+    const std::uint64_t start = count("ID_CDROM_MEDIA_SESSION_LAST_OFFSET");
+    if (count("ID_CDROM_MEDIA_TRACK_COUNT_DATA") != 1 || start == 0 || start >= discBytes) {
+        return std::nullopt;
+    }
+    return discBytes - start;
+}
+
 std::string UdevRecord::label() const {
     if (const auto encoded = value("ID_FS_LABEL_ENC")) {
         return Utf8::valid(Utf8::trimmed(decoded(*encoded)));

@@ -33,6 +33,11 @@ public:
     bool isBlank() const { return value("ID_CDROM_MEDIA_STATE") == "blank"; }
     // Audio tracks and no data track.
     bool isAudioOnly() const;
+    // Both audio tracks and data tracks.
+    bool isMixed() const;
+    // The bytes of the data tracks that an image holds of a disc with sound and data, whose whole
+    // is this large; absent when the record does not tell where the data begins and ends.
+    std::optional<std::uint64_t> mixedDataBytes(std::uint64_t discBytes) const;
 
     // Whether a file system was looked for and found.
     bool hasFileSystem() const { return value("ID_FS_TYPE").has_value(); }

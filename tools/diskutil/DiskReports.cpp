@@ -26,8 +26,10 @@ std::string DiskReports::info(const std::string& node, const DiscFacts& disc) {
     list.add("DeviceIdentifier", node);
     list.add("DeviceNode", "/dev/" + node);
     list.add("VolumeName", disc.volumeName);
-    list.add("TotalSize", disc.bytes);
-    list.add("Size", disc.bytes);
+    if (disc.bytes) {
+        list.add("TotalSize", *disc.bytes);
+        list.add("Size", *disc.bytes);
+    }
     return list.text();
 }
 
@@ -44,7 +46,7 @@ std::string DiskReports::table(const std::string& node, const DiscFacts& disc) {
     return "/dev/" + node + " (external, physical):\n" +
            "   #:  TYPE          NAME                               SIZE   IDENTIFIER\n" +
            "   0:  " + padded(disc.type, 13) + " " + padded(disc.volumeName, 28) + " " +
-           paddedLeft(sizeText(disc.bytes), 10) + "   " + node + "\n";
+           paddedLeft(disc.bytes ? sizeText(*disc.bytes) : "-", 10) + "   " + node + "\n";
 }
 
 std::string DiskReports::sizeText(std::uint64_t bytes) {

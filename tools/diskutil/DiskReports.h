@@ -10,6 +10,7 @@
 
 namespace DiskReports {
 
+// Without the sizes when they are not known.
 std::string info(const std::string& node, const DiscFacts& disc);
 std::string list(const std::string& node, const DiscFacts& disc);
 // A table with one row; the identifier is the last word on it.

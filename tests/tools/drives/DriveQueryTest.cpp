@@ -71,6 +71,23 @@ TEST_F(DriveQueryTest, ARecordedAudioDiscIsAsLargeAsItsFrames) {
     EXPECT_EQ(drive->disc, (DiscFacts{"CD-R", "Audio CD", 1000 * 2352, true, false}));
 }
 
+TEST_F(DriveQueryTest, ARecordedDiscOfSoundAndDataIsAsLargeAsItsDataOrOfUnknownSize) {
+    const std::string record =
+        "E:ID_CDROM=1\nE:ID_CDROM_CD=1\nE:ID_CDROM_MEDIA=1\nE:ID_CDROM_MEDIA_CD=1\n"
+        "E:ID_CDROM_MEDIA_TRACK_COUNT_AUDIO=12\nE:ID_CDROM_MEDIA_TRACK_COUNT_DATA=1\n"
+        "E:ID_FS_LABEL_ENC=EXTRA\n";
+    machine.addDrive("sr0", "11:0", 1000 * 2048);
+    machine.setRecord("11:0", record + "E:ID_CDROM_MEDIA_SESSION_LAST_OFFSET=1228800\n");
+    auto drive = byDefault();
+    ASSERT_TRUE(drive);
+    EXPECT_EQ(drive->disc, (DiscFacts{"CD-ROM", "EXTRA", 400 * 2048, false, false}));
+    machine.setRecord("11:0", record);
+    drive = byDefault();
+    ASSERT_TRUE(drive);
+    EXPECT_EQ(drive->disc, (DiscFacts{"CD-ROM", "EXTRA", std::nullopt, false, false}));
+    EXPECT_THAT(devices.questions, IsEmpty());
+}
+
 TEST_F(DriveQueryTest, ARecordedBlankDiscHasItsTypeAndNoBytes) {
     machine.addDrive("sr0", "11:0", 1'073'741'312);
     machine.setRecord("11:0",

@@ -80,6 +80,25 @@ TEST(UdevRecordTest, OnlyADiscWithoutDataTracksIsAudio) {
     EXPECT_FALSE(UdevRecord::parse("E:ID_CDROM_MEDIA_TRACK_COUNT_AUDIO=many\n").isAudioOnly());
 }
 
+TEST(UdevRecordTest, DataBehindSoundIsAsLargeAsTheLastSession) {
+    const std::string mixed =
+        "E:ID_CDROM_MEDIA_TRACK_COUNT_AUDIO=11\nE:ID_CDROM_MEDIA_TRACK_COUNT_DATA=1\n";
+    const std::string offset = "E:ID_CDROM_MEDIA_SESSION_LAST_OFFSET=";
+    EXPECT_TRUE(UdevRecord::parse(mixed).isMixed());
+    EXPECT_EQ(UdevRecord::parse(mixed + offset + "6000\n").mixedDataBytes(10000), 4000U);
+    // Where the data ends before the sound begins, the record does not tell where.
+    EXPECT_EQ(UdevRecord::parse(mixed).mixedDataBytes(10000), std::nullopt);
+    EXPECT_EQ(UdevRecord::parse(mixed + offset + "0\n").mixedDataBytes(10000), std::nullopt);
+    EXPECT_EQ(UdevRecord::parse(mixed + offset + "10000\n").mixedDataBytes(10000), std::nullopt);
+    EXPECT_EQ(UdevRecord::parse("E:ID_CDROM_MEDIA_TRACK_COUNT_AUDIO=11\n"
+                                "E:ID_CDROM_MEDIA_TRACK_COUNT_DATA=2\n" +
+                                offset + "6000\n")
+                  .mixedDataBytes(10000),
+              std::nullopt);
+    EXPECT_FALSE(UdevRecord::parse("E:ID_CDROM_MEDIA_TRACK_COUNT_DATA=1\n").isMixed());
+    EXPECT_FALSE(UdevRecord::parse("E:ID_CDROM_MEDIA_TRACK_COUNT_AUDIO=1\n").isMixed());
+}
+
 TEST(UdevRecordTest, TheEncodedLabelIsDecodedToTheBytesOnTheDisc) {
     EXPECT_EQ(UdevRecord::decoded(R"(A\x20\x2fB)"), "A /B");
     EXPECT_EQ(UdevRecord::decoded(R"(\x5cx20)"), R"(\x20)");
