@@ -1,5 +1,7 @@
 #include "StatusReport.h"
 
+#include <algorithm>
+
 #include "Utf8.h"
 
 namespace {
@@ -7,6 +9,15 @@ namespace {
 constexpr std::size_t vendorWidth = 8;
 constexpr std::size_t productWidth = 16;
 constexpr std::size_t revisionWidth = 4;
+
+// Whoever looks for the disc's line takes the first with both of its words, and a drive can call
+// itself anything.
+std::string withoutTheDiscsWords(std::string line) {
+    if (line.find("Type:") != std::string::npos && line.find("Name:") != std::string::npos) {
+        std::replace(line.begin(), line.end(), ':', ' ');
+    }
+    return line;
+}
 
 std::string row(const std::string& vendor, const std::string& product,
                 const std::string& revision) {
@@ -19,8 +30,9 @@ std::string row(const std::string& vendor, const std::string& product,
 
 std::string StatusReport::text(const DriveFacts& drive) {
     constexpr std::size_t typeWidth = 22;
-    std::string report =
-        row("Vendor", "Product", "Rev") + row(drive.vendor, drive.product, drive.revision) + "\n";
+    std::string report = row("Vendor", "Product", "Rev") +
+                         withoutTheDiscsWords(row(drive.vendor, drive.product, drive.revision)) +
+                         "\n";
     if (!drive.disc) {
         return report + "           Type: No Media Inserted\n";
     }

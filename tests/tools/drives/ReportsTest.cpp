@@ -76,6 +76,24 @@ TEST(StatusReportTest, ALineEndInAnyTextMakesNoLine) {
     EXPECT_EQ(lines(StatusReport::text(facts)).size(), 4U);
 }
 
+TEST(StatusReportTest, ADriveCannotCallItselfADisc) {
+    DriveFacts facts = drive();
+    facts.vendor = "Type: CD";
+    facts.product = "Name: /dev/sda";
+    const auto rows = lines(StatusReport::text(facts));
+    EXPECT_EQ(rows[1], " Type  CD Name  /dev/sda    RF00");
+    facts.product = "At 3:1";
+    EXPECT_EQ(lines(StatusReport::text(facts))[1], " Type: CD At 3:1            RF00");
+}
+
+TEST(DiskReportsTest, AnUnknownSizeIsLeftOut) {
+    DiscFacts disc = *drive().disc;
+    disc.bytes.reset();
+    EXPECT_THAT(DiskReports::info("sr0", disc), Not(HasSubstr("Size")));
+    EXPECT_THAT(DiskReports::info("sr0", disc), HasSubstr("My Disc"));
+    EXPECT_THAT(DiskReports::table("sr0", disc), EndsWith(" -   sr0\n"));
+}
+
 TEST(DiskReportsTest, TheInformationHoldsAllItsKeys) {
     const std::string text = DiskReports::info("sr0", *drive().disc);
     EXPECT_THAT(text, HasSubstr("<key>DeviceIdentifier</key>\n\t<string>sr0</string>"));
