@@ -12,7 +12,11 @@
 #include <iterator>
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <stdexcept>
+#include <vector>
+
+#include "DiscType.h"
 
 namespace {
 
@@ -65,10 +69,11 @@ double seconds(const Json& value) {
 std::string discType(const Json& value, const std::string& key) {
     std::string type = text(value, key);
     std::string lower = type;
+    lower.erase(std::remove_if(lower.begin(), lower.end(), [](char c) { return c == ' '; }),
+                lower.end());
     std::transform(lower.begin(), lower.end(), lower.begin(),
                    [](unsigned char letter) { return std::tolower(letter); });
-    if (type.find_first_not_of(' ') == std::string::npos || lower == "none" ||
-        type.find(':') != std::string::npos) {
+    if (lower.empty() || lower == "none" || type.find(':') != std::string::npos) {
         throw Wrong(inQuotes(key) + " must be a type of disc, not " + inQuotes(type));
     }
     return type;
@@ -158,6 +163,27 @@ void apply(const Json& root, PracticeDrive& drive, DiscKeys& disc) {
     }
 }
 
+// Refuses a name that an object gives twice: the parser would take the last value without a word.
+class UniqueNames {
+public:
+    bool operator()(int /*depth*/, Json::parse_event_t event, Json& parsed) {
+        if (event == Json::parse_event_t::object_start) {
+            m_open.emplace_back();
+        } else if (event == Json::parse_event_t::object_end) {
+            m_open.pop_back();
+        } else if (event == Json::parse_event_t::key) {
+            const auto& name = parsed.get_ref<const std::string&>();
+            if (!m_open.back().insert(name).second) {
+                throw Wrong(inQuotes(name) + " is given twice");
+            }
+        }
+        return true;
+    }
+
+private:
+    std::vector<std::set<std::string>> m_open;  // the names so far of each object that is open
+};
+
 bool readWhole(const std::string& path, std::string& content) {
     std::ifstream file(path, std::ios::binary);
     content.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
@@ -182,7 +208,7 @@ void readSettings(PracticeDrive& drive, DiscKeys& disc) {
         throw Wrong(path + ": not valid JSON: it holds a null byte");
     }
     try {
-        apply(Json::parse(content), drive, disc);
+        apply(Json::parse(content, UniqueNames()), drive, disc);
     } catch (const Json::exception& problem) {
         std::string what = problem.what();
         std::replace(what.begin(), what.end(), '\n', ' ');
@@ -190,13 +216,6 @@ void readSettings(PracticeDrive& drive, DiscKeys& disc) {
     } catch (const Wrong& wrong) {
         throw Wrong(path + ": " + wrong.what());
     }
-}
-
-const char* typeForSize(std::uint64_t bytes) {
-    if (bytes <= 900'000'000ULL) {
-        return "CD-ROM";
-    }
-    return bytes <= 9'000'000'000ULL ? "DVD-ROM" : "BD-ROM";
 }
 
 std::optional<PracticeDisc> readDisc(const PracticeDrive& drive, const DiscKeys& keys) {
@@ -214,7 +233,7 @@ std::optional<PracticeDisc> readDisc(const PracticeDrive& drive, const DiscKeys&
     }
     disc.bytes = static_cast<std::uint64_t>(status.st_size);
     disc.audio = keys.audio;
-    disc.type = keys.type.value_or(typeForSize(disc.bytes));
+    disc.type = keys.type.value_or(std::string(DiscType::ofSize(disc.bytes)));
     disc.volumeName = keys.volumeName;
     return disc;
 }

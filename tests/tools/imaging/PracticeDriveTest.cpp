@@ -152,7 +152,18 @@ TEST_F(PracticeDriveTest, AWrongTypeIsAnErrorThatNamesTheKey) {
         {R"({"faults": [{"lba": 1, "kind": "hang", "seconds": "1"}]})", "\"seconds\""},
         {R"({"faults": [{"lba": 2, "kind": "hang", "count": 18446744073709551615}]})",
          "too large together"},
+        {R"({"vendor": "A", "vendor": "A"})", "\"vendor\" is given twice"},
+        {R"({"faults": [{"lba": 1, "kind": "hang", "lba": 2}]})", "\"lba\" is given twice"},
+        {R"({"discType": ""})", "\"discType\" must be a type of disc"},
+        {R"({"discType": " none "})", "\"discType\" must be a type of disc"},
+        {R"({"bytesPerSecond": 18446744073709551616})", "\"bytesPerSecond\" must be"},
+        {R"({"faults": [{"lba": 1e3, "kind": "hang"}]})", "\"lba\" must be a whole number"},
+        {R"({"faults": [{"lba": 1, "kind": "hang", "seconds": 1e999}]})", "not valid JSON"},
         {R"([])", "one JSON object"},
+        {"null", "one JSON object"},
+        {"{} {}", "not valid JSON"},
+        {"{'vendor': 'A'}", "not valid JSON"},
+        {"{\"vendor\": \"A\",}", "not valid JSON"},
         {R"({"vendor": "ACME")", "not valid JSON"},
         {"", "not valid JSON"},
         {"{\"vendor\": \"\xff\"}", "not valid JSON"},
@@ -163,6 +174,27 @@ TEST_F(PracticeDriveTest, AWrongTypeIsAnErrorThatNamesTheKey) {
         EXPECT_THAT(m_error, HasSubstr(message)) << json;
         EXPECT_THAT(m_error, Not(HasSubstr("\n"))) << json;
     }
+}
+
+TEST_F(PracticeDriveTest, TheSameNameInTwoObjectsIsNotGivenTwice) {
+    const auto drive = readWith(R"({"faults": [{"lba": 1, "kind": "hang"},
+        {"lba": 2, "kind": "hang"}], "notes": {"lba": 3, "more": {"faults": 4}}})");
+    ASSERT_TRUE(drive) << m_error;
+    EXPECT_EQ(drive->faults.size(), 2U);
+}
+
+TEST_F(PracticeDriveTest, AByteOrderMarkBeforeTheSettingsDoesNoHarm) {
+    const auto drive = readWith("\xEF\xBB\xBF{\"vendor\": \"ACME\"}");
+    ASSERT_TRUE(drive) << m_error;
+    EXPECT_EQ(drive->vendor, "ACME");
+}
+
+TEST_F(PracticeDriveTest, DeeplyNestedSettingsDoNotBringTheToolDown) {
+    std::string json = R"({"notes": )";
+    json.append(100'000, '[').append(100'000, ']').append("}");
+    EXPECT_TRUE(readWith(json)) << m_error;
+    json.pop_back();
+    EXPECT_FALSE(readWith(json));
 }
 
 TEST_F(PracticeDriveTest, SettingsThatCannotBeReadAreAnError) {
