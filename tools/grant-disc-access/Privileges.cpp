@@ -31,6 +31,23 @@ bool failed(const char* step, std::string* problem) {
     return false;
 }
 
+// A small limit of the caller's could cut the account files short, or end the account tool between
+// two of them.
+bool setLimits() {
+    constexpr rlim_t enoughFiles = 1024;
+    const rlimit unlimited = {RLIM_INFINITY, RLIM_INFINITY};
+    const rlimit nothing = {0, 0};
+    rlimit files = {};
+    if (setrlimit(RLIMIT_FSIZE, &unlimited) != 0 || setrlimit(RLIMIT_CPU, &unlimited) != 0 ||
+        setrlimit(RLIMIT_AS, &unlimited) != 0 || setrlimit(RLIMIT_DATA, &unlimited) != 0 ||
+        setrlimit(RLIMIT_CORE, &nothing) != 0 || getrlimit(RLIMIT_NOFILE, &files) != 0) {
+        return false;
+    }
+    files.rlim_cur = std::max(files.rlim_cur, enoughFiles);
+    files.rlim_max = std::max(files.rlim_max, files.rlim_cur);
+    return setrlimit(RLIMIT_NOFILE, &files) == 0;
+}
+
 }  // namespace
 
 bool Privileges::shedInheritance(std::string* problem) {
@@ -53,14 +70,7 @@ bool Privileges::shedInheritance(std::string* problem) {
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
-    // A small limit of the caller's could cut the account files short.
-    const rlimit unlimited = {RLIM_INFINITY, RLIM_INFINITY};
-    const rlimit nothing = {0, 0};
-    if (setrlimit(RLIMIT_FSIZE, &unlimited) != 0 || setrlimit(RLIMIT_CPU, &unlimited) != 0 ||
-        setrlimit(RLIMIT_CORE, &nothing) != 0) {
-        return failed("cannot set the limits", problem);
-    }
-    return true;
+    return setLimits() || failed("cannot set the limits", problem);
 }
 
 bool Privileges::keepOnlyNeeded(std::string* problem) {

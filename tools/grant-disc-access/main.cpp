@@ -36,6 +36,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <vector>
 
 #include "AccessGrant.h"
 #include "Privileges.h"
@@ -50,21 +51,28 @@ int end(int status, const std::string& sentence) {
 }
 
 // The user may read the nodes from now on; this is about nodes that the system makes later.
-int grantForTheFuture(const AccessGrant::User& user, gid_t number) {
-    const auto group = AccessGrant::groupForDiscs(number);
-    if (!group) {
-        return end(EXIT_SUCCESS,
-                   user.name + " may read the optical drives until they are removed.");
+int grantForTheFuture(const AccessGrant::User& user,
+                      const std::vector<AccessGrant::Drive>& drives) {
+    bool forAll = true;
+    std::vector<gid_t> groups = user.groups;
+    for (const AccessGrant::Drive& drive : drives) {
+        const auto group = AccessGrant::groupForDiscs(drive.group);
+        forAll = forAll && group;
+        if (!group || std::find(groups.begin(), groups.end(), drive.group) != groups.end()) {
+            continue;
+        }
+        std::string problem;
+        if (!AccessGrant::addToGroup(user, *group, AccessGrant::systemTools(), &problem)) {
+            return end(EXIT_FAILURE, user.name +
+                                         " may read the optical drives until they are removed, "
+                                         "but is not in the group " +
+                                         *group + ": " + problem);
+        }
+        groups.push_back(drive.group);
     }
-    std::string problem;
-    if (std::find(user.groups.begin(), user.groups.end(), number) == user.groups.end() &&
-        !AccessGrant::addToGroup(user, *group, AccessGrant::systemTools(), &problem)) {
-        return end(EXIT_FAILURE, user.name +
-                                     " may read the optical drives until they are removed, "
-                                     "but is not in the group " +
-                                     *group + ": " + problem);
-    }
-    return end(EXIT_SUCCESS, user.name + " may read the optical drives.");
+    return end(EXIT_SUCCESS, user.name + (forAll ? " may read the optical drives."
+                                                 : " may read the optical drives; some of them "
+                                                   "only until they are removed."));
 }
 
 }  // namespace
@@ -94,5 +102,5 @@ int main(int argc, char**) {
             return end(EXIT_FAILURE, problem);
         }
     }
-    return grantForTheFuture(*user, drives.front().group);
+    return grantForTheFuture(*user, drives);
 }

@@ -153,6 +153,55 @@ PKEXEC_UID=54321 SECRET=x LD_LIBRARY_PATH=/nonexistent "$3")sh");
     EXPECT_THAT(result.output, HasSubstr("\n/\n"));
 }
 
+TEST_F(WholeProgramTest, AGrantIsNotCutShortByTheLimitsOfWhoAskedForIt) {
+    const ToolResult result = run(R"sh(cat >"$0/usermod" <<'END'
+#!/bin/sh
+echo "limits: $(ulimit -f) $(ulimit -t) $(ulimit -v) $(ulimit -d) $(ulimit -c)"
+[ "$(ulimit -n)" -ge 1024 ] && echo "files: enough"
+echo "mask: $(umask)"
+grep -E 'SigBlk|SigIgn' /proc/self/status
+END
+chmod 755 "$0/usermod"
+mount --bind "$0/usermod" /usr/sbin/usermod
+umask 0077
+trap '' HUP INT TERM PIPE
+ulimit -Sc 100
+ulimit -St 1000
+ulimit -Sn 16
+ulimit -Sd 4000000
+ulimit -Sf 100
+PKEXEC_UID=54321 "$3")sh");
+    ASSERT_EQ(result.status, 0) << result.output;
+    EXPECT_THAT(result.output,
+                HasSubstr("limits: unlimited unlimited unlimited unlimited 0\nfiles: enough\n"));
+    EXPECT_THAT(result.output, HasSubstr("mask: 0022\n"));
+    EXPECT_THAT(result.output, HasSubstr("SigBlk:\t0000000000000000\n"));
+    // Two signals of the C library's own cannot be set.
+    EXPECT_THAT(result.output, ContainsRegex("SigIgn:\t0000000[01][08]0000000\n"));
+}
+
+TEST_F(WholeProgramTest, AGrantWithClosedStandardStreamsChangesTheRightFiles) {
+    const ToolResult result = run(R"sh(PKEXEC_UID=54321 "$3" <&- >&- 2>&-
+id -nG spintest
+getfacl -cpn /dev/sr0)sh");
+    EXPECT_THAT(result.output, HasSubstr("spintest cdrom\n"));
+    EXPECT_THAT(result.output, HasSubstr("user:54321:r--\n"));
+}
+
+TEST_F(WholeProgramTest, AGrantCoversEveryDriveWhateverGroupTheFirstOneHas) {
+    machine.addDrive("sr1", "11:1", 8'388'608);
+    const ToolResult result = run(R"sh(mknod -m 660 /dev/sr1 b 11 1
+chown 0:"$(getent group cdrom | cut -d: -f3)" /dev/sr1
+chown 0:0 /dev/sr0
+PKEXEC_UID=54321 "$3"
+id -nG spintest
+getfacl -cpn /dev/sr0 /dev/sr1 | grep 54321)sh");
+    ASSERT_EQ(result.status, 0) << result.output;
+    EXPECT_THAT(result.output, HasSubstr("spintest may read the optical drives; some of them only "
+                                         "until they are removed.\n"));
+    EXPECT_THAT(result.output, HasSubstr("spintest cdrom\nuser:54321:r--\nuser:54321:r--\n"));
+}
+
 TEST_F(WholeProgramTest, WithoutAnOpticalDriveNothingIsGranted) {
     const ToolResult result = run("rm /dev/sr0; PKEXEC_UID=54321 \"$3\"; id -nG spintest");
     EXPECT_THAT(result.output,
