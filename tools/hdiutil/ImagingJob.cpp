@@ -181,7 +181,7 @@ int ImagingJob::imageDisc() {
         writeText(STDERR_FILENO, "hdiutil: " + remark + "\n");
     }
     if (result.sectorsLeftOut > 0) {
-        const std::uint64_t first = result.bytes / medium->sectorBytes();
+        const std::uint64_t first = medium->firstSector() + result.bytes / medium->sectorBytes();
         writeText(STDERR_FILENO,
                   "hdiutil: left out the last " + std::to_string(result.sectorsLeftOut) +
                       " sectors, from sector " + std::to_string(first) +

@@ -147,18 +147,23 @@ private:
     // Whether this unreadable sector begins what the capacity counts though nothing is recorded
     // there. Without a file system that says so it may just as well be data.
     bool isRunOut(std::uint64_t sector) {
-        if (sector + m_medium.runOutSectors() < sectors() || m_medium.sectorBytes() != 2048 ||
-            m_medium.firstSector() != 0) {
+        if (sector + m_medium.runOutSectors() < sectors() || m_medium.sectorBytes() != 2048) {
             return false;
         }
         if (sector + 1 < sectors() && m_reader.isReadable(sectors() - 1)) {
             return false;
         }
-        const auto end = recordedEnd(
+        auto end = recordedEnd(
             [this, sector](std::uint64_t at, std::span<std::byte> buffer) {
                 return at < sector && m_medium.read(at * buffer.size(), buffer) == 0;
             },
             sectors());
+        // Some programs count a later track's file system from the track, some from the disc. An
+        // end that fits the track is never taken for the disc's: too late an end only costs the
+        // run-out, too early a one would cost data.
+        if (end && *end > sectors() && *end >= m_medium.firstSector()) {
+            *end -= m_medium.firstSector();
+        }
         return end && *end <= sector;
     }
 

@@ -240,6 +240,27 @@ TEST(CopierTest, ABadSectorOfALaterTrackIsNumberedAsTheDriveCounts) {
     EXPECT_EQ(Copier(medium, sink).run().sector, 10'005U);
 }
 
+TEST(CopierTest, RunOutSectorsOfALaterTrackAreLeftOutHoweverItsFileSystemCounts) {
+    for (const std::uint32_t end : {698U, 10'698U}) {
+        FaultyMedium medium(isoImage(700, end));
+        medium.first = 10'000;
+        medium.failuresLeft = {{698, FaultyMedium::always}, {699, FaultyMedium::always}};
+        FaultySink sink;
+        const auto result = Copier(medium, sink).run();
+        EXPECT_EQ(result.kind, Kind::Copied) << end;
+        EXPECT_EQ(result.sectorsLeftOut, 2U) << end;
+    }
+    for (const std::uint32_t end : {699U, 10'699U, 10'700U}) {
+        FaultyMedium medium(isoImage(700, end));
+        medium.first = 10'000;
+        medium.failuresLeft = {{698, FaultyMedium::always}, {699, FaultyMedium::always}};
+        FaultySink sink;
+        const auto result = Copier(medium, sink).run();
+        EXPECT_EQ(result.kind, Kind::Unreadable) << end;
+        EXPECT_EQ(result.sector, 10'698U) << end;
+    }
+}
+
 TEST(CopierTest, AFileSystemThatClaimsMoreThanTheDiscHasIsReported) {
     FaultyMedium medium(isoImage(700, 900));
     FaultySink sink;
