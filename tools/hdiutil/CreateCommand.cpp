@@ -39,6 +39,11 @@ std::optional<CreateCommand> CreateCommand::parse(std::span<const char* const> a
         *problem = "the only format is UDTO, not " + format;
         return std::nullopt;
     }
+    // With ".cdr" added it would name a hidden file in that folder.
+    if (command.image.ends_with('/')) {
+        *problem = "-o needs the name of a file, not of the folder " + command.image;
+        return std::nullopt;
+    }
     if (!command.image.ends_with(extension)) {
         command.image += extension;
     }

@@ -31,10 +31,20 @@ void keepStandardStreamsOpen() {
     }
 }
 
+// Whoever started it may be deaf to the signal, and a child is so too unless it says otherwise.
+void heedTermination() {
+    std::signal(SIGTERM, SIG_DFL);
+    sigset_t termination;
+    sigemptyset(&termination);
+    sigaddset(&termination, SIGTERM);
+    sigprocmask(SIG_UNBLOCK, &termination, nullptr);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     keepStandardStreamsOpen();
+    heedTermination();
     // Both then are errors of a write, which can be answered.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);

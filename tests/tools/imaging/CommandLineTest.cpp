@@ -47,6 +47,11 @@ TEST(CreateCommandTest, WhateverElseIsAskedIsAUsageError) {
         {{"-srcdevice"}, "-srcdevice needs a value"},
         {{"-o", ""}, "-o needs a value"},
         {{"-o", "x", "-o", "y"}, "-o is given twice"},
+        {{"-srcdevice", "/dev/sr0", "-srcdevice", "/dev/sr0"}, "-srcdevice is given twice"},
+        {{"-srcdevice", "/dev/sr0", "-format", "UDTO", "-o", "folder/"},
+         "-o needs the name of a file, not of the folder folder/"},
+        {{"-srcdevice", "/dev/sr0", "-format", "UDTO", "-o", "/"}, "not of the folder /"},
+        {{"-srcdevice", "-format", "UDTO", "-o", "x"}, "unknown option UDTO"},
         {{"-verbose"}, "unknown option -verbose"},
         {{"file"}, "unknown option file"},
     };

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -120,6 +121,17 @@ TEST_F(HdiutilTest, ProgressBeginsUnknownRisesAndEndsWithTheFileName) {
     }
 }
 
+TEST_F(HdiutilTest, ThereAreAtMostTenProgressLinesASecond) {
+    insert(patternBytes(6 * mebibyte));
+    drive(R"({"bytesPerSecond": 4000000})");
+    const auto began = std::chrono::steady_clock::now();
+    const auto result = create("image", {"-puppetstrings"});
+    // Measured around the program, so a slow machine only allows more.
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - began;
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_LE(linesOf(result.out).size() - 1, 10 * took.count() + 1);
+}
+
 TEST_F(HdiutilTest, WithoutTheOptionThereAreNoProgressLines) {
     insert(patternBytes(4096));
     EXPECT_EQ(linesOf(create("image").out).size(), 1U);
@@ -135,6 +147,9 @@ TEST_F(HdiutilTest, AnUnreadableSectorIsNamedAndWhatCameBeforeItStays) {
               "Input/output error\n");
     EXPECT_EQ(result.out, "");
     EXPECT_TRUE(image() == disc.substr(0, 1000 * sectorBytes));
+    struct stat status {};
+    ASSERT_EQ(stat(folder.path("image.cdr").c_str(), &status), 0);
+    EXPECT_LT(static_cast<std::size_t>(status.st_blocks) * 512, 3 * mebibyte);
     const auto commands = reads();
     EXPECT_EQ(std::count_if(commands.begin(), commands.end(),
                             [](const std::string& line) { return line.ends_with(" failed"); }),
@@ -322,6 +337,32 @@ TEST_F(HdiutilTest, TerminatingItWorksWhileTheDriveDoesNotAnswer) {
     ASSERT_EQ(run->readLine(), "PERCENT:-1");
     run->signal(SIGTERM);
     EXPECT_EQ(run->wait().status, -SIGTERM);
+}
+
+TEST_F(HdiutilTest, TerminatingItWorksThoughItWasStartedDeafToTheSignal) {
+    insert(patternBytes(mebibyte));
+    drive(R"({"faults": [{"lba": 0, "kind": "hang", "seconds": 86400}]})");
+    auto run = start("image", {"-puppetstrings"}, {}, [] {
+        std::signal(SIGTERM, SIG_IGN);
+        sigset_t termination;
+        sigemptyset(&termination);
+        sigaddset(&termination, SIGTERM);
+        sigprocmask(SIG_BLOCK, &termination, nullptr);
+    });
+    ASSERT_EQ(run->readLine(), "PERCENT:-1");
+    run->signal(SIGTERM);
+    EXPECT_EQ(run->wait().status, -SIGTERM);
+}
+
+TEST_F(HdiutilTest, WhenNobodyReadsItsProgressItStopsThoughTheDiscDoesNotOpen) {
+    insert(patternBytes(mebibyte));
+    // Opening the log of the reads waits for somebody to read the log.
+    ASSERT_EQ(mkfifo(folder.path("reads").c_str(), 0600), 0);
+    auto run = start("image", {"-puppetstrings"}, readLog());
+    ASSERT_EQ(run->readLine(), "PERCENT:-1");
+    run->closeOutput();
+    EXPECT_EQ(run->wait().status, 1);
+    EXPECT_THAT(images(), IsEmpty());
 }
 
 TEST_F(HdiutilTest, WhenNobodyReadsItsProgressItStopsAndRemovesTheImage) {

@@ -13,8 +13,9 @@ ToolRun::Result losetup(const std::vector<std::string>& arguments) {
 
 }  // namespace
 
-LoopDevice::LoopDevice(const std::string& file) {
-    auto made = losetup({"--show", "--find", "--read-only", "--sector-size", "2048", file});
+LoopDevice::LoopDevice(const std::string& file, unsigned sectorBytes) {
+    auto made = losetup(
+        {"--show", "--find", "--read-only", "--sector-size", std::to_string(sectorBytes), file});
     while (!made.out.empty() && made.out.back() == '\n') {
         made.out.pop_back();
     }

@@ -1,4 +1,5 @@
-// A read-only block device of 2048-byte sectors, as an optical drive has them, over a file; no Qt.
+// A read-only block device over a file, with sectors of 2048 bytes as an optical drive has them
+// unless asked for others; no Qt.
 //
 // Needs the superuser: tests call SKIP_WITHOUT_LOOP_DEVICES() first.
 #pragma once
@@ -10,7 +11,7 @@
 
 class LoopDevice final {
 public:
-    explicit LoopDevice(const std::string& file);
+    explicit LoopDevice(const std::string& file, unsigned sectorBytes = 2048);
     ~LoopDevice();
     LoopDevice(const LoopDevice&) = delete;
     LoopDevice& operator=(const LoopDevice&) = delete;

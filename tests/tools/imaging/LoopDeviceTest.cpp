@@ -2,12 +2,15 @@
 #include "LoopDevice.h"
 
 #include <fcntl.h>
+#include <linux/loop.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
 
+#include "DeviceMedium.h"
 #include "ImagingFixture.h"
 
 using testing::HasSubstr;
@@ -35,6 +38,37 @@ TEST_F(LoopDeviceTest, TheImageIsTheDevice) {
     const auto result = createFrom(device.node(), "image");
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_TRUE(image() == content);
+}
+
+TEST_F(LoopDeviceTest, DevicesWithOtherSectorsAreImagedToTheirLastOne) {
+    SKIP_WITHOUT_LOOP_DEVICES();
+    for (const unsigned sectorBytes : {512U, 1024U, 4096U}) {
+        const std::string content = patternBytes(2 * mebibyte + sectorBytes);
+        const LoopDevice device(folder.write("disc", content), sectorBytes);
+        ASSERT_NE(device.node(), "");
+        const auto result = createFrom(device.node(), "image" + std::to_string(sectorBytes));
+        EXPECT_EQ(result.status, 0) << result.err;
+        const auto made =
+            ScratchFolder::read(folder.path("image" + std::to_string(sectorBytes) + ".cdr"));
+        EXPECT_TRUE(made == content) << sectorBytes;
+    }
+}
+
+TEST_F(LoopDeviceTest, AFileThatIsExchangedUnderTheDeviceIsAnotherDisc) {
+    SKIP_WITHOUT_LOOP_DEVICES();
+    const LoopDevice device(folder.write("disc", patternBytes(mebibyte)));
+    std::string problem;
+    const auto medium = DeviceMedium::open(device.node(), nullptr, DiscLayout{}, &problem);
+    ASSERT_TRUE(medium) << problem;
+    EXPECT_EQ(medium->state(), Medium::State::Same);
+    const int node = open(device.node().c_str(), O_RDONLY | O_CLOEXEC);
+    const int other =
+        open(folder.write("other", patternBytes(mebibyte, 2)).c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(ioctl(node, LOOP_CHANGE_FD, other), 0);
+    EXPECT_EQ(medium->state(), Medium::State::Changed);
+    EXPECT_EQ(medium->confirmedState(), Medium::State::Changed);
+    close(other);
+    close(node);
 }
 
 TEST_F(LoopDeviceTest, ASecondRunSeesNewBytesThoughTheDeviceIsHeldOpen) {
