@@ -4,8 +4,8 @@ from cases import Rip, case, expect, expect_equal
 from guest import CLI, Fault
 
 BAD_SECTOR = 3333
-PACE = 4 << 20  # bytes per second
-HELD = 1 << 20  # bytes per second: slow enough to change the disc in mid-rip
+HEAD_START = 6 << 20  # bytes that are read at once, so that a rip gets under way
+HELD = 512 << 10  # bytes per second from then on: half a minute to change the disc in mid-rip
 SLOW = 200 << 10  # bytes per second: a read of the usual size takes five seconds
 
 
@@ -99,10 +99,10 @@ def _error_before_the_run_out(bench):
 
 
 def _rip_under_way(bench):
-    bench.guest.insert(bench.discs.named("cd", "plain").path, bytes_per_second=PACE)
+    bench.guest.insert(bench.discs.named("cd", "plain").path, bytes_per_second=HELD,
+                       head_start=HEAD_START)
     job = bench.guest.start(bench.rip_script("/root/out.iso"))
     bench.wait_for_image(job, 3 << 20)
-    bench.guest.set_pace(HELD)
     expect(job.running(), "the rip is over before the disc is touched")
     return job
 
@@ -131,7 +131,9 @@ def _swapped_silently(bench):
 def _taken_out(bench):
     job = _rip_under_way(bench)
     bench.guest.remove()
-    _expect_failure(bench, Rip(job.wait(60)))
+    rip = Rip(job.wait(60))
+    _expect_failure(bench, rip)
+    expect("remov" in rip.last("error"), f"the error: {rip.last('error')}")
 
 
 @case("The drive's button, pressed during a rip, makes the rip fail when the tray opens for it",
@@ -146,10 +148,11 @@ def _button(bench):
 
 @case("A disc that is changed during the second reading is not called verified", "udev")
 def _swapped_while_verifying(bench):
-    bench.guest.insert(bench.discs.named("cd", "plain").path, bytes_per_second=PACE)
+    disc = bench.discs.named("cd", "plain")
+    # The first reading is quick but for its end; what remains of the pace holds the second one.
+    bench.guest.insert(disc.path, bytes_per_second=HELD, head_start=disc.size - (1 << 20))
     job = bench.guest.start(bench.rip_script("/root/out.iso", "--thorough"))
     bench.guest.wait_until(f"test -e /root/out.iso || {job.ended}", 30)
-    bench.guest.set_pace(HELD)
     bench.guest.insert(bench.discs.other_cd().path, noticed=False)
     rip = Rip(job.wait(60))
     expect(rip.status in (1, 2), f"the rip's status ({rip.text[-600:]})")

@@ -155,7 +155,7 @@ def _second_drive(bench):
       "bare")
 def _unplugged(bench):
     disc = bench.discs.named("cd", "plain")
-    bench.guest.insert(disc.path, bytes_per_second=2 << 20)
+    bench.guest.insert(disc.path, bytes_per_second=512 << 10, head_start=6 << 20)
     job = bench.guest.start(bench.rip_script("/root/out.iso"))
     bench.wait_for_image(job, 4 << 20)
     bench.guest.check("echo 1 >/sys/class/block/sr0/device/delete")

@@ -145,9 +145,10 @@ class Guest:
 
     # The drive
 
-    def insert(self, image, faults=(), bytes_per_second=0, noticed=True):
+    def insert(self, image, faults=(), bytes_per_second=0, head_start=0, noticed=True):
         """Changes the disc at once, as when a hand pulls one out and puts one in; unless told
-        otherwise, returns when the guest has noticed."""
+        otherwise, returns when the guest has noticed. The pace, if there is one, counts from the
+        first `head_start` bytes on that are read."""
         self.remove()
         self._discs += 1
         name = f"disc{self._discs}"
@@ -163,7 +164,8 @@ class Guest:
         if bytes_per_second:
             self.control("object-add", {
                 "qom-type": "throttle-group", "id": f"pace{self._discs}",
-                "limits": {"bps-read": bytes_per_second, "bps-read-max": bytes_per_second}})
+                "limits": {"bps-read": bytes_per_second,
+                           "bps-read-max": max(head_start, bytes_per_second)}})
             node = {"driver": "throttle", "throttle-group": f"pace{self._discs}", "file": node,
                     "read-only": True}
         self.control("blockdev-add", {**node, "node-name": name})

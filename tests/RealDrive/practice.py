@@ -13,7 +13,8 @@ sys.dont_write_bytecode = True
 TYPES = {
     "CD": ["CD-ROM", "CD-R", "CD-RW"],
     "DVD": ["DVD-ROM", "DVD-R", "DVD-R DL", "DVD-RW", "DVD-RAM", "DVD+R", "DVD+R DL", "DVD+RW",
-            "DVD+RW DL", "HD DVD-ROM", "HD DVD-R", "HD DVD-RAM"],
+            "DVD-RW DL", "DVD+RW DL", "HD DVD-ROM", "HD DVD-R", "HD DVD-RAM", "HD DVD-RW",
+            "HD DVD-R DL", "HD DVD-RW DL"],
     "BD": ["BD-ROM", "BD-R", "BD-RE"],
 }
 
