@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -122,8 +123,9 @@ TEST_F(HdiutilTest, ProgressBeginsUnknownRisesAndEndsWithTheFileName) {
 }
 
 TEST_F(HdiutilTest, ThereAreAtMostTenProgressLinesASecond) {
-    insert(patternBytes(6 * mebibyte));
-    drive(R"({"bytesPerSecond": 4000000})");
+    // About a mebibyte a read: fast enough for twice as many lines.
+    insert(patternBytes(30 * mebibyte));
+    drive(R"({"bytesPerSecond": 20000000})");
     const auto began = std::chrono::steady_clock::now();
     const auto result = create("image", {"-puppetstrings"});
     // Measured around the program, so a slow machine only allows more.
@@ -383,6 +385,20 @@ TEST_F(HdiutilTest, WhenNobodyReadsItsProgressItStopsThoughTheDriveDoesNotAnswer
     ASSERT_EQ(run->readLine(), "PERCENT:-1");
     run->closeOutput();
     EXPECT_EQ(run->wait().status, 1);
+    EXPECT_THAT(images(), IsEmpty());
+}
+
+TEST_F(HdiutilTest, WhenNobodyHasEverReadItsProgressItEndsWithoutASignal) {
+    insert(patternBytes(mebibyte));
+    const auto result = create("image", {"-puppetstrings"}, {}, [] {
+        std::array<int, 2> ends{};
+        if (pipe(ends.data()) != 0 || dup2(ends[1], STDOUT_FILENO) < 0) {
+            _exit(126);
+        }
+        close(ends[0]);
+        close(ends[1]);
+    });
+    EXPECT_EQ(result.status, 1) << result.err;
     EXPECT_THAT(images(), IsEmpty());
 }
 
