@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <QFile>
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <memory>
@@ -15,16 +16,19 @@ namespace {
 
 // Below this the thread costs more than the wait.
 constexpr off_t worthAThread = 64 * 1024 * 1024;
+constexpr off_t blockSize = 512;  // of stat()
 
 }  // namespace
 
 Descriptor FileRemoval::hold(const QString& path) {
-    // A pipe or a device must not be waited for, and a link's target is not what is removed.
-    Descriptor content(
-        open(QFile::encodeName(path).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    // The name and not the content: opening a device or a pipe can do things to it, and a link's
+    // target is not what is removed.
+    Descriptor content(open(QFile::encodeName(path).constData(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     struct stat attributes = {};
+    // By the space that it takes, too: an image has all of its own from the start.
     if (!content.isOpen() || fstat(content.number(), &attributes) != 0 ||
-        !S_ISREG(attributes.st_mode) || attributes.st_size < worthAThread) {
+        !S_ISREG(attributes.st_mode) ||
+        std::max<off_t>(attributes.st_size, attributes.st_blocks * blockSize) < worthAThread) {
         return Descriptor();
     }
     return content;

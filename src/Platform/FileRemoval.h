@@ -15,8 +15,8 @@ namespace FileRemoval {
 int remove(const QString& path);
 
 // Holds the file's content until it is released: open this before something else removes or
-// replaces the file, and let it go with release(). Not open when there is no regular file to be
-// opened.
+// replaces the file, and let it go with release(). Only holds, neither reads nor writes. Not open
+// when there is no regular file that is worth it.
 Descriptor hold(const QString& path);
 void release(Descriptor content);
 
