@@ -173,6 +173,8 @@ void ISORipper::toolEnded(const std::shared_ptr<Rip>& rip, int status) {
 void ISORipper::copyEnded(const std::shared_ptr<Rip>& rip) {
     const std::shared_ptr<StagedCopy> copy = std::exchange(m_copy, nullptr);
     if (m_cancelled) {
+        // It may have been whole before it heard of the cancellation.
+        copy->discard();
         publishStopped();
         removeTemporaryImage();
         return;
@@ -223,7 +225,7 @@ void ISORipper::publishMoved(const Rip& rip, int moveError) {
 void ISORipper::cancel() {
     m_cancelled = true;
     if (m_copy) {
-        m_copy->discard();
+        m_copy->cancel();
     } else if (m_process) {
         ProcessTree::terminate(*m_process);
     }

@@ -11,10 +11,10 @@
 #include <utility>
 #include <vector>
 
+#include "AbandonedCopies.h"
 #include "BackgroundThread.h"
 #include "Descriptor.h"
 #include "FileRemoval.h"
-#include "UserFolders.h"
 
 namespace {
 
@@ -43,6 +43,20 @@ ssize_t readSome(int descriptor, std::vector<char>& buffer) {
         count = read(descriptor, buffer.data(), buffer.size());
     } while (count < 0 && errno == EINTR);
     return count;
+}
+
+// A place that is too small says so now instead of after half an hour: a disk without the space, or
+// a file system whose files cannot be as large.
+int makeRoom(int output, off_t size) {
+    if (lseek(output, size, SEEK_SET) < 0) {
+        return EFBIG;
+    }
+    lseek(output, 0, SEEK_SET);
+    if (fallocate(output, FALLOC_FL_KEEP_SIZE, 0, size) != 0 &&
+        (errno == ENOSPC || errno == EDQUOT || errno == EFBIG)) {
+        return errno;
+    }
+    return 0;
 }
 
 // An image is larger than what is worth keeping in memory.
@@ -80,8 +94,7 @@ int moveFile(const QString& source, const QString& destination) {
 StagedCopy::StagedCopy(const QString& source, const QString& destination)
     : m_source(source),
       m_destination(destination),
-      m_staging(QFileInfo(destination).path() + QStringLiteral("/.spindrift-") +
-                UserFolders::freshIdentifier() + QStringLiteral(".part")) {}
+      m_staging(AbandonedCopies::freshPath(destination)) {}
 
 StagedCopy::~StagedCopy() {
     discard();
@@ -102,8 +115,12 @@ std::shared_ptr<StagedCopy> StagedCopy::begin(const QString& source, const QStri
     return staged;
 }
 
+void StagedCopy::cancel() {
+    m_cancelled = true;
+}
+
 void StagedCopy::discard() {
-    m_discarded = true;
+    m_cancelled = true;
     FileRemoval::remove(m_staging);
 }
 
@@ -117,7 +134,8 @@ int StagedCopy::commit() {
     return error;
 }
 
-int StagedCopy::copy() {
+int StagedCopy::copy() const {
+    AbandonedCopies::removeFrom(QFileInfo(m_destination).path());
     const Descriptor input(open(QFile::encodeName(m_source).constData(), O_RDONLY | O_CLOEXEC));
     struct stat original = {};
     if (!input.isOpen() || fstat(input.number(), &original) != 0) {
@@ -129,23 +147,32 @@ int StagedCopy::copy() {
     if (!output.isOpen()) {
         return errno;
     }
-    // A disk that is too small says so now instead of after half an hour.
-    if (fallocate(output.number(), FALLOC_FL_KEEP_SIZE, 0, original.st_size) != 0 &&
-        errno == ENOSPC) {
-        return ENOSPC;
+    AbandonedCopies::claim(output.number());
+    const int error = copyContent(input.number(), output.number());
+    if (error != 0) {
+        unlink(staging.constData());
+    }
+    return error;
+}
+
+int StagedCopy::copyContent(int input, int output) const {
+    struct stat original = {};
+    if (fstat(input, &original) != 0) {
+        return errno;
+    }
+    if (const int error = makeRoom(output, original.st_size); error != 0) {
+        return error;
     }
     std::vector<char> buffer(blockSize);
     off_t position = 0;
     off_t flushed = 0;
     while (true) {
-        if (m_discarded) {
-            // Once more: the file may have come into being after discard() looked for it.
-            unlink(staging.constData());
+        const ssize_t count = readSome(input, buffer);
+        if (m_cancelled) {
             return ECANCELED;
         }
-        const ssize_t count = readSome(input.number(), buffer);
         if (count < 0 ||
-            (count > 0 && !writeAll(output.number(), buffer.data(), static_cast<size_t>(count)))) {
+            (count > 0 && !writeAll(output, buffer.data(), static_cast<size_t>(count)))) {
             return errno;
         }
         if (count == 0) {
@@ -153,9 +180,13 @@ int StagedCopy::copy() {
         }
         position += count;
         if (position - flushed >= flushWindow) {
-            flush(input.number(), output.number(), flushed, position);
+            flush(input, output, flushed, position);
             flushed = position;
         }
     }
-    return fsync(output.number()) == 0 ? 0 : errno;
+    // Somebody else has cut it off meanwhile.
+    if (position < original.st_size) {
+        return EIO;
+    }
+    return fsync(output) == 0 ? 0 : errno;
 }

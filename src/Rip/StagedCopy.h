@@ -2,7 +2,8 @@
 //
 // Shared by the rip engine (main thread) and the thread that copies. begin(), then, once the
 // callback has come, commit() puts the copy in place in one step and removes the original. A copy
-// that is discarded, or dropped before commit(), leaves nothing behind; the original stays then.
+// that fails, is cancelled or discarded, or dropped before commit() leaves nothing behind; the
+// original stays then. What a killed program leaves goes when the next copy in that folder begins.
 #pragma once
 
 #include <QString>
@@ -21,7 +22,12 @@ public:
     StagedCopy(const StagedCopy&) = delete;
     StagedCopy& operator=(const StagedCopy&) = delete;
 
-    // Makes a copy that runs end soon; what it has written is gone at once. Main thread.
+    // Makes a copy that runs end soon, with ECANCELED; the copying thread removes what it has
+    // written before its callback. Never waits. Main thread.
+    void cancel();
+
+    // The same, and what has been written is gone at once, for a program that may end at any time.
+    // Waits for the file system while it is busy with the copy. Main thread.
     void discard();
 
     // After the callback; main thread. 0, or the error number of what failed; the copy is gone
@@ -30,12 +36,13 @@ public:
 
 private:
     StagedCopy(const QString& source, const QString& destination);
-    int copy();
+    int copy() const;
+    int copyContent(int input, int output) const;
 
     const QString m_source;
     const QString m_destination;
     const QString m_staging;
-    std::atomic<bool> m_discarded = false;
+    std::atomic<bool> m_cancelled = false;
     int m_error = 0;  // written by the copying thread before the callback
 };
 

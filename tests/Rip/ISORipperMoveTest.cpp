@@ -2,8 +2,10 @@
 #include <QDir>
 
 #include "BackgroundThread.h"
+#include "OrdinaryUser.h"
 #include "OtherFileSystem.h"
 #include "RipperTest.h"
+#include "SmallFileSystem.h"
 
 namespace {
 
@@ -93,6 +95,31 @@ TEST_F(ISORipperMoveTest, ANameThatIsTooLongIsAMoveError) {
     ripTo(folder.path(QString(300, u'x')));
     EXPECT_EQ(asText(ripper->error()),
               QStringLiteral("imagingFailed: Could not move image into place: File name too long"));
+}
+
+TEST_F(ISORipperMoveTest, AFileThatCannotBeReplacedIsAMoveErrorAndNoMissingPermission) {
+    const QString closed = folder.path(QStringLiteral("closed"));
+    const QString old = folder.write(QStringLiteral("closed/disc.iso"), "old");
+    ASSERT_EQ(chmod(QFile::encodeName(closed).constData(), 0500), 0);
+    {
+        stub(hdiutil, image);
+        const OrdinaryUser user({folder.path(), folder.temporary(), folder.toolRoot(),
+                                 folder.toolRoot() + QLatin1String(hdiutil), closed});
+        startTo(old);
+        EXPECT_TRUE(waitForEnd());
+    }
+    EXPECT_EQ(asText(ripper->error()),
+              QStringLiteral("imagingFailed: Could not move image into place: Permission denied"));
+    EXPECT_EQ(TestFolder::read(old), QByteArray("old"));
+    EXPECT_EQ(temporaryFiles().size(), 1);
+    ASSERT_EQ(chmod(QFile::encodeName(closed).constData(), 0700), 0);
+}
+
+TEST_F(ISORipperMoveTest, APipeAtTheDestinationIsReplacedWithoutWaitingForItsReader) {
+    ASSERT_EQ(mkfifo(QFile::encodeName(destination()).constData(), 0600), 0);
+    rip(image);
+    EXPECT_TRUE(ripper->finished());
+    EXPECT_EQ(TestFolder::read(destination()), QByteArray("image"));
 }
 
 TEST_F(ISORipperMoveTest, WithinOneFileSystemTheImageItselfMoves) {
@@ -205,6 +232,37 @@ TEST_F(ISORipperFarMoveTest, TheTemporaryImageStaysWhenItCannotBeCopied) {
                              "directory"));
     EXPECT_EQ(TestFolder::read(temporaryImage()), QByteArray("image"));
     EXPECT_EQ(TestFolder::list(other.path()), QStringList());
+}
+
+TEST_F(ISORipperFarMoveTest, AFullDiskThereKeepsWhatStoodThereAndTheTemporaryImage) {
+    const QString small = folder.path(QStringLiteral("small"));
+    QDir().mkpath(small);
+    const SmallFileSystem disk(small, "64k");
+    NEEDS_A_SMALL_FILE_SYSTEM(disk);
+    folder.write(QStringLiteral("small/disc.iso"), "old");
+    stub(hdiutil, "head -c 100000 /dev/zero > \"$out\"");
+    startTo(small + QStringLiteral("/disc.iso"));
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(asText(ripper->error()),
+              QStringLiteral("imagingFailed: Could not move image into place: No space left on "
+                             "device"));
+    EXPECT_EQ(TestFolder::list(small), QStringList({"disc.iso"}));
+    EXPECT_EQ(TestFolder::read(folder.path(QStringLiteral("small/disc.iso"))), QByteArray("old"));
+    EXPECT_EQ(temporaryFiles().size(), 1);
+}
+
+TEST_F(ISORipperFarMoveTest, ACancelAfterTheWholeCopyLeavesNothingEither) {
+    NEEDS_ANOTHER_FILE_SYSTEM(other);
+    startWaitingCopy();
+    feed("image");
+    // The copying thread has said that it is done, and the main thread has not heard it yet.
+    ASSERT_TRUE(BackgroundThread::waitForPassing(std::chrono::minutes(1)));
+    EXPECT_TRUE(ripper->isRunning());
+    ripper->cancel();
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(changes->all(), QStringList({"isRunning=true", "isRunning=false"}));
+    EXPECT_EQ(TestFolder::list(other.path()), QStringList());
+    EXPECT_EQ(temporaryFiles(), QStringList());
 }
 
 TEST_F(ISORipperFarMoveTest, AFolderThereIsNotReplacedAndNothingIsCopied) {

@@ -5,11 +5,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QProcess>
 #include <cerrno>
 #include <future>
 
+#include "SmallFileSystem.h"
 #include "TestFolder.h"
 #include "Waiting.h"
 
@@ -85,14 +89,69 @@ TEST_F(StagedCopyTest, AFolderInTheWayKeepsBothItAndTheOriginal) {
 }
 
 TEST_F(StagedCopyTest, AFullDiskIsAnErrorAndLeavesNothingBehind) {
-    if (mount("none", QFile::encodeName(to).constData(), "tmpfs", 0, "size=1m") != 0) {
-        GTEST_SKIP() << "mounting a small file system needs root";
-    }
+    const SmallFileSystem disk(to, "1m");
+    NEEDS_A_SMALL_FILE_SYSTEM(disk);
     EXPECT_EQ(copied(source, destination)->commit(), ENOSPC);
     EXPECT_EQ(TestFolder::list(to), QStringList());
     EXPECT_TRUE(QFile::exists(source));
-    // Lazily: the copying thread may close its file a moment after its callback.
+}
+
+TEST_F(StagedCopyTest, AFileTooLargeForTheFileSystemIsAnErrorBeforeAnythingIsCopied) {
+    // Its files end at 16 GiB, and it is far smaller than that.
+    const QString image = folder.write(QStringLiteral("ext2"), QByteArray());
+    ASSERT_TRUE(QFile::resize(image, 4 << 20));
+    const QString mount =
+        QStringLiteral("mke2fs -q -F -t ext2 -b 1024 \"$0\" && mount -o loop \"$0\" \"$1\"");
+    if (QProcess::execute(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), mount, image, to}) !=
+        0) {
+        GTEST_SKIP() << "mounting a file system needs root and loop devices";
+    }
+    ASSERT_TRUE(QFile::resize(source, qint64(1) << 40));
+    EXPECT_EQ(copied(source, destination)->commit(), EFBIG);
+    EXPECT_EQ(TestFolder::list(to), QStringList({"lost+found"}));
     EXPECT_EQ(umount2(QFile::encodeName(to).constData(), MNT_DETACH), 0);
+}
+
+TEST_F(StagedCopyTest, AnOriginalThatEndsBeforeItsSizeIsAnError) {
+    // As one does that somebody cuts off while it is copied.
+    const QString cut = QStringLiteral("/sys/kernel/uevent_seqnum");
+    ASSERT_GT(QFileInfo(cut).size(), 100);
+    EXPECT_EQ(copied(cut, destination)->commit(), EIO);
+    EXPECT_EQ(TestFolder::list(to), QStringList());
+}
+
+TEST_F(StagedCopyTest, ACancelTouchesNothingAndTheCopyIsGoneBeforeTheCallback) {
+    const QString fifo = folder.path(QStringLiteral("fifo"));
+    ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    QStringList leftAtTheEnd;
+    std::promise<void> ended;
+    const auto copy = StagedCopy::begin(fifo, destination, [&] {
+        leftAtTheEnd = TestFolder::list(to);
+        ended.set_value();
+    });
+    {
+        QFile feed(fifo);
+        ASSERT_TRUE(feed.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        ASSERT_TRUE(waitUntil([&] { return TestFolder::list(to).size() == 1; }));
+        copy->cancel();
+        // The file system may be busy with the copy: the main thread must not wait for it.
+        EXPECT_EQ(TestFolder::list(to).size(), 1);
+    }
+    ended.get_future().wait();
+    EXPECT_EQ(leftAtTheEnd, QStringList());
+    EXPECT_EQ(copy->commit(), ECANCELED);
+}
+
+TEST_F(StagedCopyTest, WhatAKilledProgramLeftGoesWhenTheNextCopyBegins) {
+    const QString left = folder.write(
+        QStringLiteral("to/.spindrift-0A1B2C3D-4E5F-4A6B-8C7D-9E0F1A2B3C4D.part"), "half");
+    QFile file(left);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(file.setFileTime(QDateTime::currentDateTime().addDays(-1),
+                                 QFileDevice::FileModificationTime));
+    file.close();
+    EXPECT_EQ(copied(source, destination)->commit(), 0);
+    EXPECT_EQ(TestFolder::list(to), QStringList({"disc.iso"}));
 }
 
 TEST(MoveFileTest, AnotherFileSystemIsAnErrorOfItsOwn) {
