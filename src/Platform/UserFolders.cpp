@@ -11,12 +11,14 @@
 
 namespace {
 
+// A name that does not survive the way through text would name another folder: it counts as none.
 std::optional<QString> fromEnvironment(const char* name) {
     const QByteArray value = qgetenv(name);
-    if (value.isEmpty()) {
+    const QString text = QFile::decodeName(value);
+    if (value.isEmpty() || QFile::encodeName(text) != value) {
         return std::nullopt;
     }
-    return QFile::decodeName(value);
+    return text;
 }
 
 std::optional<QString> fromPasswordDatabase() {

@@ -38,6 +38,18 @@ TEST(UserFoldersTest, WithoutAChosenOneTemporaryImagesLieOnADisk) {
     EXPECT_EQ(UserFolders::temporary(), expected);
 }
 
+TEST(UserFoldersTest, AFolderWhoseNameIsNoTextCountsAsNone) {
+    TestFolder folder;
+    folder.setEnvironment("TMPDIR", std::nullopt);
+    folder.setEnvironment("XDG_DATA_HOME", std::nullopt);
+    const QString temporary = UserFolders::temporary();
+    const auto data = UserFolders::data();
+    folder.setEnvironment("TMPDIR", QByteArray("/caf\xE9"));
+    folder.setEnvironment("XDG_DATA_HOME", QByteArray("/caf\xE9"));
+    EXPECT_EQ(UserFolders::temporary(), temporary);
+    EXPECT_EQ(UserFolders::data(), data);
+}
+
 TEST(UserFoldersTest, TheHomeFolderHasNoSlashAtItsEnd) {
     TestFolder folder;
     folder.setEnvironment("HOME", QByteArray("/home/someone/"));
