@@ -1,6 +1,8 @@
 #include "RipSession.h"
 
+#include <QFile>
 #include <QFileInfo>
+#include <QTextBoundaryFinder>
 #include <utility>
 
 #include "BackgroundThread.h"
@@ -10,6 +12,26 @@
 #include "MainThreadLink.h"
 #include "NotificationManager.h"
 #include "OpticalDriveMonitor.h"
+
+namespace {
+
+constexpr qsizetype longestFileName = 255;  // bytes, on nearly every file system
+
+// As many whole characters from the front as fit into so many bytes of a file name.
+QString shortened(const QString& name, qsizetype bytes) {
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, name);
+    qsizetype end = 0;
+    for (qsizetype next = finder.toNextBoundary(); next > 0; next = finder.toNextBoundary()) {
+        bytes -= QFile::encodeName(name.mid(end, next - end)).size();
+        if (bytes < 0) {
+            break;
+        }
+        end = next;
+    }
+    return name.left(end);
+}
+
+}  // namespace
 
 RipSession::RipSession(OpticalDriveMonitor& monitor, ISORipper& ripper,
                        DiagnosticsStore& diagnostics, RipChoices choices, QObject* parent)
@@ -38,11 +60,12 @@ void RipSession::setDestination(const std::optional<QString>& destination) {
 }
 
 QString RipSession::defaultFileName(const OpticalDisc& disc) {
+    const QString extension = QStringLiteral(".iso");
     QString name = disc.volumeName.value_or(QString());
-    if (name.isEmpty()) {
-        name = rawValue(disc.kind);
-    }
-    return name.replace(QLatin1Char('/'), QLatin1Char('-')) + QStringLiteral(".iso");
+    // The two that no file name can hold.
+    name.replace(QLatin1Char('/'), QLatin1Char('-')).remove(QChar(u'\0'));
+    name = shortened(name, longestFileName - extension.size());
+    return (name.isEmpty() ? rawValue(disc.kind) : name) + extension;
 }
 
 void RipSession::startRip() {

@@ -40,7 +40,8 @@ public:
     const std::optional<QString>& destination() const { return m_destination; }
     void setDestination(const std::optional<QString>& destination);
 
-    // The name that a save dialog offers for this disc: "<volume name or kind>.iso", "/" as "-".
+    // The name that a save dialog offers for this disc: "<volume name or kind>.iso", "/" as "-";
+    // cut to what a file name can hold.
     static QString defaultFileName(const OpticalDisc& disc);
 
     // Starts a rip of the monitor's disc; nothing without a disc or a destination.

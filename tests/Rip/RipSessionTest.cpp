@@ -76,11 +76,11 @@ protected:
     QList<bool> ejects;
 };
 
-QString fileName(const char* volumeName, DiscKind kind = DiscKind::dvd) {
+QString fileName(const std::optional<QByteArray>& volumeName, DiscKind kind = DiscKind::dvd) {
     OpticalDisc disc;
     disc.kind = kind;
     if (volumeName) {
-        disc.volumeName = QString::fromUtf8(volumeName);
+        disc.volumeName = QString::fromUtf8(*volumeName);
     }
     return RipSession::defaultFileName(disc);
 }
@@ -97,11 +97,43 @@ TEST(DefaultFileNameTest, SlashesBecomeHyphens) {
 }
 
 TEST(DefaultFileNameTest, WithoutANameTheKindServes) {
-    EXPECT_EQ(fileName(nullptr), QStringLiteral("DVD.iso"));
+    EXPECT_EQ(fileName(std::nullopt), QStringLiteral("DVD.iso"));
     EXPECT_EQ(fileName(""), QStringLiteral("DVD.iso"));
-    EXPECT_EQ(fileName(nullptr, DiscKind::cd), QStringLiteral("CD.iso"));
-    EXPECT_EQ(fileName(nullptr, DiscKind::bd), QStringLiteral("BD.iso"));
-    EXPECT_EQ(fileName(nullptr, DiscKind::unknown), QStringLiteral("Disc.iso"));
+    EXPECT_EQ(fileName(std::nullopt, DiscKind::cd), QStringLiteral("CD.iso"));
+    EXPECT_EQ(fileName(std::nullopt, DiscKind::bd), QStringLiteral("BD.iso"));
+    EXPECT_EQ(fileName(std::nullopt, DiscKind::unknown), QStringLiteral("Disc.iso"));
+}
+
+TEST(DefaultFileNameTest, ItFitsIntoAFileNameWithItsExtension) {
+    EXPECT_EQ(fileName(QByteArray(251, 'x')), QString(251, u'x') + QStringLiteral(".iso"));
+    EXPECT_EQ(fileName(QByteArray(252, 'x')), QString(251, u'x') + QStringLiteral(".iso"));
+    EXPECT_EQ(fileName(QByteArray(1000000, 'x')), QString(251, u'x') + QStringLiteral(".iso"));
+}
+
+TEST(DefaultFileNameTest, ItIsCutBetweenWholeCharacters) {
+    const QByteArray front(249, 'x');
+    const QString kept = QString::fromUtf8(front);
+    EXPECT_EQ(fileName(front + "\xC3\xA4"), kept + u"\u00e4.iso");
+    for (const char* last : {"\xE6\x97\xA5", "\xF0\x9F\x92\xBF", "y\xCC\x81",
+                             "\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x9A\x80"}) {
+        EXPECT_EQ(fileName(front + last), kept + u".iso") << last;
+    }
+    const QString japanese = fileName(QByteArray("\xE6\x97\xA5").repeated(200));
+    EXPECT_EQ(japanese, QString(83, u'\u65e5') + u".iso");
+}
+
+TEST(DefaultFileNameTest, AnEndlessCharacterLeavesTheKind) {
+    EXPECT_EQ(fileName("y" + QByteArray("\xCC\x81").repeated(200)), QStringLiteral("DVD.iso"));
+}
+
+TEST(DefaultFileNameTest, OddNamesStayButForWhatNoFileNameCanHold) {
+    EXPECT_EQ(fileName("   "), QStringLiteral("   .iso"));
+    EXPECT_EQ(fileName(".."), QStringLiteral("...iso"));
+    EXPECT_EQ(fileName(".hidden"), QStringLiteral(".hidden.iso"));
+    EXPECT_EQ(fileName("a\nb\t"), QStringLiteral("a\nb\t.iso"));
+    EXPECT_EQ(fileName("/"), QStringLiteral("-.iso"));
+    EXPECT_EQ(fileName(QByteArray("a\0b", 3)), QStringLiteral("ab.iso"));
+    EXPECT_EQ(fileName(QByteArray("\0", 1)), QStringLiteral("DVD.iso"));
 }
 
 TEST_F(RipSessionTest, ARipReadsTheDiscsImageSource) {
