@@ -1,9 +1,16 @@
 #include "DiagnosticsStore.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <QByteArrayView>
 #include <QDir>
 #include <QFile>
+#include <algorithm>
+#include <cerrno>
 #include <nlohmann/json.hpp>
 
+#include "Descriptor.h"
 #include "Published.h"
 #include "UserFolders.h"
 
@@ -23,11 +30,33 @@ std::optional<QByteArray> readWhole(const QString& path) {
     return content;
 }
 
-// In place, so that a link or a file with its own permissions stays what it is.
+bool writeAll(int descriptor, QByteArrayView content) {
+    while (!content.isEmpty()) {
+        const ssize_t written =
+            ::write(descriptor, content.data(), static_cast<size_t>(content.size()));
+        if (written <= 0 && errno != EINTR) {
+            return false;
+        }
+        content = content.sliced(std::max<ssize_t>(written, 0));
+    }
+    return true;
+}
+
+// In place, so that a link or a file with its own permissions stays what it is. On a full disk, as
+// an image may leave behind, the old document stays whole.
 void writeOver(const QString& path, const QByteArray& content) {
-    QFile file(path);
-    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
-        file.write(content);
+    constexpr mode_t forEveryone = 0666;  // less what the user's mask takes away
+    const Descriptor file(
+        ::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_CLOEXEC, forEveryone));
+    if (!file.isOpen()) {
+        return;
+    }
+    if (::fallocate(file.number(), FALLOC_FL_KEEP_SIZE, 0, content.size()) != 0 &&
+        (errno == ENOSPC || errno == EDQUOT)) {
+        return;
+    }
+    if (writeAll(file.number(), content)) {
+        [[maybe_unused]] const int ignored = ::ftruncate(file.number(), content.size());
     }
 }
 

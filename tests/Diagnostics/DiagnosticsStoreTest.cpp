@@ -9,6 +9,8 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "OrdinaryUser.h"
+#include "SmallFileSystem.h"
 #include "StubTools.h"
 #include "TestFolder.h"
 
@@ -217,32 +219,6 @@ TEST_F(DiagnosticsStoreTest, AFolderThatCannotBeMadeKeepsTheStateInMemory) {
     EXPECT_EQ(TestFolder::read(application), QByteArray("a file in the folder's place"));
 }
 
-// While it lives, the process is an ordinary user that owns this folder and what is in it.
-class OrdinaryUser final {
-public:
-    explicit OrdinaryUser(const QStringList& paths) {
-        constexpr uid_t nobody = 65534;
-        if (geteuid() != 0) {
-            return;
-        }
-        for (const QString& path : paths) {
-            EXPECT_EQ(chown(QFile::encodeName(path).constData(), nobody, gid_t(-1)), 0);
-        }
-        EXPECT_EQ(seteuid(nobody), 0);
-        m_changed = true;
-    }
-    ~OrdinaryUser() {
-        if (m_changed) {
-            EXPECT_EQ(seteuid(0), 0);
-        }
-    }
-    OrdinaryUser(const OrdinaryUser&) = delete;
-    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
-
-private:
-    bool m_changed = false;
-};
-
 TEST_F(DiagnosticsStoreTest, InAReadOnlyFolderTheStateStaysInMemoryAndNoFileIsLost) {
     DiagnosticsStore().record(result(1));
     const QByteArray before = *TestFolder::read(resultsPath);
@@ -260,6 +236,28 @@ TEST_F(DiagnosticsStoreTest, InAReadOnlyFolderTheStateStaysInMemoryAndNoFileIsLo
     EXPECT_EQ(TestFolder::read(resultsPath), before);
     EXPECT_FALSE(QFile::exists(nicknamesPath));
     ASSERT_EQ(chmod(QFile::encodeName(application).constData(), 0700), 0);
+}
+
+TEST_F(DiagnosticsStoreTest, OnAFullDiskTheStateStaysInMemoryAndTheFilesStayWhole) {
+    QDir().mkpath(application);
+    const SmallFileSystem disk(application, "256k");
+    NEEDS_A_SMALL_FILE_SYSTEM(disk);
+    DiagnosticsStore store;
+    store.record(result(1));
+    store.setNickname(QStringLiteral("Desk"), drive);
+    QFile filler(application + QStringLiteral("/filler"));
+    ASSERT_TRUE(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    while (filler.write(QByteArray(4096, 'x')) > 0) {
+    }
+    for (int number = 2; number <= 60; ++number) {
+        store.record(result(number));
+    }
+    store.setNickname(QString(10000, u'x'), drive);
+    EXPECT_EQ(store.results().size(), 60);
+    const DiagnosticsStore next;
+    EXPECT_GE(next.results().size(), 1);
+    EXPECT_LT(next.results().size(), 60);
+    EXPECT_EQ(next.nickname(drive), QStringLiteral("Desk"));
 }
 
 TEST_F(DiagnosticsStoreTest, ASpeedWithoutAJsonFormLosesNoFile) {
