@@ -1,5 +1,7 @@
 #include "RipCommand.h"
 
+#include <QFileInfo>
+
 #include "BackgroundThread.h"
 #include "ByteCount.h"
 #include "FullDiskAccess.h"
@@ -146,6 +148,11 @@ void RipCommand::tellTheOutcome(int status) {
         // The tool may have been denied something else than the disc.
         if (error->kind() == RipError::Kind::permissionDenied && !FullDiskAccess::isGranted()) {
             m_context.errors.write(accessGuidance());
+        }
+        // It may take the space of a whole disc, or be all that there is of a disc that is dying.
+        const auto& image = m_ripper.temporaryImage();
+        if (image && QFileInfo::exists(*image)) {
+            m_context.complain(QStringLiteral("What was read is left in “%1”.").arg(*image));
         }
     } else if (const auto& verdict = m_ripper.verifyStatus()) {
         tellTheVerdict(*verdict);

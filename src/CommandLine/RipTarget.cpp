@@ -1,12 +1,44 @@
 #include "RipTarget.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <cerrno>
+
+#include "ErrorText.h"
 
 namespace {
 
 QString quoted(const QString& path) {
     return QStringLiteral("“") + path + QStringLiteral("”");
+}
+
+// Why nothing can be put into the file's folder under its name; absent when nothing speaks against
+// it.
+std::optional<QString> objectionToPlace(const QFileInfo& file) {
+    const QFileInfo place(file.path());
+    if (!place.exists()) {
+        return std::nullopt;
+    }
+    if (!place.isDir()) {
+        return quoted(file.path()) + QStringLiteral(" is not a folder.");
+    }
+    const QByteArray folder = QFile::encodeName(file.path());
+    if (::faccessat(AT_FDCWD, folder.constData(), W_OK | X_OK, AT_EACCESS) != 0) {
+        return QStringLiteral("Nothing can be written to the folder ") + quoted(file.path()) +
+               QStringLiteral(": ") + errorText(errno) + QLatin1Char('.');
+    }
+    const long longest = ::pathconf(folder.constData(), _PC_NAME_MAX);
+    const qsizetype length = QFile::encodeName(file.fileName()).size();
+    if (longest > 0 && length > longest) {
+        return QStringLiteral("The name of the file is too long: %1 bytes instead of at most %2.")
+            .arg(length)
+            .arg(longest);
+    }
+    return std::nullopt;
 }
 
 // Whether the path is the image that lies in the practice drive's tray.
@@ -38,6 +70,9 @@ std::optional<QString> RipTarget::objection(const QString& path, Existing existi
     const QFileInfo file(path);
     if (path.endsWith(QLatin1Char('/')) || file.isDir()) {
         return quoted(path) + QStringLiteral(" is a folder. Name the file to write.");
+    }
+    if (const auto objection = objectionToPlace(file)) {
+        return objection;
     }
     if (!file.exists() && !file.isSymLink()) {
         return std::nullopt;

@@ -54,6 +54,10 @@ public:
         return m_lastRipAverageBytesPerSecond;
     }
 
+    // Path of the last rip's temporary image, which stays after a failure; absent before the first
+    // rip. There may be no file.
+    const std::optional<QString>& temporaryImage() const { return m_cdrPath; }
+
     // Images /dev/<bsdName> to the destination (an absolute path). Returns at once.
     void start(const QString& bsdName, const QString& destination, std::optional<qint64> totalBytes,
                bool thoroughVerify);

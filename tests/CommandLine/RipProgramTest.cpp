@@ -210,7 +210,7 @@ TEST_F(RipProgramTest, AMissingPermissionForPeopleSaysHowToGetIt) {
 }
 
 TEST_F(RipProgramTest, WhoeverMayReadDiscsIsNotToldHowToGetThePermission) {
-    imagingFails("/elsewhere: Permission denied", 1);
+    CliTest::writeImagingTool(folder, "echo '/elsewhere: Permission denied' >&2; exit 1");
     folder.write("home/Library/Application Support/com.apple.TCC/TCC.db", "");
     CliProgram program({"rip", "--output", target()});
     EXPECT_EQ(program.exitStatus(), 1);
@@ -309,7 +309,28 @@ TEST_F(RipProgramTest, ForPeopleAFailureIsASentence) {
     imagingFails("no medium\\n", 1);
     CliProgram program({"rip", "--output", target()});
     EXPECT_EQ(program.exitStatus(), 1);
+    const QStringList left = CliTest::temporaryImages(folder);
+    ASSERT_EQ(left.size(), 1);
+    EXPECT_EQ(program.errors(),
+              "spindrift-cli: hdiutil exited with an error: no medium\n"
+              "spindrift-cli: What was read is left in “" +
+                  (folder.temporary() + left.first()).toUtf8() + "”.\n");
+}
+
+TEST_F(RipProgramTest, ForPeopleAFailureWithoutAnImageSaysNothingOfOne) {
+    CliTest::writeImagingTool(folder, "echo no medium >&2; exit 1");
+    CliProgram program({"rip", "--output", target()});
+    EXPECT_EQ(program.exitStatus(), 1);
     EXPECT_EQ(program.errors(), "spindrift-cli: hdiutil exited with an error: no medium\n");
+}
+
+TEST_F(RipProgramTest, ANameThatIsTooLongIsRefusedBeforeAnythingRuns) {
+    CliProgram program({"rip", "--json", "--output", folder.path(QString(300, 'x'))});
+    EXPECT_EQ(program.exitStatus(), 1);
+    EXPECT_EQ(program.errors(),
+              "spindrift-cli: The name of the file is too long: 300 bytes instead of at most "
+              "255.\n");
+    EXPECT_THAT(StubTools::log(folder), IsEmpty());
 }
 
 TEST_F(RipProgramTest, AFinishedRipIsInTheHistory) {

@@ -1,10 +1,12 @@
 #include "RipTarget.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <QDir>
 #include <QFile>
 
+#include "OrdinaryUser.h"
 #include "TestFolder.h"
 
 namespace {
@@ -51,6 +53,39 @@ TEST_F(RipTargetTest, AFolderIsRefusedEvenWithForce) {
 
 TEST_F(RipTargetTest, ADeviceIsRefusedEvenWithForce) {
     EXPECT_EQ(objection("/dev/null", Existing::Replace), "“/dev/null” is not an ordinary file.");
+}
+
+TEST_F(RipTargetTest, APipeIsRefusedEvenWithForce) {
+    const QString pipe = folder.path("pipe");
+    ASSERT_EQ(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    EXPECT_EQ(objection(pipe, Existing::Replace), "“FOLDER/pipe” is not an ordinary file.");
+}
+
+TEST_F(RipTargetTest, AFolderThatMayNotBeWrittenToIsRefused) {
+    const QString closed = folder.path("closed");
+    folder.write("closed/old.iso", "x");
+    ASSERT_EQ(chmod(QFile::encodeName(closed).constData(), 0500), 0);
+    {
+        const OrdinaryUser user({folder.path(), closed});
+        for (const char* name : {"closed/new.iso", "closed/old.iso"}) {
+            EXPECT_EQ(objection(folder.path(name), Existing::Replace),
+                      "Nothing can be written to the folder “FOLDER/closed”: Permission denied.");
+        }
+    }
+    ASSERT_EQ(chmod(QFile::encodeName(closed).constData(), 0700), 0);
+}
+
+TEST_F(RipTargetTest, AFileIsNoFolder) {
+    folder.write("file", "x");
+    EXPECT_EQ(objection(folder.path("file/a.iso")), "“FOLDER/file” is not a folder.");
+}
+
+TEST_F(RipTargetTest, ANameThatIsTooLongIsRefused) {
+    EXPECT_EQ(objection(folder.path(QString(251, 'x') + ".iso")), "none");
+    EXPECT_EQ(objection(folder.path(QString(252, 'x') + ".iso")),
+              "The name of the file is too long: 256 bytes instead of at most 255.");
+    EXPECT_EQ(objection(folder.path(QString(126, QChar(0xe4)) + ".iso"), Existing::Replace),
+              "The name of the file is too long: 256 bytes instead of at most 255.");
 }
 
 TEST_F(RipTargetTest, TheDiscInThePracticeDriveIsRefusedEvenWithForce) {
