@@ -146,10 +146,12 @@ protected:
         startTo(other.path("disc.iso"));
         ASSERT_TRUE(waitForCopy());
     }
+    QString fifoPath() const {
+        return QString::fromUtf8(TestFolder::read(folder.path(QStringLiteral("fifo")))->trimmed());
+    }
     // Lets the copy go on: it reads this and then the end.
     void feed(const QByteArray& content) const {
-        QFile fifo(
-            QString::fromUtf8(TestFolder::read(folder.path(QStringLiteral("fifo")))->trimmed()));
+        QFile fifo(fifoPath());
         ASSERT_TRUE(fifo.open(QIODevice::WriteOnly));
         fifo.write(content);
     }
@@ -212,6 +214,20 @@ TEST_F(ISORipperFarMoveTest, ACancelEndsTheCopyAndLeavesNothing) {
     EXPECT_EQ(TestFolder::list(other.path()), QStringList());
     EXPECT_EQ(temporaryFiles(), QStringList());
     EXPECT_EQ(runs("pkill"), QStringList());
+}
+
+TEST_F(ISORipperFarMoveTest, ACancelLeavesTheCopyToTheThreadThatWritesIt) {
+    NEEDS_ANOTHER_FILE_SYSTEM(other);
+    startWaitingCopy();
+    {
+        QFile fifo(fifoPath());
+        ASSERT_TRUE(fifo.open(QIODevice::WriteOnly));
+        ASSERT_TRUE(waitUntil([&] { return TestFolder::list(other.path()).size() == 1; }));
+        ripper->cancel();
+        EXPECT_EQ(TestFolder::list(other.path()).size(), 1);
+    }
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(TestFolder::list(other.path()), QStringList());
 }
 
 TEST_F(ISORipperFarMoveTest, ADiscardedEngineLeavesNothingAtTheDestination) {

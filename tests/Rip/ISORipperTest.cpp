@@ -118,6 +118,11 @@ TEST_F(ISORipperTest, AFailureWithoutTextCarriesTheExitStatus) {
     EXPECT_EQ(asText(ripper->error()), QStringLiteral("imagingFailed: exit code 17"));
 }
 
+TEST_F(ISORipperTest, AnErrorTextOfALineBreakOnlyIsATextToo) {
+    rip("echo >&2; exit 3");
+    EXPECT_EQ(asText(ripper->error()), QStringLiteral("imagingFailed: \n"));
+}
+
 TEST_F(ISORipperTest, AnErrorTextThatIsNotUtf8CountsAsNone) {
     rip("printf 'caf\\351' >&2; exit 4");
     EXPECT_EQ(asText(ripper->error()), QStringLiteral("imagingFailed: exit code 4"));

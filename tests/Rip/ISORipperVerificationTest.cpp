@@ -162,6 +162,8 @@ TEST_F(ISORipperVerificationTest, CancellingTheSecondReadLeavesNoVerdict) {
     EXPECT_EQ(changes->all(), QStringList({"isVerifying=false"}));
     EXPECT_EQ(ripper->verifyStatus(), std::nullopt);
     EXPECT_TRUE(ripper->finished());
+    // Nobody waits for pkill.
+    EXPECT_TRUE(waitUntil([&] { return runs("pkill").size() == 1; }));
     EXPECT_EQ(runs("pkill"), QStringList({u"pkill -P " + QString::number(pidIn("pid"))}));
     EXPECT_EQ(runs("shasum").size(), 0);
 }
@@ -187,6 +189,28 @@ TEST_F(ISORipperVerificationTest, CancellingTheSecondDigestLeavesNoVerdict) {
     EXPECT_EQ(runs("shasum").size(), 2);
 }
 
+TEST_F(ISORipperVerificationTest, ACancelEndsTheTreesOfAllToolsOfThePass) {
+    stub(hdiutil, "printf image > \"$out\"; [ $pass = rip ] || echo $$ > \"$world/read\"");
+    stub(shasum, "echo $$ > \"$world/pid\"; exec sleep 1000");
+    startUntil("pid", 2);
+    ripper->cancelVerification();
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_TRUE(waitUntil([&] { return runs("pkill").size() == 2; }));
+    for (const char* tool : {"read", "pid"}) {
+        EXPECT_TRUE(runs("pkill").contains(u"pkill -P " + QString::number(pidIn(tool)))) << tool;
+    }
+}
+
+TEST_F(ISORipperVerificationTest, AfterItsEndThereIsNothingLeftToCancel) {
+    rip(sameImage, true);
+    EXPECT_EQ(ripper->trackedVerifyProcesses(), 0U);
+    changes->clear();
+    ripper->cancelVerification();
+    EXPECT_EQ(changes->all(), QStringList());
+    EXPECT_EQ(verdict(), QStringLiteral("matched"));
+    EXPECT_EQ(runs("pkill"), QStringList());
+}
+
 TEST_F(ISORipperVerificationTest, AToolThatStartsAfterACancelRunsOnAndItsResultIsDropped) {
     // The second read survives the cancel, so that both digests start after it.
     stub(hdiutil,
@@ -198,6 +222,15 @@ TEST_F(ISORipperVerificationTest, AToolThatStartsAfterACancelRunsOnAndItsResultI
     ASSERT_TRUE(waitForEnd());
     EXPECT_EQ(runs("shasum").size(), 2);
     EXPECT_EQ(ripper->verifyStatus(), std::nullopt);
+}
+
+TEST_F(ISORipperVerificationTest, OneThatWasCancelledBeforeItBeganIsNotCancelled) {
+    stub(hdiutil, "wait_for go; printf image > \"$out\"");
+    start(true);
+    ripper->cancelVerification();
+    release("go");
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(verdict(), QStringLiteral("matched"));
 }
 
 TEST_F(ISORipperVerificationTest, TheNextVerificationIsNotCancelled) {

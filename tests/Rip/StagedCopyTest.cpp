@@ -1,6 +1,7 @@
 #include "StagedCopy.h"
 
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -140,6 +141,27 @@ TEST_F(StagedCopyTest, ACancelTouchesNothingAndTheCopyIsGoneBeforeTheCallback) {
     ended.get_future().wait();
     EXPECT_EQ(leftAtTheEnd, QStringList());
     EXPECT_EQ(copy->commit(), ECANCELED);
+}
+
+TEST_F(StagedCopyTest, ACopyThatRunsIsClaimed) {
+    const QString fifo = folder.path(QStringLiteral("fifo"));
+    ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    std::promise<void> ended;
+    const auto copy = StagedCopy::begin(fifo, destination, [&] { ended.set_value(); });
+    {
+        QFile feed(fifo);
+        ASSERT_TRUE(feed.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        ASSERT_TRUE(waitUntil([&] { return TestFolder::list(to).size() == 1; }));
+        QFile running(to + u'/' + TestFolder::list(to).value(0));
+        ASSERT_TRUE(running.open(QIODevice::ReadOnly));
+        EXPECT_TRUE(waitUntil([&] {
+            const bool isClaimed = flock(running.handle(), LOCK_SH | LOCK_NB) != 0;
+            flock(running.handle(), LOCK_UN);
+            return isClaimed;
+        }));
+    }
+    ended.get_future().wait();
+    EXPECT_EQ(copy->commit(), 0);
 }
 
 TEST_F(StagedCopyTest, WhatAKilledProgramLeftGoesWhenTheNextCopyBegins) {
