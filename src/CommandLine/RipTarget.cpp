@@ -71,14 +71,14 @@ std::optional<QString> RipTarget::objection(const QString& path, Existing existi
     if (path.endsWith(QLatin1Char('/')) || file.isDir()) {
         return quoted(path) + QStringLiteral(" is a folder. Name the file to write.");
     }
+    if (file.exists() && !file.isFile()) {
+        return quoted(path) + QStringLiteral(" is not an ordinary file.");
+    }
     if (const auto objection = objectionToPlace(file)) {
         return objection;
     }
     if (!file.exists() && !file.isSymLink()) {
         return std::nullopt;
-    }
-    if (file.exists() && !file.isFile()) {
-        return quoted(path) + QStringLiteral(" is not an ordinary file.");
     }
     if (isThePracticeDisc(file)) {
         return quoted(path) + QStringLiteral(" is the disc in the practice drive.");
