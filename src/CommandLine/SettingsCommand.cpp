@@ -83,7 +83,7 @@ int QuickCommands::settings(const CommandContext& context) {
             return ExitStatus::usage;
         }
         (preferences.*key->set)(*value);
-        if ((preferences.*key->value)() != *value) {
+        if (!preferences.isSaved()) {
             context.complain(QStringLiteral("The setting could not be written."));
             return ExitStatus::failed;
         }

@@ -2,7 +2,7 @@
 
 #include <QFile>
 #include <QHash>
-#include <QPair>
+#include <QMap>
 #include <QSet>
 #include <QSettings>
 
@@ -25,17 +25,19 @@ QString settingsFile() {
     return folder + QStringLiteral("/Spindrift/Spindrift.conf");
 }
 
-// What could not be written, by file and key: it holds for as long as this process runs, so that a
-// switch does not fall back by itself.
-QHash<QPair<QString, QString>, bool>& unsaved() {
-    static QHash<QPair<QString, QString>, bool> values;
+// What could not be written yet, by file and key: it holds until it can be, so that a switch does
+// not fall back by itself.
+using Values = QMap<QString, bool>;
+QHash<QString, Values>& unsaved() {
+    static QHash<QString, Values> values;
     return values;
 }
 
 bool read(const QString& key, bool fallback) {
     const QString file = settingsFile();
-    if (const auto kept = unsaved().constFind({file, key}); kept != unsaved().cend()) {
-        return *kept;
+    const Values kept = unsaved().value(file);
+    if (const auto value = kept.constFind(key); value != kept.cend()) {
+        return *value;
     }
     const QString text =
         QSettings(file, QSettings::IniFormat).value(key).toString().trimmed().toLower();
@@ -48,19 +50,20 @@ bool read(const QString& key, bool fallback) {
     return fallback;
 }
 
-bool save(const QString& file, const QString& key, bool value) {
+bool save(const QString& file, const Values& values) {
     QSettings settings(file, QSettings::IniFormat);
-    settings.setValue(key, value);
+    for (auto value = values.cbegin(); value != values.cend(); ++value) {
+        settings.setValue(value.key(), value.value());
+    }
     settings.sync();
     return settings.status() != QSettings::AccessError;
 }
 
 void write(const QString& key, bool value, bool before, void (Preferences::*changed)()) {
     const QString file = settingsFile();
-    if (save(file, key, value)) {
-        unsaved().remove({file, key});
-    } else {
-        unsaved()[{file, key}] = value;
+    unsaved()[file][key] = value;
+    if (save(file, unsaved().value(file))) {
+        unsaved().remove(file);
     }
     if (value == before) {
         return;
@@ -109,6 +112,10 @@ std::optional<QString> Preferences::appleInterfaceStyle() const {
     const QVariant value = QSettings(settingsFile(), QSettings::IniFormat)
                                .value(QStringLiteral("AppleInterfaceStyle"));
     return value.isValid() ? std::optional(value.toString()) : std::nullopt;
+}
+
+bool Preferences::isSaved() const {
+    return !unsaved().contains(settingsFile());
 }
 
 void Preferences::setEjectWhenDone(bool value) {

@@ -2,7 +2,8 @@
 //
 // Main thread. All instances of a process share one state: a write through any is seen, and
 // signalled, by all at once, and lies in the file when the setter returns. What cannot be written
-// holds until this process ends. A getter sees what another process has written.
+// holds in this process, and is written together with the next preference that can be. A getter
+// sees what another process has written.
 #pragma once
 
 #include <QObject>
@@ -31,6 +32,9 @@ public:
     // The key "AppleInterfaceStyle" as it stands in the file; absent while it is not there. Never
     // written by this program.
     std::optional<QString> appleInterfaceStyle() const;
+
+    // Whether all that this process has set lies in the file.
+    bool isSaved() const;
 
     void setEjectWhenDone(bool value);
     void setThoroughVerify(bool value);

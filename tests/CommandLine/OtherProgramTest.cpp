@@ -189,6 +189,15 @@ TEST_F(OtherProgramTest, AnUnknownSettingOrValueIsAUsageError) {
               "spindrift-cli: “maybe” is not a value of “retroMode”: true, false, on or off.\n");
 }
 
+TEST_F(OtherProgramTest, ASettingThatCannotBeWrittenIsAFailure) {
+    folder.write("config/Spindrift", "in the way");
+    EXPECT_EQ(errorsOf({"settings", "retroMode", "on"}, 1),
+              "spindrift-cli: The setting could not be written.\n");
+    EXPECT_EQ(errorsOf({"settings", "retroMode", "off", "--json"}, 1),
+              "spindrift-cli: The setting could not be written.\n");
+    EXPECT_EQ(outputOf({"settings", "retroMode"}), "false\n");
+}
+
 TEST_F(OtherProgramTest, APracticeImageThatIsMissingIsToldBeforeAnythingRuns) {
     EXPECT_EQ(errorsOf({"status", "--practice", "/no/such.iso"}, 1),
               "spindrift-cli: “/no/such.iso” does not exist.\n");

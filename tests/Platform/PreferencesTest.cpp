@@ -269,12 +269,43 @@ TEST_F(PreferencesTest, AFileThatCanBeWrittenAgainIsBelievedAgain) {
     EXPECT_TRUE(preferences.retroMode());
 }
 
+TEST_F(PreferencesTest, WhatCouldNotBeWrittenIsWrittenWithTheNextPreferenceThatCanBe) {
+    Preferences preferences;
+    EXPECT_TRUE(preferences.isSaved());
+    block();
+    preferences.setRetroMode(true);
+    preferences.setEjectWhenDone(false);
+    EXPECT_FALSE(preferences.isSaved());
+    EXPECT_FALSE(Preferences().isSaved());
+    unblock();
+    EXPECT_FALSE(preferences.isSaved());
+    preferences.setThoroughVerify(true);
+    EXPECT_TRUE(preferences.isSaved());
+    EXPECT_THAT(lines(), testing::UnorderedElementsAre(u"[General]", u"ejectWhenDone=false",
+                                                       u"retroMode=true", u"thoroughVerify=true"));
+    // From here on the file is believed.
+    inAnotherProcess({QStringLiteral("retroMode"), QStringLiteral("false")});
+    EXPECT_FALSE(preferences.retroMode());
+}
+
+TEST_F(PreferencesTest, AFileThatSomebodyRemovedLeavesTheDefaults) {
+    Preferences preferences;
+    preferences.setEjectWhenDone(false);
+    preferences.setRetroMode(true);
+    ASSERT_TRUE(QFile::remove(file()));
+    EXPECT_TRUE(preferences.ejectWhenDone());
+    EXPECT_FALSE(preferences.retroMode());
+    preferences.setThoroughVerify(true);
+    EXPECT_THAT(lines(), ElementsAre(u"[General]", u"thoroughVerify=true"));
+}
+
 TEST_F(PreferencesTest, WhatCouldNotBeWrittenInOneFolderMeansNothingInAnother) {
     block();
     Preferences preferences;
     preferences.setRetroMode(true);
     folder.setEnvironment("XDG_CONFIG_HOME", folder.path(QStringLiteral("other")).toUtf8());
     EXPECT_FALSE(preferences.retroMode());
+    EXPECT_TRUE(preferences.isSaved());
 }
 
 TEST_F(PreferencesTest, TheFolderIsTheOneThatTheEnvironmentNamesNow) {
