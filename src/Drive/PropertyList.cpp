@@ -54,7 +54,8 @@ Value readValue(QXmlStreamReader& reader) {
 }  // namespace
 
 std::optional<QMap<QString, Value>> PropertyList::parseDictionary(const QString& text) {
-    QXmlStreamReader reader(text);
+    // Blank lines above it are no reason to refuse a document that has its declaration below them.
+    QXmlStreamReader reader(text.trimmed());
     if (!reader.readNextStartElement() || reader.name() != QLatin1String("plist") ||
         !reader.readNextStartElement() || reader.name() != QLatin1String("dict")) {
         return std::nullopt;

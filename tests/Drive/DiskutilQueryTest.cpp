@@ -141,6 +141,8 @@ TEST(ParseTotalBytesTest, AWholeTotalSizeOfAnotherKindIsTheLastChoice) {
     EXPECT_EQ(parseTotalBytes(list("<key>TotalSize</key><real>5</real>"
                                    "<key>Size</key><string>1</string>")),
               5);
+    EXPECT_EQ(parseTotalBytes(list("<key>TotalSize</key><real>-9223372036854775808</real>")),
+              std::numeric_limits<qint64>::min());
 }
 
 TEST(ParseTotalBytesTest, EverythingElseHasNoSize) {

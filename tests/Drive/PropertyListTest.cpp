@@ -153,6 +153,40 @@ TEST(PropertyListTest, CarriageReturnsBeforeLineFeedsDoNoHarm) {
     EXPECT_EQ(all->value(QStringLiteral("K")), Value(QStringLiteral("v")));
 }
 
+TEST(PropertyListTest, BlankLinesAndAByteOrderMarkAroundTheDocumentDoNoHarm) {
+    const QString whole = dictionary(QStringLiteral("<key>K</key><string>v</string>"));
+    const QString blanks = QStringLiteral("\n \t\r\n");
+    const QString mark(QChar::ByteOrderMark);
+    for (const QString& text : QStringList{blanks + whole + blanks, mark + whole}) {
+        const auto all = parseDictionary(text);
+        ASSERT_TRUE(all);
+        EXPECT_EQ(all->value(QStringLiteral("K")), Value(QStringLiteral("v")));
+    }
+}
+
+TEST(PropertyListTest, TheEncodingThatTheDeclarationNamesIsNotAskedFor) {
+    for (const char* encoding : {"ISO-8859-1", "UTF-16", "no-such-encoding"}) {
+        const auto all = parseDictionary(
+            QStringLiteral("<?xml version=\"1.0\" encoding=\"%1\"?><plist><dict><key>K</key>"
+                           "<string>\u00e9\u65e5</string></dict></plist>")
+                .arg(QLatin1String(encoding)));
+        ASSERT_TRUE(all) << encoding;
+        EXPECT_EQ(all->value(QStringLiteral("K")), Value(QStringLiteral("\u00e9\u65e5")));
+    }
+}
+
+TEST(PropertyListTest, EntitiesOfTheDocumentTypeAreReadAndThoseOfOtherFilesAreEmpty) {
+    const auto valueWith = [](const char* declaration) {
+        const auto all = parseDictionary(
+            QStringLiteral("<!DOCTYPE plist [<!ENTITY e %1>]><plist><dict><key>K</key>"
+                           "<string>&e;</string></dict></plist>")
+                .arg(QLatin1String(declaration)));
+        return all ? std::optional(all->value(QStringLiteral("K"))) : std::nullopt;
+    };
+    EXPECT_EQ(valueWith("\"inner\""), Value(QStringLiteral("inner")));
+    EXPECT_EQ(valueWith("SYSTEM \"file:///etc/hostname\""), Value(QString()));
+}
+
 TEST(PropertyListTest, AnythingButADictionaryAtTheTopIsAbsent) {
     for (const char* inner : {"<array/>", "<string>a</string>", "<integer>1</integer>", "", "text",
                               "<array><dict/></array>"}) {
@@ -172,7 +206,8 @@ TEST(PropertyListTest, OtherDocumentsAreAbsent) {
 
 TEST(PropertyListTest, MalformedDictionariesAreAbsent) {
     for (const char* inner :
-         {"<key>K</key>", "<key>A</key><key>B</key><string>v</string>", "<string>v</string>",
+         {"<key>K</key>", "<key>A</key><key>B</key><string>v</string>",
+          "<key>A</key><key>B</key><key>C</key><string>v</string>", "<string>v</string>",
           "<key>K</key><string>a & b</string>", "<key>K</key><string>a<b/>c</string>",
           "<key>K</key><string>v</key>", "<key>K<b/></key><string>v</string>"}) {
         EXPECT_EQ(parseDictionary(dictionary(QString::fromUtf8(inner))), std::nullopt) << inner;
