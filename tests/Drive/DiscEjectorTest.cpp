@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <QElapsedTimer>
+
 #include "StubTools.h"
 #include "TestFolder.h"
 
@@ -98,6 +100,15 @@ TEST_F(DiscEjectorTest, WithoutAnyToolThatStartsItIsAFailure) {
     folder.write(QStringLiteral("tools/usr/sbin/diskutil"), "not executable");
     folder.write(QStringLiteral("tools/usr/bin/drutil"), "not executable");
     EXPECT_FALSE(eject());
+}
+
+TEST_F(DiscEjectorTest, TheUsualWayToWaitTakesTheWholeSecond) {
+    failing(1);
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_TRUE(DiscEjector::eject(QStringLiteral("disk4")));
+    EXPECT_GE(timer.nsecsElapsed(), 1'000'000'000);
+    EXPECT_THAT(log(), ElementsAre(attempt, attempt));
 }
 
 TEST_F(DiscEjectorTest, WithoutAnotherWayToWaitItSucceedsJustTheSame) {
