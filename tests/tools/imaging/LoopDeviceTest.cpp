@@ -7,8 +7,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
+#include <vector>
 
 #include "DeviceMedium.h"
 #include "ImagingFixture.h"
@@ -69,6 +72,40 @@ TEST_F(LoopDeviceTest, AFileThatIsExchangedUnderTheDeviceIsAnotherDisc) {
     EXPECT_EQ(medium->confirmedState(), Medium::State::Changed);
     close(other);
     close(node);
+}
+
+TEST_F(LoopDeviceTest, TheDataOfADiscWithSoundIsReadFromItsOwnSectors) {
+    SKIP_WITHOUT_LOOP_DEVICES();
+    const std::string content = patternBytes(mebibyte);
+    const LoopDevice device(folder.write("disc", content));
+    const DiscLayout layout{DiscLayout::Kind::Mixed, 100, 50, 7};
+    std::string problem;
+    const auto medium = DeviceMedium::open(device.node(), nullptr, layout, &problem);
+    ASSERT_TRUE(medium) << problem;
+    EXPECT_EQ(medium->firstSector(), 100U);
+    EXPECT_EQ(medium->capacity(), 50U * 2048);
+    EXPECT_EQ(medium->runOutSectors(), 9U);
+    EXPECT_EQ(medium->remark(), "the disc in " + device.node() +
+                                    " has sound as well; only its data is imaged, 50 sectors from "
+                                    "sector 100");
+    std::vector<std::byte> buffer(50UL * 2048);
+    ASSERT_EQ(medium->read(0, buffer), 0);
+    EXPECT_EQ(std::memcmp(buffer.data(), content.data() + 100UL * 2048, buffer.size()), 0);
+    buffer.resize(2048);
+    ASSERT_EQ(medium->read(49UL * 2048, buffer), 0);
+    EXPECT_EQ(std::memcmp(buffer.data(), content.data() + 149UL * 2048, buffer.size()), 0);
+}
+
+TEST_F(LoopDeviceTest, LessThanWasAskedForIsAnErrorAndNeverASector) {
+    SKIP_WITHOUT_LOOP_DEVICES();
+    const LoopDevice device(folder.write("disc", patternBytes(mebibyte)));
+    std::string problem;
+    const auto medium = DeviceMedium::open(device.node(), nullptr, DiscLayout{}, &problem);
+    ASSERT_TRUE(medium) << problem;
+    std::vector<std::byte> buffer(4096);
+    EXPECT_EQ(medium->read(mebibyte - 4096, buffer), 0);
+    EXPECT_EQ(medium->read(mebibyte - 2048, buffer), EIO);
+    EXPECT_EQ(medium->read(mebibyte, buffer), EIO);
 }
 
 TEST_F(LoopDeviceTest, ASecondRunSeesNewBytesThoughTheDeviceIsHeldOpen) {
