@@ -112,6 +112,37 @@ TEST_F(PracticeDriveToolsTest, AUdfLabelIsWhole) {
     EXPECT_THAT(info().output, HasSubstr(name("F\xC3\xAAte d'\xC3\xA9t\xC3\xA9 2024")));
 }
 
+TEST_F(PracticeDriveToolsTest, ADiscWithAFileSystemOfDisksHasItsLabel) {
+    makeSparseDisc(4 << 20);
+    const ToolResult made =
+        BuiltTool::run("/usr/sbin/mke2fs", {"-q", "-F", "-L", "Backup 7", folder.path("disc.iso")});
+    ASSERT_EQ(made.status, 0) << made.errors;
+    EXPECT_THAT(info().output, HasSubstr(name("Backup 7")));
+}
+
+TEST_F(PracticeDriveToolsTest, OfTwoFileSystemsOnADiscTheOneWithALabelNamesIt) {
+    makeSparseDisc(20 << 20);
+    const ToolResult made = BuiltTool::run(
+        "/usr/sbin/mkudffs", {"--blocksize=2048", "--label=", folder.path("disc.iso")});
+    ASSERT_EQ(made.status, 0) << made.errors;
+    EXPECT_THAT(info().output, HasSubstr(name("")));
+    // What says that there is UDF moves behind a volume descriptor of ISO 9660 and its end.
+    constexpr std::size_t sector = 2048;
+    std::string image = *ScratchFolder::read(folder.path("disc.iso"));
+    const std::string recognition = image.substr(16 * sector, 3 * sector);
+    ASSERT_EQ(recognition.substr(1, 5), "BEA01");
+    std::string volume(sector, '\0');
+    volume.replace(0, 8, std::string("\1CD001\1\0", 8));
+    volume.replace(40, 32, "ISO_LABEL                       ");
+    std::string end(sector, '\0');
+    end.replace(0, 7,
+                "\xff"
+                "CD001\1");
+    image.replace(16 * sector, 5 * sector, volume + end + recognition);
+    folder.write("disc.iso", image);
+    EXPECT_THAT(info().output, HasSubstr(name("ISO_LABEL")));
+}
+
 TEST_F(PracticeDriveToolsTest, ALabelOfOtherBytesGivesOutputThatIsStillUtf8) {
     burn({}, "LABEL");
     std::string image = *ScratchFolder::read(folder.path("disc.iso"));
@@ -264,6 +295,8 @@ TEST_F(PracticeDriveToolsTest, UnknownCommandLinesAreUsageErrors) {
                                                {"info", "-plist"},
                                                {"list", "-x", "/dev/sr0"},
                                                {"eject"},
+                                               {"eject", "-force"},
+                                               {"list", "-plist"},
                                                {"eject", "-force", "/dev/sr0"},
                                                {"eraseDisk", "/dev/sr0"},
                                                {"list", ""}}) {

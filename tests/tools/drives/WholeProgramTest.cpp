@@ -131,6 +131,7 @@ TEST_F(WholeProgramTest, AGrantNeedsOnlyFewRightsAndHandsNoMoreOn) {
     const ToolResult result = run(R"sh(cat >"$0/usermod" <<'END'
 #!/bin/sh
 grep -E 'CapBnd|CapPrm|CapInh|NoNewPrivs' /proc/self/status
+sed -n 's/^CapEff:/its starter:/p' "/proc/$PPID/status"
 echo "variables: $(env | grep -vc -E '^(PATH|LC_ALL|PWD|SHLVL|_|OLDPWD)=')"
 echo "files:" /proc/self/fd/*
 pwd
@@ -146,6 +147,8 @@ PKEXEC_UID=54321 SECRET=x LD_LIBRARY_PATH=/nonexistent "$3")sh");
                 ContainsRegex("CapBnd:\t000000002000001b|CapBnd:\t000000000000001b"));
     EXPECT_THAT(result.output,
                 ContainsRegex("CapPrm:\t000000002000001b|CapPrm:\t000000000000001b"));
+    EXPECT_THAT(result.output,
+                ContainsRegex("its starter:\t000000002000001b|its starter:\t000000000000001b"));
     EXPECT_THAT(result.output, HasSubstr("CapInh:\t0000000000000000"));
     EXPECT_THAT(result.output, HasSubstr("NoNewPrivs:\t1"));
     EXPECT_THAT(result.output, HasSubstr("variables: 0\n"));
@@ -170,7 +173,7 @@ ulimit -St 1000
 ulimit -Sn 16
 ulimit -Sd 4000000
 ulimit -Sf 100
-PKEXEC_UID=54321 "$3")sh");
+PKEXEC_UID=54321 env --block-signal=TERM,INT "$3")sh");
     ASSERT_EQ(result.status, 0) << result.output;
     EXPECT_THAT(result.output,
                 HasSubstr("limits: unlimited unlimited unlimited unlimited 0\nfiles: enough\n"));
@@ -186,6 +189,18 @@ id -nG spintest
 getfacl -cpn /dev/sr0)sh");
     EXPECT_THAT(result.output, HasSubstr("spintest cdrom\n"));
     EXPECT_THAT(result.output, HasSubstr("user:54321:r--\n"));
+}
+
+TEST_F(WholeProgramTest, ClosedStandardStreamsAreTheNullDeviceWhileAGrantRuns) {
+    const ToolResult result = run(R"sh(cat >"$0/usermod" <<'END'
+#!/bin/sh
+readlink /proc/$PPID/fd/0 /proc/$PPID/fd/1 /proc/$PPID/fd/2 >/run/streams
+END
+chmod 755 "$0/usermod"
+mount --bind "$0/usermod" /usr/sbin/usermod
+PKEXEC_UID=54321 "$3" <&- >&- 2>&-
+cat /run/streams)sh");
+    EXPECT_EQ(result.output, "/dev/null\n/dev/null\n/dev/null\n");
 }
 
 TEST_F(WholeProgramTest, AGrantCoversEveryDriveWhateverGroupTheFirstOneHas) {

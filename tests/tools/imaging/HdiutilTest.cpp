@@ -134,6 +134,25 @@ TEST_F(HdiutilTest, ThereAreAtMostTenProgressLinesASecond) {
     EXPECT_LE(linesOf(result.out).size() - 1, 10 * took.count() + 1);
 }
 
+TEST_F(HdiutilTest, OnASlowDriveTheReadsShrinkSoThatTheImageGrowsSteadily) {
+    const std::string disc = insert(patternBytes(3 * mebibyte));
+    drive(R"({"bytesPerSecond": 2000000})");
+    ASSERT_EQ(create("image", {}, readLog()).status, 0);
+    EXPECT_TRUE(image() == disc);
+    std::vector<std::size_t> counts;
+    for (const auto& line : reads()) {
+        std::istringstream numbers(line);
+        std::size_t first = 0;
+        numbers >> first >> counts.emplace_back();
+    }
+    ASSERT_GT(counts.size(), 3U);
+    EXPECT_EQ(counts.front(), 512U);
+    counts.pop_back();  // whatever is left
+    // Two of the pieces take a quarter of a second at least, whatever the machine.
+    EXPECT_LE(*std::min_element(counts.begin(), counts.end()), 128U);
+    EXPECT_GE(*std::min_element(counts.begin(), counts.end()), 64U);
+}
+
 TEST_F(HdiutilTest, WithoutTheOptionThereAreNoProgressLines) {
     insert(patternBytes(4096));
     EXPECT_EQ(linesOf(create("image").out).size(), 1U);

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <vector>
 
@@ -151,6 +152,51 @@ TEST_F(LoopDeviceTest, ADeviceWithNothingInItHoldsNoData) {
     const LoopDevice device(folder.write("disc", {}));
     ASSERT_NE(device.node(), "");
     EXPECT_THAT(createFrom(device.node(), "image").err, HasSubstr("holds no data"));
+}
+
+TEST_F(LoopDeviceTest, ADeviceThatCannotReadItsEndIsAnErrorThatNamesTheSector) {
+    SKIP_WITHOUT_LOOP_DEVICES();
+    const std::string content = patternBytes(3 * mebibyte);
+    const std::string path = folder.write("disc", content);
+    const LoopDevice device(path);
+    ASSERT_NE(device.node(), "");
+    // What is missing under a loop device is an error to whoever reads it there.
+    std::filesystem::resize_file(path, mebibyte + 7UL * 2048);
+    const auto result = createFrom(device.node(), "image");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "hdiutil: create failed - sector 519 of " + device.node() +
+                              " cannot be read: Input/output error\n");
+    EXPECT_TRUE(image() == content.substr(0, mebibyte + 7UL * 2048));
+}
+
+TEST_F(LoopDeviceTest, ShasumGivesNoDigestOfADeviceThatCannotReadItsEnd) {
+    SKIP_WITHOUT_LOOP_DEVICES();
+    const std::string path = folder.write("disc", patternBytes(3 * mebibyte));
+    const LoopDevice device(path);
+    ASSERT_NE(device.node(), "");
+    std::filesystem::resize_file(path, mebibyte);
+    const auto result = ToolRun::run(ToolRun::tool("shasum"), {"-a", "256", device.node()});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "shasum: " + device.node() + ": Input/output error\n");
+}
+
+TEST_F(LoopDeviceTest, ShasumReadsADeviceAndNotWhatMemoryHoldsOfIt) {
+    SKIP_WITHOUT_LOOP_DEVICES();
+    const std::string path = folder.write("disc", std::string(4096, 'x'));
+    const LoopDevice device(path);
+    const int held = open(device.node().c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_GE(held, 0);
+    std::string cached(4096, '\0');
+    ASSERT_EQ(read(held, cached.data(), cached.size()), static_cast<ssize_t>(cached.size()));
+    {
+        std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+        file << std::string(4096, '\0');
+    }
+    const auto result = ToolRun::run(ToolRun::tool("shasum"), {"-a", "256", device.node()});
+    EXPECT_THAT(result.out, testing::StartsWith("ad7facb2586fc6e966c004d7d1d16b024f5805ff7cb47c7a85"
+                                                "dabd8b48892ca7  "));
+    close(held);
 }
 
 TEST_F(LoopDeviceTest, ShasumDigestsADevice) {
