@@ -73,12 +73,22 @@ qreal GelBar::phase(double seconds) const {
 
 void GelBar::paint(QPainter& painter, const QRectF& rect, std::optional<double> value, qreal phase,
                    Qt::LayoutDirection direction) {
+    // From one whole device pixel to another: a bar whose size alone was rounded would lose its far
+    // border where it begins within a pixel.
+    const QTransform toDevice = painter.deviceTransform();
+    const auto snapped = [&](const QPointF& corner) {
+        const QPointF device = toDevice.map(corner);
+        return QPointF(std::round(device.x()), std::round(device.y()));
+    };
+    const QPointF extent = snapped(rect.bottomRight()) - snapped(rect.topLeft());
     Key key;
-    key.size = rect.size();
     key.ratio = painter.device()->devicePixelRatioF();
-    const qreal width = fillWidth(value, rect.width());
-    key.fill =
-        QRectF(direction == Qt::RightToLeft ? rect.width() - width : 0, 0, width, rect.height());
+    key.size = QSizeF(extent.x(), extent.y()) / key.ratio;
+    if (key.size.isEmpty())
+        return;
+    const qreal width = fillWidth(value, key.size.width());
+    key.fill = QRectF(direction == Qt::RightToLeft ? key.size.width() - width : 0, 0, width,
+                      key.size.height());
     if (m_track.isNull() || !(key == m_key))
         drawLayers(key);
     ImageOperations::drawAligned(painter, rect.topLeft(), m_track);
@@ -122,8 +132,7 @@ void GelBar::drawStripes(QImage& fill, qreal phase) const {
 void GelBar::drawLayers(const Key& key) {
     m_key = key;
     const qreal line = ImageOperations::linePixels(key.ratio) / key.ratio;
-    const auto snapped = [&](qreal points) { return qRound(points * key.ratio) / key.ratio; };
-    const QRectF bar(0, 0, snapped(key.size.width()), snapped(key.size.height()));
+    const QRectF bar(QPointF(0, 0), key.size);
     // The fill's far end may lie between device pixels: a bar that grows slowly then glides.
     const QRectF part(key.fill.left(), 0, std::min(key.fill.right(), bar.right()) - key.fill.left(),
                       bar.height());
