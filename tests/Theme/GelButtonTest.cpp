@@ -59,7 +59,7 @@ TEST(GelButtonTest, TheFaceIsTheGradientUnderTheGlossInEveryRow) {
             ASSERT_EQ(image.height(), (height + 2 * margin) * ratio);
             for (int row = int(ratio); row < (height - 1) * ratio; ++row) {
                 const QRgb pixel = image.pixel(int(64 * ratio), int(margin * ratio) + row);
-                EXPECT_TRUE(isColour(pixel, face(tint, (row + 0.5) / ratio), 2))
+                EXPECT_TRUE(isColour(pixel, face(tint, (row + 0.5) / ratio), 1))
                     << "row " << row << " at " << ratio;
             }
         }
@@ -74,7 +74,7 @@ TEST(GelButtonTest, TheGradientPassesItsThreeStops) {
     EXPECT_TRUE(isColour(
         at(24.9), Colour::of(Aqua::blueMid()).under(Colour::of(Aqua::blueBottom()), 11.95 / 13)));
     // Fifteen hundredths of the top's own colour shine through the gloss.
-    EXPECT_TRUE(isColour(at(1.1), face(Tint::blue, 1.15), 2));
+    EXPECT_TRUE(isColour(at(1.1), face(Tint::blue, 1.15), 1));
 }
 
 TEST(GelButtonTest, TheGlossIsStrongAtTheTopAndGoneAtTheCentre) {
@@ -117,18 +117,18 @@ TEST(GelButtonTest, TheBorderIsOnePointInsideTheEdge) {
             for (int i = 0; i < line; ++i) {
                 const int low = int(rows) - 1 - i;
                 EXPECT_TRUE(
-                    isColour(image.pixel(x, bottom - i), body(low).under(c.colour, c.opacity), 2))
+                    isColour(image.pixel(x, bottom - i), body(low).under(c.colour, c.opacity), 1))
                     << ratio << " line " << i;
                 // At 1.5 the second pixel of the line already has some gloss below it.
                 if (i < int(ratio)) {
                     EXPECT_TRUE(
-                        isColour(image.pixel(x, top + i), body(i).under(c.colour, c.opacity), 2))
+                        isColour(image.pixel(x, top + i), body(i).under(c.colour, c.opacity), 1))
                         << ratio << " line " << i;
                 }
             }
             EXPECT_LT(qAlpha(image.pixel(x, top - 1)), 60) << "nothing but shadow above";
             EXPECT_FALSE(isColour(image.pixel(x, bottom - line),
-                                  body(int(rows) - 1 - line).under(c.colour, c.opacity), 2))
+                                  body(int(rows) - 1 - line).under(c.colour, c.opacity), 1))
                 << "the line ends after one point";
         }
     }
@@ -264,6 +264,58 @@ TEST(GelButtonTest, TheLabelIsWhiteOnBlueAndNearlyBlackOnGray) {
         isColour(label(button(Tint::blue, "HHH"), 3, false).strongest, Colour::white(1), 2));
     EXPECT_TRUE(
         isColour(label(button(Tint::gray, "HHH"), 3, true).strongest, Colour::white(0.15), 2));
+}
+
+TEST(GelButtonTest, TheLabelLiesOnTheGloss) {
+    // At three quarters of the way up, the gloss would turn the label to the light grey of 0.39.
+    GelButton look = button(Tint::gray, "HHHHHH");
+    const QImage image = look.image(4);
+    int darkest = 255;
+    for (int y = int((margin + 9.5) * 4); y < (margin + 10.5) * 4; ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if (qAlpha(image.pixel(x, y)) == 255)
+                darkest = std::min(darkest, qRed(image.pixel(x, y)));
+    EXPECT_NEAR(darkest, 0.15 * 255, 1);
+}
+
+TEST(GelButtonTest, ALabelTooLongForItsButtonEndsAtTheCapsulesBorder) {
+    for (const double ratio : {1.0, 1.5, 2.0}) {
+        GelButton look = button(Tint::gray, "WWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWW");
+        look.size = QSizeF(60, height);
+        const QImage with = look.image(ratio);
+        look.text.clear();
+        const QImage without = look.image(ratio);
+        EXPECT_NE(with, without);
+        const int middle = with.height() / 2;
+        const int left = qRound(margin * ratio);
+        const int right = qRound((margin + 60) * ratio) - 1;
+        for (int y = 0; y < with.height(); ++y) {
+            for (int x = 0; x < with.width(); ++x) {
+                EXPECT_EQ(qAlpha(with.pixel(x, y)), qAlpha(without.pixel(x, y)));
+                if (x < left || x > right) {
+                    EXPECT_EQ(with.pixel(x, y), without.pixel(x, y)) << x << " " << y;
+                }
+            }
+        }
+        EXPECT_TRUE(isColour(with.pixel(left, middle), Colour::white(0.6), 8)) << ratio;
+        EXPECT_TRUE(isColour(with.pixel(right, middle), Colour::white(0.6), 8)) << ratio;
+    }
+}
+
+TEST(GelButtonTest, AButtonWithoutRoomIsDrawnAsFarAsItGoes) {
+    for (const Tint tint : {Tint::blue, Tint::gray}) {
+        for (const QSizeF& size : {QSizeF(0, 0), QSizeF(0, 20), QSizeF(30, 0), QSizeF(1, 1),
+                                   QSizeF(2, 30), QSizeF(0.4, 0.4)}) {
+            GelButton look = button(tint, "Start Rip");
+            look.size = size;
+            look.pressed = 0.5;
+            look.focused = true;
+            const QImage image = look.image(1.5);
+            EXPECT_EQ(image.size(), QSize(int(std::ceil((size.width() + 8) * 1.5 - 1e-6)),
+                                          int(std::ceil((size.height() + 8) * 1.5 - 1e-6))));
+            EXPECT_EQ(qAlpha(image.pixel(0, 0)), 0);
+        }
+    }
 }
 
 TEST(GelButtonTest, TheLabelIsLucidaGrandeOfThirteenPoints) {
