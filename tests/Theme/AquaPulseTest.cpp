@@ -179,6 +179,39 @@ TEST_F(PulsingWindow, TheGlowBeginsDimAndGrowsBright) {
     EXPECT_EQ(aboveTheButton(), dim);
 }
 
+TEST_F(PulsingWindow, InTheWindowLieTheGlowTheShadowAndTheButtonInThisOrder) {
+    QPalette white;
+    white.setColor(QPalette::Window, Qt::white);
+    window.setPalette(white);
+    for (const double seconds : {0.0, 0.45, 0.9, 1.35}) {
+        g_now = 100 + seconds;
+        QImage expected(window.size(), QImage::Format_RGB32);
+        expected.fill(Qt::white);
+        QPainter painter(&expected);
+        const QRectF frame(button.geometry());
+        AquaPulse::paint(painter, frame.center(), AquaPulse::glow(frame.size(), 1),
+                         AquaPulse::brightness(seconds));
+        GelButton look;
+        look.text = button.text();
+        look.font = GelButton::labelFont();
+        look.size = frame.size();
+        painter.drawImage(frame.topLeft() - QPointF(4, 4), look.image(1));
+        painter.end();
+        const QImage shown = window.grab().toImage().convertToFormat(QImage::Format_RGB32);
+        int furthest = 0;
+        for (int y = 0; y < shown.height(); ++y) {
+            for (int x = 0; x < shown.width(); ++x) {
+                const QColor a = shown.pixelColor(x, y);
+                const QColor b = expected.pixelColor(x, y);
+                furthest =
+                    std::max({furthest, std::abs(a.red() - b.red()),
+                              std::abs(a.green() - b.green()), std::abs(a.blue() - b.blue())});
+            }
+        }
+        EXPECT_LE(furthest, 1) << seconds;
+    }
+}
+
 TEST_F(PulsingWindow, TakenAwayItIsGoneAndComesBackDim) {
     const QImage dim = window.grab().toImage();
     g_now += 0.7;
@@ -232,6 +265,28 @@ TEST_F(PulsingWindow, TheAnimationStopsWhileTheViewIsDisabledOrTheWindowHidden) 
     EXPECT_TRUE(clock->isRunning());
     window.hide();
     EXPECT_FALSE(clock->isRunning());
+}
+
+TEST_F(AquaPulseTest, ThePulseBeginsWhenTheViewAppearsHoweverLongItWasMadeBefore) {
+    QWidget window;
+    window.resize(300, 120);
+    QPushButton button("Start Rip", &window);
+    button.setGeometry(84, 44, 132, 26);
+    aquaPulse(&button, true);
+    const auto shown = [&window] { return window.grab().toImage(); };
+    g_now += 0.7;
+    window.show();
+    const QImage first = shown();
+    g_now += 0.7;
+    const QImage later = shown();
+    EXPECT_NE(later, first);
+    window.hide();
+    g_now += 1.8;
+    window.show();
+    EXPECT_EQ(shown(), later) << "hidden, it went on";
+    aquaPulse(&button, false);
+    aquaPulse(&button, true);
+    EXPECT_EQ(shown(), first) << "made in a window that is there";
 }
 
 TEST_F(AquaPulseTest, AGlowWithoutRoomInItsRowLiesBehindTheRow) {

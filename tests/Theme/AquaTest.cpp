@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QFontDatabase>
 #include <QFontInfo>
 
 namespace {
@@ -40,6 +41,25 @@ TEST(AquaTest, TheFontAsksForLucidaGrandeFirstAndForSansSerifLast) {
     EXPECT_EQ(font.families().first(), "LucidaGrande");
     EXPECT_EQ(font.families().last(), "sans-serif");
     EXPECT_EQ(font.styleHint(), QFont::SansSerif);
+}
+
+TEST(AquaTest, TheFirstInstalledFamilyIsTheOneThatIsShown) {
+    const QFont font = Aqua::font(13);
+    const QStringList installed = QFontDatabase::families();
+    for (const QString& family : font.families()) {
+        if (installed.contains(family)) {
+            EXPECT_EQ(QFontInfo(font).family(), family);
+            return;
+        }
+    }
+    GTEST_SKIP() << "only the desktop's sans serif is installed here";
+}
+
+TEST(AquaTest, TheSiblingsOfLucidaGrandeComeBeforeFacesThatOnlyResembleIt) {
+    const QStringList families = Aqua::font(13).families();
+    EXPECT_EQ(families.mid(0, 3), QStringList({"LucidaGrande", "Lucida Grande", "Lucida Sans"}));
+    EXPECT_LT(families.indexOf("Bitstream Vera Sans"), families.indexOf("DejaVu Sans"));
+    EXPECT_LT(families.indexOf("DejaVu Sans"), families.indexOf("Noto Sans"));
 }
 
 TEST(AquaTest, APointOfTheFontIsAPointOfTheLayout) {

@@ -68,6 +68,33 @@ TEST(PinstripeBackgroundTest, StripesAreEvenAtEveryPixelRatio) {
     }
 }
 
+TEST(PinstripeBackgroundTest, TheLastStripeBeginsAtTheLargestMultipleOfFourBelowTheHeight) {
+    struct Case {
+        double height;
+        int stripes;
+    };
+    for (const Case& c : {Case{4, 1}, Case{4.5, 2}, Case{8, 2}, Case{8.5, 3}, Case{600, 150}}) {
+        QImage image(20, 1240, QImage::Format_ARGB32_Premultiplied);
+        image.setDevicePixelRatio(2);
+        image.fill(Qt::transparent);
+        QPainter painter(&image);
+        PinstripeBackground::paint(painter, QRectF(0, 0, 10, c.height));
+        painter.end();
+        int stripes = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            if (y >= c.height * 2) {
+                EXPECT_EQ(image.pixel(9, y), 0U) << c.height << " row " << y;
+                continue;
+            }
+            const bool light = y % 8 < 2;
+            stripes += y % 8 == 0 ? 1 : 0;
+            EXPECT_TRUE(isColour(image.pixel(9, y), light ? stripe : Colour::of(base), 0))
+                << c.height << " row " << y;
+        }
+        EXPECT_EQ(stripes, c.stripes) << c.height;
+    }
+}
+
 TEST(PinstripeBackgroundTest, NothingIsPaintedWithoutAHeight) {
     QImage image(10, 10, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
