@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <cstdio>
 
+#include "BackgroundThread.h"
 #include "LaunchOptions.h"
 #include "PracticeDrive.h"
 #include "SpindriftApp.h"
@@ -13,6 +14,7 @@ namespace {
 
 constexpr int exitFailed = 1;
 constexpr int exitUsage = 64;
+constexpr std::chrono::seconds longestTidying{5};
 
 void print(FILE* stream, const QString& text) {
     std::fputs(text.toLocal8Bit().constData(), stream);
@@ -66,7 +68,14 @@ int launch(int argc, char** argv) {
                                                   "Using the practice drive with %1 in its tray.\n")
                           .arg(drive->disc));
     }
-    SpindriftApp app;
-    app.openMainWindow();
-    return QApplication::exec();
+    int status = 0;
+    {
+        SpindriftApp app;
+        app.openMainWindow();
+        status = QApplication::exec();
+    }
+    // A verification tells how it ended before it removes its second image, which is as large as
+    // the disc.
+    BackgroundThread::waitForPassing(longestTidying);
+    return status;
 }
