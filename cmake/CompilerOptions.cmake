@@ -1,7 +1,14 @@
-# Where it is there, the compiler's cache makes a second build quick; nothing needs it.
+# Where it is there, the compiler's cache makes a second build quick; nothing needs it. One that
+# cannot write to its folder lets no compilation pass.
 find_program(SPINDRIFT_CCACHE ccache)
 if(SPINDRIFT_CCACHE AND NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${SPINDRIFT_CCACHE})
+    set(probe ${CMAKE_BINARY_DIR}/CMakeFiles/ccache-probe)
+    file(WRITE ${probe}.cpp "int main() {}\n")
+    execute_process(COMMAND ${SPINDRIFT_CCACHE} ${CMAKE_CXX_COMPILER} -c ${probe}.cpp -o ${probe}.o
+        RESULT_VARIABLE ccache_result OUTPUT_QUIET ERROR_QUIET)
+    if(ccache_result EQUAL 0)
+        set(CMAKE_CXX_COMPILER_LAUNCHER ${SPINDRIFT_CCACHE})
+    endif()
 endif()
 
 # Warnings are errors for every target of ours; set once here, used through spindrift_options. A
