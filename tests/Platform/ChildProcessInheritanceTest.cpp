@@ -10,6 +10,7 @@
 #include <QSet>
 #include <csignal>
 #include <future>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -150,44 +151,53 @@ TEST(ChildProcessInheritanceTest, AProgramWithoutStandardDescriptorsCanStillRunT
     }
 }
 
-TEST(ChildProcessInheritanceTest, RunningOutOfDescriptorsIsALaunchFailure) {
-    std::vector<int> taken;
-    rlimit before = {};
-    getrlimit(RLIMIT_NOFILE, &before);
-    rlimit few = before;
-    few.rlim_cur = 64;
-    setrlimit(RLIMIT_NOFILE, &few);
-    for (int copy = dup(0); copy >= 0; copy = dup(0)) {
-        taken.push_back(copy);
+// While it lives no further descriptor can be had.
+class AllDescriptorsTaken final {
+public:
+    AllDescriptorsTaken() {
+        getrlimit(RLIMIT_NOFILE, &m_before);
+        rlimit few = m_before;
+        few.rlim_cur = 64;
+        setrlimit(RLIMIT_NOFILE, &few);
+        for (int copy = dup(0); copy >= 0; copy = dup(0)) {
+            m_taken.push_back(copy);
+        }
     }
+    ~AllDescriptorsTaken() {
+        for (const int copy : m_taken) {
+            close(copy);
+        }
+        setrlimit(RLIMIT_NOFILE, &m_before);
+    }
+    AllDescriptorsTaken(const AllDescriptorsTaken&) = delete;
+    AllDescriptorsTaken& operator=(const AllDescriptorsTaken&) = delete;
+
+private:
+    rlimit m_before = {};
+    std::vector<int> m_taken;
+};
+
+TEST(ChildProcessInheritanceTest, RunningOutOfDescriptorsIsALaunchFailure) {
     auto child = shell(QStringLiteral("exit 0"));
     child.setStream(Output::Standard, Stream::Pipe);
-    const auto failure = child.launch();
-    for (const int copy : taken) {
-        close(copy);
+    std::optional<QString> failure;
+    {
+        const AllDescriptorsTaken taken;
+        failure = child.launch();
     }
-    setrlimit(RLIMIT_NOFILE, &before);
     EXPECT_EQ(failure, u"Too many open files");
 }
 
 TEST(ChildProcessInheritanceTest, WithoutADescriptorToSpareForTheExitItIsStillNoticed) {
-    std::vector<int> taken;
-    rlimit before = {};
-    getrlimit(RLIMIT_NOFILE, &before);
-    rlimit few = before;
-    few.rlim_cur = 64;
-    setrlimit(RLIMIT_NOFILE, &few);
-    for (int copy = dup(0); copy >= 0; copy = dup(0)) {
-        taken.push_back(copy);
-    }
     // No pipes, so that the launch needs none; following the exit has to do without.
     auto child = shell(QStringLiteral("exit 3"));
-    const auto failure = child.launch();
-    const int status = child.wait();
-    for (const int copy : taken) {
-        close(copy);
+    std::optional<QString> failure;
+    int status = -1;
+    {
+        const AllDescriptorsTaken taken;
+        failure = child.launch();
+        status = child.wait();
     }
-    setrlimit(RLIMIT_NOFILE, &before);
     EXPECT_EQ(failure, std::nullopt);
     EXPECT_EQ(status, 3);
 }
