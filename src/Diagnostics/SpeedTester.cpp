@@ -92,8 +92,7 @@ void SpeedTester::start(const QString& bsdName, const DriveIdentity& drive, Disc
     });
 
     if (const auto failure = process->launch()) {
-        publish(this, m_error,
-                std::optional(QStringLiteral("Could not start speed test: ") + *failure),
+        publish(this, m_error, std::optional(tr("Could not start speed test: %1").arg(*failure)),
                 &SpeedTester::errorChanged);
         return;
     }
@@ -136,8 +135,7 @@ void SpeedTester::toolEnded(const Subject& subject, int status) {
 void SpeedTester::publishOutcome(const Subject& subject, int status) {
     const auto size = status == 0 && m_tempPath ? sizeOf(*m_tempPath) : std::nullopt;
     if (!size || !m_startTime) {
-        publish(this, m_error,
-                std::optional(QStringLiteral("Speed test failed (exit code %1).").arg(status)),
+        publish(this, m_error, std::optional(tr("Speed test failed (exit code %1).").arg(status)),
                 &SpeedTester::errorChanged);
         return;
     }

@@ -49,11 +49,10 @@ void OpticalDriveMonitor::poll() {
     if (status.exitCode != 0) {
         publish(this, m_driveDetected, false, &OpticalDriveMonitor::driveDetectedChanged);
         publish(this, m_disc, std::optional<OpticalDisc>(), &OpticalDriveMonitor::discChanged);
-        publish(
-            this, m_lastError,
-            std::optional(status.standardError.isEmpty() ? QStringLiteral("No optical drive found.")
-                                                         : status.standardError),
-            &OpticalDriveMonitor::lastErrorChanged);
+        publish(this, m_lastError,
+                std::optional(status.standardError.isEmpty() ? tr("No optical drive found.")
+                                                             : status.standardError),
+                &OpticalDriveMonitor::lastErrorChanged);
         return;
     }
     publish(this, m_lastError, std::optional<QString>(), &OpticalDriveMonitor::lastErrorChanged);

@@ -204,7 +204,7 @@ void ISORipper::publishMoved(const Rip& rip, int moveError) {
     if (moveError != 0) {
         publish(this, m_error,
                 std::optional(RipError::imagingFailed(
-                    QStringLiteral("Could not move image into place: ") + errorText(moveError))),
+                    tr("Could not move image into place: %1").arg(errorText(moveError)))),
                 &ISORipper::errorChanged);
         return;
     }

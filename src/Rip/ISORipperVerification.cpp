@@ -1,4 +1,6 @@
 // The rip engine's half that starts, ends and reports the verification.
+#include <QCoreApplication>
+
 #include "BackgroundThread.h"
 #include "ISORipper.h"
 #include "MainThreadLink.h"
@@ -31,7 +33,8 @@ void ISORipper::startVerification(const QString& bsdName, bool thorough) {
             }
         });
     if (error != 0) {
-        handOver(VerifyStatus::failed(QStringLiteral("Could not re-read the disc to verify.")));
+        handOver(VerifyStatus::failed(
+            QCoreApplication::translate("Verification", "Could not re-read the disc to verify.")));
     }
 }
 

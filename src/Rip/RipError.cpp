@@ -1,5 +1,7 @@
 #include "RipError.h"
 
+#include <QCoreApplication>
+
 QString RipError::kindName() const {
     switch (m_kind) {
         case Kind::launchFailed:
@@ -15,13 +17,15 @@ QString RipError::kindName() const {
 QString RipError::errorDescription() const {
     switch (m_kind) {
         case Kind::launchFailed:
-            return QStringLiteral("Could not start rip: ") + m_text;
+            return QCoreApplication::translate("RipError", "Could not start rip: %1").arg(m_text);
         case Kind::imagingFailed:
-            return QStringLiteral("hdiutil exited with an error: ") + m_text;
+            return QCoreApplication::translate("RipError", "hdiutil exited with an error: %1")
+                .arg(m_text);
         case Kind::permissionDenied:
             break;
     }
-    return QStringLiteral(
+    return QCoreApplication::translate(
+        "RipError",
         "Permission denied reading the disc. Try again, or grant Full Disk Access to this app in "
         "System Settings.");
 }

@@ -95,9 +95,9 @@ void RipSession::ejectDisc(const QString& bsdName) {
     const auto report = [this, link = m_link](bool ejected) {
         if (!ejected) {
             NotificationManager::notify(
-                QStringLiteral("Couldn't Eject Disc"),
-                QStringLiteral("The rip finished, but the disc couldn't be ejected automatically. "
-                               "You can eject it manually."));
+                tr("Couldn't Eject Disc"),
+                tr("The rip finished, but the disc couldn't be ejected automatically. "
+                   "You can eject it manually."));
         }
         link->post([this, ejected] {
             --m_ejecting;
@@ -121,21 +121,21 @@ void RipSession::verifyStatusChanged() {
             break;
         case VerifyStatus::Kind::mismatched:
             NotificationManager::notify(
-                QStringLiteral("Verification Failed"),
-                QStringLiteral("The ISO does not match the disc. The disc was not ejected \u2014 "
-                               "you may want to retry."));
+                tr("Verification Failed"),
+                tr("The ISO does not match the disc. The disc was not ejected \u2014 "
+                   "you may want to retry."));
             break;
         case VerifyStatus::Kind::failed:
-            NotificationManager::notify(QStringLiteral("Verification Error"), status->text());
+            NotificationManager::notify(tr("Verification Error"), status->text());
             break;
     }
 }
 
 void RipSession::verified() {
-    NotificationManager::notify(QStringLiteral("Rip Verified"),
-                                m_destination ? QStringLiteral("Saved and verified: ") +
-                                                    QFileInfo(*m_destination).fileName()
-                                              : QStringLiteral("ISO verified."));
+    NotificationManager::notify(
+        tr("Rip Verified"),
+        m_destination ? tr("Saved and verified: %1").arg(QFileInfo(*m_destination).fileName())
+                      : tr("ISO verified."));
     if (m_rippedBSDName && m_choices.ejectWhenDone && m_choices.ejectWhenDone()) {
         ejectDisc(*m_rippedBSDName);
     }
@@ -148,7 +148,7 @@ void RipSession::errorChanged() {
     if (!error || hadError) {
         return;
     }
-    NotificationManager::notify(QStringLiteral("Rip Failed"), error->errorDescription());
+    NotificationManager::notify(tr("Rip Failed"), error->errorDescription());
     if (error->kind() == RipError::Kind::permissionDenied) {
         Q_EMIT permissionNeeded();
     }

@@ -1,5 +1,6 @@
 #include "Verification.h"
 
+#include <QCoreApplication>
 #include <QFile>
 
 #include "StrictUtf8.h"
@@ -10,13 +11,15 @@ namespace {
 
 VerifyStatus compare(const Verification::Job& job, const QString& base) {
     if (!Verification::reimage(job.bsdName, base, *job.processes)) {
-        return VerifyStatus::failed(QStringLiteral("Could not re-read the disc to verify."));
+        return VerifyStatus::failed(
+            QCoreApplication::translate("Verification", "Could not re-read the disc to verify."));
     }
     const auto saved = Verification::sha256(job.image, *job.processes);
     const auto second =
         saved ? Verification::sha256(base + QStringLiteral(".cdr"), *job.processes) : std::nullopt;
     if (!saved || !second) {
-        return VerifyStatus::failed(QStringLiteral("Could not compute checksum."));
+        return VerifyStatus::failed(
+            QCoreApplication::translate("Verification", "Could not compute checksum."));
     }
     return *saved == *second ? VerifyStatus::matched() : VerifyStatus::mismatched();
 }

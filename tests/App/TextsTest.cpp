@@ -1,55 +1,21 @@
 // Every fixed text of the windows, character by character, where the user meets it.
 #include <gtest/gtest.h>
 
-#include <QAbstractButton>
 #include <QDialog>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMenuBar>
 
 #include "AboutPanel.h"
 #include "CancelConfirmation.h"
+#include "DiagnosticsView.h"
 #include "MainWindow.h"
+#include "OnboardingView.h"
 #include "RipProgressView.h"
 #include "SettingsView.h"
 #include "SpindriftApp.h"
 #include "StubTools.h"
+#include "VisibleTexts.h"
 #include "WindowSupport.h"
 
 namespace {
-
-// What a user can read in a window now: texts of visible widgets, tool tips, placeholders.
-QSet<QString> visibleTexts(const QWidget* window) {
-    QSet<QString> texts{window->windowTitle()};
-    for (const QWidget* widget : window->findChildren<QWidget*>()) {
-        if (!widget->isVisibleTo(window)) {
-            continue;
-        }
-        texts << widget->toolTip();
-        if (const auto* label = qobject_cast<const QLabel*>(widget)) {
-            texts << label->text();
-        } else if (const auto* button = qobject_cast<const QAbstractButton*>(widget)) {
-            texts << button->text();
-        } else if (const auto* field = qobject_cast<const QLineEdit*>(widget)) {
-            texts << field->placeholderText() << field->text();
-        }
-    }
-    return texts;
-}
-
-QSet<QString> menuTexts(const MainWindow* window) {
-    QSet<QString> texts;
-    for (const QAction* action : window->findChildren<QAction*>()) {
-        texts << action->text().remove(QLatin1Char('&'));
-    }
-    const auto* view = window->findChild<QMenuBar*>();
-    for (const QAction* menu : view->actions()) {
-        for (const QAction* action : menu->menu()->actions()) {
-            texts << action->text().remove(QLatin1Char('&'));
-        }
-    }
-    return texts;
-}
 
 void expectAll(const QSet<QString>& shown, const QStringList& wanted, const char* where) {
     for (const QString& text : wanted) {
@@ -101,6 +67,11 @@ protected:
             return !window->content().isWorking() && (ripper.finished() || ripper.error());
         }));
         settle();
+    }
+    // Its interpreter is not there.
+    void makeImagingToolUnstartable() {
+        folder.write(QStringLiteral("tools/usr/bin/hdiutil"),
+                     "#!" + folder.path(QStringLiteral("missing")).toUtf8() + "\n");
     }
     QSet<QString> content() { return visibleTexts(&window->content()); }
     QDialog* sheet(const char* className) {
@@ -177,7 +148,8 @@ TEST_F(TextsTest, OfAVerification) {
     DriveStubs::imaging(folder, "echo x > \"$out\"; [ $verify = yes ] && exec sleep 1000; exit 0");
     open();
     rip();
-    ASSERT_TRUE(waitUntil([this] { return window->content().ripper().isVerifying(); }));
+    ASSERT_TRUE(
+        waitUntil([this] { return window->content().ripper().trackedVerifyProcesses() == 1; }));
     settle();
     expectAll(content(), {"Verifying\u2026", "2 bytes written", "Cancel"}, "a verification");
     window->content().confirmCancel();
@@ -221,6 +193,10 @@ TEST_F(TextsTest, OfEveryOutcome) {
               {"Permission denied reading the disc. Try again, or grant Full Disk Access to this "
                "app in System Settings."},
               "a refusal");
+
+    makeImagingToolUnstartable();
+    finish();
+    expectAll(content(), {"Could not start rip: No such file or directory"}, "a missing tool");
 }
 
 TEST_F(TextsTest, OfTheSettings) {
@@ -238,6 +214,7 @@ TEST_F(TextsTest, OfTheSettings) {
 }
 
 TEST_F(TextsTest, OfTheGuide) {
+    folder.setEnvironment("SPINDRIFT_PRACTICE_DRIVE", folder.path(QStringLiteral("none")).toUtf8());
     open();
     window->content().showOnboarding();
     settle();
@@ -251,8 +228,42 @@ TEST_F(TextsTest, OfTheGuide) {
                "Flip the switch next to Spindrift in the list. You may need to add it with the + "
                "button.",
                "Come back here", "This screen updates on its own once access is granted.",
-               "Skip for now"},
+               "Full Disk Access not enabled yet", "Skip for now", "Open Full Disk Access\u2026"},
               "the guide");
+}
+
+TEST_F(TextsTest, OfTheGuideOnceAccessIsThere) {
+    open();
+    OnboardingView guide({[] {}, [] { return true; }, [](QWidget*) {}}, nullptr);
+    guide.show();
+    const QSet<QString> shown = visibleTexts(&guide);
+    expectAll(shown, {"Full Disk Access is enabled", "Skip for now", "Get Started"}, "the guide");
+    expectNone(shown, {"Full Disk Access not enabled yet", "Open Full Disk Access\u2026"},
+               "the guide");
+}
+
+TEST_F(TextsTest, OfTheSpeedTest) {
+    open();
+    window->content().showDiagnostics();
+    settle();
+    auto* diagnostics = static_cast<DiagnosticsView*>(sheet("DiagnosticsView"));
+    DriveStubs::heldImaging(folder, "PERCENT:42\n", 1200000);
+    named<QAbstractButton>(diagnostics, "runSpeedTest")->click();
+    ASSERT_TRUE(waitUntil([&] { return diagnostics->tester().bytesRead() > 0; }));
+    settle();
+    expectAll(visibleTexts(diagnostics), {"1.2 MB read", "Cancel"}, "a speed test");
+    expectNone(visibleTexts(diagnostics), {"Run Speed Test"}, "a speed test");
+    DriveStubs::release(folder);
+    ASSERT_TRUE(waitUntil([&] { return !diagnostics->tester().isRunning(); }));
+    settle();
+    expectAll(visibleTexts(diagnostics), {"Speed test failed (exit code 3).", "Run Speed Test"},
+              "a failed speed test");
+    makeImagingToolUnstartable();
+    named<QAbstractButton>(diagnostics, "runSpeedTest")->click();
+    settle();
+    expectAll(visibleTexts(diagnostics), {"Could not start speed test: No such file or directory"},
+              "a missing tool");
+    EXPECT_TRUE(waitUntil([&] { return !diagnostics->tester().isRunning(); }));
 }
 
 TEST_F(TextsTest, OfTheDiagnosticsWithoutADrive) {
