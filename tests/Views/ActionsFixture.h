@@ -50,7 +50,8 @@ protected:
         window.open();
         path = window.choose(folder, QStringLiteral("a.iso"));
         window.click("startButton");
-        ASSERT_TRUE(waitUntil([&] { return window.content->ripper().isVerifying(); }));
+        ASSERT_TRUE(
+            waitUntil([&] { return window.content->ripper().trackedVerifyProcesses() == 1; }));
         settle();
     }
 

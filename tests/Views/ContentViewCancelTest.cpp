@@ -100,7 +100,7 @@ TEST_F(ContentViewCancelTest, TheQuestionFollowsWhatRuns) {
     EXPECT_EQ(textOf(question, "destructiveButton"), QStringLiteral("Cancel Rip"));
 
     DriveStubs::release(folder);
-    ASSERT_TRUE(waitUntil([&] { return window.content->ripper().isVerifying(); }));
+    ASSERT_TRUE(waitUntil([&] { return window.content->ripper().trackedVerifyProcesses() == 1; }));
     settle();
     EXPECT_EQ(textOf(question, "destructiveButton"), QStringLiteral("Cancel Verification"));
     named<QPushButton>(question, "destructiveButton")->click();
