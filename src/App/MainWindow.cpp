@@ -4,6 +4,7 @@
 #include <QCloseEvent>
 #include <QLineEdit>
 #include <QMenuBar>
+#include <QShortcut>
 #include <QVBoxLayout>
 
 #include "Accessibility.h"
@@ -21,6 +22,8 @@ MainWindow::MainWindow(QAction* retroMode, QWidget* parent)
     outer->setSizeConstraint(QLayout::SetFixedSize);
     auto* bar = new QMenuBar(this);
     addMenus(bar, retroMode);
+    connect(new QShortcut(QKeySequence(Qt::Key_F10), this), &QShortcut::activated, bar,
+            [bar] { bar->setActiveAction(bar->actions().constFirst()); });
     outer->setMenuBar(bar);
     m_content = new ContentView(this);
     outer->addWidget(m_content);
@@ -48,6 +51,7 @@ void MainWindow::addMenus(QMenuBar* bar, QAction* retroMode) {
 
     QMenu* view = bar->addMenu(tr("&View"));
     view->addAction(retroMode);
+    connect(view, &QMenu::aboutToShow, this, &MainWindow::viewMenuOpening);
 
     QMenu* help = bar->addMenu(tr("&Help"));
     QAction* access =

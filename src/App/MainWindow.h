@@ -25,6 +25,8 @@ signals:
     void settingsRequested();
     void aboutRequested();
     void quitRequested();
+    // The menu with the Retro Mode command is about to be shown.
+    void viewMenuOpening();
 
 protected:
     void closeEvent(QCloseEvent* event) override;

@@ -20,9 +20,12 @@ SpindriftApp::SpindriftApp(QObject* parent) : QObject(parent), m_retroModeAction
     m_retroModeAction.setCheckable(true);
     m_retroModeAction.setChecked(m_preferences.retroMode());
     m_retroModeAction.setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R));
-    connect(&m_retroModeAction, &QAction::triggered, &m_preferences, &Preferences::setRetroMode);
-    connect(&m_preferences, &Preferences::retroModeChanged, &m_retroModeAction,
-            [this] { m_retroModeAction.setChecked(m_preferences.retroMode()); });
+    // Flips what is stored, which the terminal program may have changed since the last look.
+    connect(&m_retroModeAction, &QAction::triggered, this, [this] {
+        m_preferences.setRetroMode(!m_preferences.retroMode());
+        followRetroMode();
+    });
+    connect(&m_preferences, &Preferences::retroModeChanged, this, &SpindriftApp::followRetroMode);
     qApp->installEventFilter(this);
 }
 
@@ -47,6 +50,7 @@ MainWindow* SpindriftApp::openMainWindow() {
     connect(window, &MainWindow::settingsRequested, this, &SpindriftApp::showSettings);
     connect(window, &MainWindow::aboutRequested, this, &SpindriftApp::showAboutPanel);
     connect(window, &MainWindow::quitRequested, this, &SpindriftApp::quit);
+    connect(window, &MainWindow::viewMenuOpening, this, &SpindriftApp::followRetroMode);
     connect(window, &QObject::destroyed, this, &SpindriftApp::mainWindowClosed);
     window->show();
     return window;
@@ -77,6 +81,10 @@ void SpindriftApp::showAboutPanel() {
     m_about->show();
     m_about->raise();
     m_about->activateWindow();
+}
+
+void SpindriftApp::followRetroMode() {
+    m_retroModeAction.setChecked(m_preferences.retroMode());
 }
 
 void SpindriftApp::quit() {

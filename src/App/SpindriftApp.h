@@ -37,6 +37,7 @@ protected:
 
 private:
     void mainWindowClosed();
+    void followRetroMode();
 
     Preferences m_preferences;
     QAction m_retroModeAction;

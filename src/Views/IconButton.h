@@ -15,6 +15,7 @@ public:
     IconButton(const QString& symbol, double points, Appearance::Role role, const QString& toolTip,
                QWidget* parent = nullptr);
 
+    const QString& symbol() const { return m_symbol; }
     Appearance::Role role() const { return m_role; }
 
 protected:

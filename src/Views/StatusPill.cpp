@@ -4,6 +4,7 @@
 #include <QHBoxLayout>
 #include <QPainter>
 
+#include "ContinuousCapsule.h"
 #include "SymbolIcon.h"
 #include "TextLabel.h"
 #include "TextStyle.h"
@@ -48,6 +49,5 @@ void StatusPill::paintEvent(QPaintEvent* /*event*/) {
     colour.setAlphaF(0.12F);
     painter.setPen(Qt::NoPen);
     painter.setBrush(colour);
-    const double radius = height() / 2.0;
-    painter.drawRoundedRect(rect(), radius, radius);
+    painter.drawPath(continuousCapsule(QRectF(rect())));
 }

@@ -152,6 +152,36 @@ TEST_F(AppTest, RetroModeChangesEveryWindowAtOnceAndTheCheckMarkFollows) {
     EXPECT_TRUE(command(second, "View", "Retro Mode")->isChecked());
 }
 
+TEST_F(AppTest, TheCommandFlipsWhatAnotherProgramHasStored) {
+    SpindriftApp app;
+    const MainWindow* window = app.openMainWindow();
+    settle();
+    QAction* retro = command(window, "View", "Retro Mode");
+    folder.write(QStringLiteral("config/Spindrift/Spindrift.conf"),
+                 "[General]\nretroMode=true\nhasCompletedOnboarding=true\n");
+    for (const QAction* menu : window->findChild<QMenuBar*>()->actions()) {
+        emit menu->menu()->aboutToShow();
+    }
+    EXPECT_TRUE(retro->isChecked()) << "the check mark follows when the menu is opened";
+    folder.write(QStringLiteral("config/Spindrift/Spindrift.conf"),
+                 "[General]\nhasCompletedOnboarding=true\n");
+    retro->trigger();
+    EXPECT_TRUE(Preferences().retroMode()) << "what is stored was off";
+    EXPECT_TRUE(retro->isChecked());
+}
+
+TEST_F(AppTest, F10OpensTheFirstMenu) {
+    SpindriftApp app;
+    MainWindow* window = app.openMainWindow();
+    settle();
+    activate(window);
+    QTest::keyClick(window, Qt::Key_F10);
+    auto* menu = window->findChild<QMenuBar*>()->actions().constFirst()->menu();
+    EXPECT_TRUE(menu->isVisible());
+    QTest::keyClick(menu, Qt::Key_Escape);
+    EXPECT_FALSE(menu->isVisible());
+}
+
 TEST_F(AppTest, TheShortcutWorksWhateverWindowIsFrontmost) {
     SpindriftApp app;
     MainWindow* window = app.openMainWindow();
