@@ -5,7 +5,10 @@
 
 namespace DateText {
 
-QString abbreviated(const QDateTime& date, const QLocale& locale) {
+QString abbreviated(const QDateTime& date, const QLocale& users) {
+    // The locale "C" is nobody's language; its time has seconds in it.
+    const QLocale locale =
+        users.language() == QLocale::C ? QLocale(QLocale::English, QLocale::UnitedStates) : users;
     // Qt knows long dates ("Friday, January 31, 2025") and short ones ("1/31/25") only: the
     // abbreviated form is the long one with the weekday left out and the month's short name.
     static const QRegularExpression weekday(

@@ -13,6 +13,11 @@ TEST(DateTextTest, AnEnglishDateIsAbbreviatedWithAShortTime) {
               "Jan 31, 2025 at 6:04 PM");
 }
 
+TEST(DateTextTest, WithoutALanguageTheDateIsEnglish) {
+    EXPECT_EQ(DateText::abbreviated(evening(), QLocale::c()).toStdString(),
+              "Jan 31, 2025 at 6:04 PM");
+}
+
 TEST(DateTextTest, AnotherLocaleHasItsOwnOrderAndNoWeekday) {
     const QLocale german(QStringLiteral("de_DE"));
     const QString text = DateText::abbreviated(evening(), german);
