@@ -5,6 +5,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QShowEvent>
 #include <QVBoxLayout>
 
 #include "DiagnosticsStore.h"
@@ -150,7 +151,11 @@ void DiagnosticsView::refresh() {
 }
 
 void DiagnosticsView::showEvent(QShowEvent* event) {
-    syncNicknameField();
+    // A window that comes back from the task bar has been there all the time, and so has what was
+    // typed into it.
+    if (!event->spontaneous()) {
+        syncNicknameField();
+    }
     QDialog::showEvent(event);
 }
 

@@ -6,6 +6,7 @@
 #include <QVBoxLayout>
 #include <cmath>
 
+#include "Accessibility.h"
 #include "ByteCount.h"
 #include "OpticalDriveMonitor.h"
 #include "SpeedTester.h"
@@ -15,7 +16,8 @@
 
 namespace {
 constexpr int barSteps = 10000;
-}
+constexpr int discLines = 4;
+}  // namespace
 
 SpeedTestPanel::SpeedTestPanel(const OpticalDriveMonitor& monitor, SpeedTester& tester,
                                QWidget* parent)
@@ -28,6 +30,8 @@ SpeedTestPanel::SpeedTestPanel(const OpticalDriveMonitor& monitor, SpeedTester& 
     m_disc =
         new TextLabel(QString(), caption, Appearance::Role::Secondary, TextLabel::Wrap::Yes, this);
     m_disc->setObjectName(QStringLiteral("discLine"));
+    // The sheet cannot grow; no disc that keeps to its standard has a name as long as this.
+    m_disc->setMaximumLines(discLines);
     column->addWidget(m_disc);
 
     m_running = new QWidget(this);
@@ -48,7 +52,8 @@ SpeedTestPanel::SpeedTestPanel(const OpticalDriveMonitor& monitor, SpeedTester& 
     m_cancel->setAccessibleDescription(tr("Stops the speed test without a result"));
     m_cancel->setAutoDefault(false);
     QPalette destructive = m_cancel->palette();
-    destructive.setColor(QPalette::ButtonText, Appearance::color(Appearance::Role::Red, palette()));
+    destructive.setColor(QPalette::ButtonText,
+                         Appearance::color(Appearance::Role::Destructive, palette()));
     m_cancel->setPalette(destructive);
     connect(m_cancel, &QPushButton::clicked, this, [this] { m_tester.cancel(); });
     row->addWidget(m_bytes);
@@ -67,6 +72,7 @@ SpeedTestPanel::SpeedTestPanel(const OpticalDriveMonitor& monitor, SpeedTester& 
     m_error = new SymbolLabel(QStringLiteral("xmark.octagon.fill"), QString(), caption,
                               Appearance::Role::Red, TextLabel::Wrap::Yes, this);
     m_error->setObjectName(QStringLiteral("speedTestError"));
+    Accessibility::setRole(m_error->textLabel(), QAccessible::Notification);
     column->addWidget(m_error);
     refresh();
 }

@@ -30,6 +30,7 @@ struct Colors {
     const char* orange;
     const char* red;
     const char* gray;
+    const char* destructive;
 };
 
 // The text colours keep a contrast of at least 4.5 to 1 against their scheme's window.
@@ -52,6 +53,7 @@ constexpr Colors lightColors = {
     .orange = "#a84e00",
     .red = "#c5221f",
     .gray = "#8e8e93",
+    .destructive = "#c5221f",
 };
 
 constexpr Colors darkColors = {
@@ -59,7 +61,7 @@ constexpr Colors darkColors = {
     .text = "#f2f2f4",
     .base = "#1c1c1e",
     .alternateBase = "#343438",
-    .button = "#48484c",
+    .button = "#3a3a3e",
     .light = "#5a5a5f",
     .midlight = "#3f3f43",
     .mid = "#343437",
@@ -73,6 +75,7 @@ constexpr Colors darkColors = {
     .orange = "#ffa53d",
     .red = "#ff7a70",
     .gray = "#98989d",
+    .destructive = "#ffaaa3",
 };
 
 const Colors& colors(Scheme scheme) {
@@ -140,6 +143,8 @@ QColor color(Role role, Scheme scheme) {
             return named(c.red);
         case Role::Gray:
             return named(c.gray);
+        case Role::Destructive:
+            return named(c.destructive);
     }
     return named(c.text);
 }

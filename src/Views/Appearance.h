@@ -13,7 +13,8 @@ class QWidget;
 
 namespace Appearance {
 
-enum class Role { Primary, Secondary, Accent, Green, Orange, Red, Gray };
+// Destructive is the text of a button that destroys something.
+enum class Role { Primary, Secondary, Accent, Green, Orange, Red, Gray, Destructive };
 
 // Every role of every colour group, so that nothing of the desktop's own theme shines through.
 QPalette palette(SystemAppearance::Scheme scheme);

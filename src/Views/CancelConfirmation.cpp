@@ -17,7 +17,7 @@ CancelConfirmation::CancelConfirmation(Subject subject, QWidget* parent) : QMess
     m_destructive = addButton(QString(), QMessageBox::DestructiveRole);
     m_destructive->setObjectName(QStringLiteral("destructiveButton"));
     QPalette red = m_destructive->palette();
-    red.setColor(QPalette::ButtonText, Appearance::color(Appearance::Role::Red, palette()));
+    red.setColor(QPalette::ButtonText, Appearance::color(Appearance::Role::Destructive, palette()));
     m_destructive->setPalette(red);
     QPushButton* keepGoing = addButton(tr("Keep Going"), QMessageBox::RejectRole);
     keepGoing->setObjectName(QStringLiteral("keepGoingButton"));

@@ -2,12 +2,32 @@
 
 #include <QDialogButtonBox>
 #include <QFile>
+#include <QTextBlock>
 #include <QTextBrowser>
+#include <QTextCursor>
 #include <QVBoxLayout>
 
 // The page lies in a static library: without this the linker would drop it.
 static void initialiseResources() {
     Q_INIT_RESOURCE(help);
+}
+
+// Qt's Markdown reader gives headings and code no room of their own.
+static void spaceOut(QTextDocument& document) {
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+        QTextBlockFormat format = block.blockFormat();
+        const bool code = format.nonBreakableLines();
+        if (code) {
+            format.setLeftMargin(16);
+            const bool more =
+                block.next().isValid() && block.next().blockFormat().nonBreakableLines();
+            format.setBottomMargin(more ? 0 : 8);
+        } else if (format.headingLevel() > 1) {
+            format.setTopMargin(16);
+            format.setBottomMargin(6);
+        }
+        QTextCursor(block).setBlockFormat(format);
+    }
 }
 
 HelpPage::HelpPage(const QString& title, const QString& page, QWidget* parent) : QDialog(parent) {
@@ -25,6 +45,7 @@ HelpPage::HelpPage(const QString& title, const QString& page, QWidget* parent) :
     QFile file(page);
     if (file.open(QIODevice::ReadOnly)) {
         text->setMarkdown(QString::fromUtf8(file.readAll()));
+        spaceOut(*text->document());
     }
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
@@ -37,6 +58,12 @@ HelpPage::HelpPage(const QString& title, const QString& page, QWidget* parent) :
 }
 
 HelpPage* HelpPage::openDiscAccess(QWidget* parent) {
+    if (auto* open = parent != nullptr ? parent->findChild<HelpPage*>() : nullptr) {
+        open->show();
+        open->raise();
+        open->activateWindow();
+        return open;
+    }
     auto* page = new HelpPage(tr("Reading optical discs on Linux"),
                               QStringLiteral(":/help/disc-access.md"), parent);
     page->show();

@@ -13,6 +13,7 @@ public:
     // The page is a Markdown document, such as ":/help/disc-access.md".
     HelpPage(const QString& title, const QString& page, QWidget* parent);
 
-    // The page that explains how Linux lets a user read discs.
+    // The page that explains how Linux lets a user read discs; the one that the parent already has
+    // comes to the front again.
     static HelpPage* openDiscAccess(QWidget* parent);
 };

@@ -5,13 +5,11 @@
 #include <QLabel>
 #include <QLocale>
 #include <QPainter>
-#include <QPointer>
 #include <QPushButton>
 #include <QVBoxLayout>
 #include <utility>
 
 #include "Appearance.h"
-#include "DiscAccess.h"
 #include "Divider.h"
 #include "FullDiskAccess.h"
 #include "HelpPage.h"
@@ -49,9 +47,11 @@ private:
 }  // namespace
 
 OnboardingView::OnboardingView(std::function<void()> onDismiss, QWidget* parent)
-    : OnboardingView(
-          OnboardingActions{std::move(onDismiss), &FullDiskAccess::isGranted, &openAccessOfSystem},
-          parent) {}
+    : OnboardingView(OnboardingActions{std::move(onDismiss), &FullDiskAccess::isGranted,
+                                       [](QWidget* guide) {
+                                           openAccessOfSystem(guide, DiscAccess::programs());
+                                       }},
+                     parent) {}
 
 OnboardingView::OnboardingView(OnboardingActions actions, QWidget* parent)
     : QDialog(parent), m_actions(std::move(actions)), m_granted(m_actions.isGranted()) {
@@ -59,8 +59,8 @@ OnboardingView::OnboardingView(OnboardingActions actions, QWidget* parent)
     setWindowTitle(tr("Welcome to Spindrift"));
     setWindowModality(Qt::WindowModal);
 
-    auto* content = new QWidget(this);
-    content->setFixedWidth(sheetWidth);
+    m_content = new QWidget(this);
+    auto* content = m_content;
     auto* column = new QVBoxLayout(content);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
@@ -141,7 +141,9 @@ QWidget* OnboardingView::makeStep(int number, const QString& title, const QStrin
     auto* row = new QHBoxLayout(step);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(12);
-    row->addWidget(new StepNumber(number, step), 0, Qt::AlignTop);
+    auto* circle = new StepNumber(number, step);
+    circle->setObjectName(QStringLiteral("stepNumber%1").arg(number));
+    row->addWidget(circle, 0, Qt::AlignTop);
 
     auto* texts = new QVBoxLayout;
     texts->setSpacing(2);
@@ -195,6 +197,9 @@ void OnboardingView::showState() {
         m_primary->setText(tr("Open Full Disk Access…"));
         m_primary->setAccessibleDescription(tr("Asks the system to let you read optical discs"));
     }
+    // Wider only where a very large font leaves too little room for the two buttons.
+    const int needed = m_primary->parentWidget()->minimumSizeHint().width();
+    m_content->setFixedWidth(qMax(qMax(sheetWidth, m_content->minimumWidth()), needed));
 }
 
 void OnboardingView::refresh() {
@@ -224,8 +229,16 @@ void OnboardingView::hideEvent(QHideEvent* event) {
     QDialog::hideEvent(event);
 }
 
-void OnboardingView::openAccessOfSystem(QWidget* guide) {
-    DiscAccess::request(guide, [guide = QPointer<QWidget>(guide)](DiscAccess::Outcome outcome) {
+void OnboardingView::openAccessOfSystem(QWidget* guide,
+                                        const std::optional<DiscAccess::Programs>& programs) {
+    // One question at a time, however often the button is pressed.
+    constexpr const char* asking = "askingForAccess";
+    if (guide->property(asking).toBool()) {
+        return;
+    }
+    guide->setProperty(asking, true);
+    DiscAccess::request(programs, guide, [guide](DiscAccess::Outcome outcome) {
+        guide->setProperty(asking, false);
         switch (outcome) {
             case DiscAccess::Outcome::Granted:  // the poll shows it
             case DiscAccess::Outcome::Declined:

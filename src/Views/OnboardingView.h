@@ -9,6 +9,9 @@
 #include <QDialog>
 #include <QTimer>
 #include <functional>
+#include <optional>
+
+#include "DiscAccess.h"
 
 class QPushButton;
 class StatusPill;
@@ -34,9 +37,11 @@ public:
     // One tick of the poll.
     void refresh();
 
-    // Asks the system for the permission (an administrator's password); opens the help page where
-    // the system cannot be asked, or the request failed.
-    static void openAccessOfSystem(QWidget* guide);
+    // Asks the system for the permission (an administrator's password) with these programs; opens
+    // the help page where the system cannot be asked, or the request failed. Nothing while an
+    // earlier request is under way.
+    static void openAccessOfSystem(QWidget* guide,
+                                   const std::optional<DiscAccess::Programs>& programs);
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -53,6 +58,7 @@ private:
     OnboardingActions m_actions;
     bool m_granted;
     QTimer m_poll;
+    QWidget* m_content = nullptr;
     StatusPill* m_pill = nullptr;
     QPushButton* m_primary = nullptr;
 };

@@ -9,7 +9,6 @@
 
 SettingsView::SettingsView(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("settingsView"));
-    setFixedWidth(formWidth);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(20, 20, 20, 20);
     column->setSpacing(20);
@@ -29,6 +28,8 @@ SettingsView::SettingsView(QWidget* parent) : QWidget(parent) {
                     &Preferences::setRetroMode, &Preferences::retroModeChanged)},
         tr("Reskins the app in early-2000s Mac OS X \u201cAqua\u201d \u2014 pinstripes, glossy gel "
            "buttons, and Lucida Grande.")));
+    // Wider only where a very large font makes a switch longer than that.
+    setFixedWidth(qMax(formWidth, column->minimumSize().width()));
 }
 
 QWidget* SettingsView::makeSection(const QString& title, const QList<QCheckBox*>& switches,

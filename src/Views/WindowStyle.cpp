@@ -20,15 +20,46 @@ void drawFocusRing(const QStyleOption& option, QPainter& painter) {
     painter.restore();
 }
 
+// Fusion draws the edges of fields darker than the window, which is invisible in the dark.
+void drawEdge(const QStyleOption& option, QPainter& painter) {
+    if (Appearance::schemeOf(option.palette) != SystemAppearance::Scheme::Dark) {
+        return;
+    }
+    QColor edge = Appearance::color(Appearance::Role::Gray, SystemAppearance::Scheme::Dark);
+    edge.setAlphaF(option.state.testFlag(QStyle::State_Enabled) ? 0.8F : 0.4F);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(edge, 1));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
+    painter.restore();
+}
+
 }  // namespace
 
 WindowStyle::WindowStyle() : QProxyStyle(QStringLiteral("fusion")) {}
 
+void WindowStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
+                                QPainter* painter, const QWidget* widget) const {
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
+    const bool field =
+        element == PE_IndicatorCheckBox || (element == PE_FrameLineEdit && option != nullptr &&
+                                            !option->state.testFlag(State_HasFocus));
+    if (field && option != nullptr) {
+        drawEdge(*option, *painter);
+    }
+}
+
 void WindowStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                               const QWidget* widget) const {
     QProxyStyle::drawControl(element, option, painter, widget);
-    if (element == CE_PushButton && option != nullptr) {
+    if (option == nullptr) {
+        return;
+    }
+    if (element == CE_PushButton || element == CE_ShapedFrame) {
         drawFocusRing(*option, *painter);
+    } else if (element == CE_ProgressBarGroove) {
+        drawEdge(*option, *painter);
     }
 }
 

@@ -1,5 +1,6 @@
-// The widget style of the standard look: Fusion, with more room beside the texts of buttons and
-// with a keyboard focus that nobody can take for the mark of the default button.
+// The widget style of the standard look: Fusion, with more room beside the texts of buttons, with
+// fields that have an edge in the dark too, and with a keyboard focus that nobody can take for the
+// mark of the default button.
 //
 // Belongs to the application; main thread.
 #pragma once
@@ -12,6 +13,8 @@ class WindowStyle final : public QProxyStyle {
 public:
     WindowStyle();
 
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override;
     void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                      const QWidget* widget) const override;
     void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <QAccessible>
 #include <QCoreApplication>
 #include <QKeyEvent>
 #include <QLabel>
@@ -9,6 +10,8 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QShowEvent>
+#include <QTest>
 
 #include "DiagnosticsStore.h"
 #include "HistoryList.h"
@@ -146,6 +149,19 @@ TEST_F(DiagnosticsViewTest, TheNicknameFieldFollowsTheDrive) {
     EXPECT_EQ(field->text(), QString());
 }
 
+TEST_F(DiagnosticsViewTest, WhatIsTypedOutlivesAMinimisedWindow) {
+    drive(true);
+    DiagnosticsView& view = show();
+    auto* field = find<QLineEdit>("nicknameField");
+    field->setText(QStringLiteral("half typed"));
+    // What the window system sends for a window that comes back.
+    QShowEvent event;
+    QSpontaneKeyEvent::setSpontaneous(&event);
+    // Sending it would make it an event of the program's own.
+    static_cast<QObject&>(view).event(&event);
+    EXPECT_EQ(field->text(), QStringLiteral("half typed"));
+}
+
 TEST_F(DiagnosticsViewTest, ARowShowsDiscDriveDateSpeedMultipleAndSource) {
     drive(true);
     m_store.record(result(QStringLiteral("DVD"), 11'080'000.9));
@@ -214,6 +230,11 @@ TEST_F(DiagnosticsViewTest, AFailedTestShowsItsErrorUntilTheNextOne) {
     ASSERT_TRUE(waitUntil([&] { return find<QWidget>("speedTestError")->isVisible(); }));
     EXPECT_EQ(find<QWidget>("speedTestError")->findChild<QLabel*>()->text(),
               QStringLiteral("Speed test failed (exit code 1)."));
+    EXPECT_EQ(
+        QAccessible::queryAccessibleInterface(find<QWidget>("speedTestError")->findChild<QLabel*>())
+            ->role(),
+        QAccessible::Notification)
+        << "screen readers read it out when it appears";
     EXPECT_TRUE(view.isVisible());
 }
 

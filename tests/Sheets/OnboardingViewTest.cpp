@@ -3,11 +3,14 @@
 #include <gmock/gmock.h>
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 
+#include "HelpPage.h"
 #include "StatusPill.h"
+#include "TestFolder.h"
 #include "TextLabel.h"
 #include "Waiting.h"
 
@@ -144,6 +147,38 @@ TEST_F(OnboardingViewTest, TheSheetIs460WideAndNoTextIsCut) {
         EXPECT_GE(label->height(), label->heightForWidth(label->width()))
             << label->text().toStdString();
     }
+}
+
+TEST_F(OnboardingViewTest, TheSystemIsAskedOnceHoweverOftenTheButtonIsPressed) {
+    const TestFolder folder;
+    const QString log = folder.path(QStringLiteral("asked"));
+    const QString pkexec = folder.write(
+        QStringLiteral("pkexec"),
+        "#!/bin/sh\necho asked >> '" + log.toUtf8() + "'\nwhile [ ! -e '" +
+            folder.path(QStringLiteral("answer")).toUtf8() + "' ]; do sleep 0.02; done\nexit 1\n");
+    QFile::setPermissions(pkexec, QFile::ReadOwner | QFile::ExeOwner);
+    const DiscAccess::Programs programs{pkexec, QStringLiteral("/the/granter")};
+    const auto view = make();
+    const auto helpPages = [&] { return view->findChildren<HelpPage*>().size(); };
+    OnboardingView::openAccessOfSystem(view.get(), programs);
+    ASSERT_TRUE(waitUntil([&] { return TestFolder::read(log).has_value(); }));
+    OnboardingView::openAccessOfSystem(view.get(), programs);
+    EXPECT_EQ(helpPages(), 0);
+    folder.write(QStringLiteral("answer"), "");
+    EXPECT_TRUE(waitUntil([&] { return helpPages() == 1; }));
+    EXPECT_EQ(TestFolder::read(log), QByteArray("asked\n"));
+
+    OnboardingView::openAccessOfSystem(view.get(), programs);
+    EXPECT_TRUE(waitUntil([&] { return TestFolder::read(log) == QByteArray("asked\nasked\n"); }))
+        << "it can be asked again after the answer";
+    EXPECT_TRUE(waitUntil([&] { return !view->property("askingForAccess").toBool(); }));
+    EXPECT_EQ(helpPages(), 1) << "the page that is open comes to the front";
+}
+
+TEST_F(OnboardingViewTest, WhereTheSystemCannotBeAskedTheHelpPageOpens) {
+    const auto view = make();
+    OnboardingView::openAccessOfSystem(view.get(), std::nullopt);
+    EXPECT_EQ(view->findChildren<HelpPage*>().size(), 1);
 }
 
 TEST_F(OnboardingViewTest, ItIsASheetOfItsWindow) {
