@@ -227,6 +227,28 @@ class Program:
         subprocess.run(["xdotool", "windowactivate", "--sync", window], check=False, stderr=subprocess.DEVNULL)
         subprocess.run(["xdotool", "key", "--clearmodifiers", keys], check=True)
 
+    def key_to_focus(self, *keys):
+        """Presses keys wherever the keyboard's focus is."""
+        subprocess.run(["xdotool", "key", "--clearmodifiers", *keys], check=True)
+
+    def write_to_focus(self, text):
+        """Types a text wherever the keyboard's focus is."""
+        subprocess.run(["xdotool", "type", "--clearmodifiers", text], check=True)
+
+    def focused(self):
+        """The name of the control with the keyboard's focus; empty while none has it."""
+        for node in self.walk():
+            try:
+                if node.get_state_set().contains(self.atspi.StateType.FOCUSED) and self.is_showing(node):
+                    return node.get_name()
+            except Exception:
+                continue
+        return ""
+
+    def ended(self):
+        """The program's exit status once it has ended by itself; absent before."""
+        return self.child.poll()
+
     def window_ids(self):
         out = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid", str(self.child.pid)],
                              capture_output=True, text=True, check=False).stdout

@@ -284,6 +284,64 @@ class WindowTest(unittest.TestCase):
         self.assertEqual(len(program.all(path)), 1)
         self.assertTrue(program.shows("No destination chosen"))
 
+    def test_the_keyboard_alone_is_enough(self):
+        self.set_drive()
+        self.insert_disc()
+        self.preference(ejectWhenDone="false")
+        program = self.start()
+        program.find("Eject Disc")
+        wait_for(program.window_ids, "the window")
+        program.key("Tab")
+        visited = [wait_for(program.focused, "a focus")]
+        while len(visited) < 3:
+            program.key_to_focus("Tab")
+            visited.append(wait_for(lambda: (name := program.focused()) != visited[-1] and name,
+                                    f"the focus to leave {visited[-1]}"))
+        order = ["Drive Diagnostics", "Eject Disc", "Choose…"]
+        begin = order.index(visited[0])
+        self.assertEqual(visited, order[begin:] + order[:begin])
+        while program.focused() != "Choose…":
+            program.key_to_focus("Tab")
+        program.key_to_focus("space")
+        program.find(role="text", within=program.find(role="dialog"))
+        path = os.path.join(self.folder, "typed.iso")
+        wait_for(lambda: program.focused() and program.focused() not in order, "the dialog's focus")
+        program.key_to_focus("ctrl+a")
+        program.write_to_focus(path)
+        program.key_to_focus("Return")
+        wait_for(lambda: program.shows(path), f"the destination; there is: {program.names()}")
+        wait_for(lambda: not program.shows("Save", "push button"), "the dialog to close")
+        program.key("Return")
+        self.status(program, "Verified")
+        self.assertTrue(os.path.exists(path))
+
+        program.key("F10")
+        program.find("New Window", "menu item")
+        program.key_to_focus("Escape")
+        wait_for(lambda: not program.shows("New Window", "menu item"), "the menu to close")
+        program.key_to_focus("ctrl+q")
+        self.assertEqual(wait_for(lambda: program.ended() is not None and (program.ended(),), "the end")[0], 0)
+
+    def test_closing_and_quitting_during_a_rip_ask_first(self):
+        self.set_drive(bytesPerSecond=400_000)
+        self.insert_disc(8)
+        program = self.start()
+        path = self.choose(program, "asked.iso")
+        program.press("Start Rip")
+        wait_for(self.temporary_images, "the growing image")
+        for keys in ("ctrl+w", "ctrl+q"):
+            program.key(keys)
+            program.find("Cancel the rip? The partial ISO file will be deleted.")
+            program.key_to_focus("Escape")
+            wait_for(lambda: not program.shows("Keep Going"), "the question to close")
+            self.assertTrue(program.shows("Cancel", "push button"))
+            self.assertTrue(self.temporary_images())
+        program.key("ctrl+q")
+        program.press("Cancel Rip")
+        self.assertEqual(wait_for(lambda: program.ended() is not None and (program.ended(),), "the end")[0], 0)
+        wait_for(lambda: not self.temporary_images(), "the temporary image to go")
+        self.assertFalse(os.path.exists(path))
+
     def test_every_control_of_the_main_window_has_a_name(self):
         self.set_drive()
         self.insert_disc()
