@@ -13,10 +13,6 @@ public:
     // Starts in the folder that an earlier dialog of this run ended in, else in the home folder.
     DestinationDialog(const QString& defaultFileName, QWidget* parent);
 
-    // The name as the dialog offers it: one that can be typed into it and that a file can have.
-    // The default name ends in ".iso".
-    static QString offeredName(const QString& defaultFileName);
-
     // The path with ".iso" at its end, whatever was typed. The path as it stands when that would
     // name another file that is there: nobody was asked whether to replace that one.
     static QString withExtension(const QString& path);

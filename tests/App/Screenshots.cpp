@@ -1,9 +1,9 @@
 // Draws every state of the program's windows into PNG files. Not part of the program.
 //
-//   screenshots FOLDER light|dark
+//   screenshots FOLDER light|dark [POINTS]
 //
-// QT_SCALE_FACTOR sets the scale. The drive and the disc tools are stubs, so the pictures are the
-// same on every machine.
+// QT_SCALE_FACTOR sets the scale, POINTS the size of the desktop's font. The drive and the disc
+// tools are stubs, so the pictures are the same on every machine.
 #include <QApplication>
 #include <QDir>
 #include <QLocale>
@@ -17,6 +17,7 @@
 #include "DestinationDialog.h"
 #include "DiagnosticsView.h"
 #include "DriveStubs.h"
+#include "HelpPage.h"
 #include "MainWindow.h"
 #include "OnboardingView.h"
 #include "Preferences.h"
@@ -161,6 +162,35 @@ void takeDiscStates(const Album& album) {
     scene.take(QStringLiteral("destination-long"));
 }
 
+// What discs, drives and people may be called.
+void takeOddNames(const Album& album) {
+    const std::pair<const char*, QByteArray> names[] = {
+        {"long", QByteArray("THE COMPLETE ARCHIVE OF EVERYTHING ").repeated(6)},
+        {"unbroken", QByteArray(200, 'W')},
+        {"markup", "&lt;b>R&amp;B&lt;/b> &amp; &amp;File %1 \\n"},
+        {"rtl", "\u05d2\u05d9\u05d1\u05d5\u05d9 \u05d4\u05d7\u05d5\u05e4\u05e9\u05d4 2009"},
+    };
+    for (const auto& [what, name] : names) {
+        Scene scene(album, false);
+        DriveStubs::disc(scene.folder, {.type = "DVD-R", .volumeName = name});
+        scene.open();
+        const QString called = scene.window->content().monitor().disc()->displayName();
+        scene.window->content().session().setDestination(QStringLiteral("/home/alex/") + called +
+                                                         QStringLiteral(".iso"));
+        const QString suffix = QString::fromLatin1(what);
+        scene.take(QStringLiteral("names-") + suffix);
+        const DriveIdentity drive = *scene.window->content().monitor().driveIdentity();
+        scene.window->content().diagnostics().setNickname(called, drive);
+        scene.window->content().diagnostics().record(
+            SpeedTestResult::now(drive.driveKey(), drive.modelString(), QStringLiteral("DVD"),
+                                 4700000000, 11080000, SpeedTestResult::Source::rip));
+        scene.window->content().showDiagnostics();
+        settle();
+        album.take(scene.sheet<DiagnosticsView>(),
+                   QStringLiteral("sheet-diagnostics-names-") + suffix);
+    }
+}
+
 // Where the keyboard is must be seen on every control.
 void takeFocus(const Album& album) {
     for (const bool retro : {false, true}) {
@@ -227,7 +257,7 @@ void takeOutcomes(const Album& album) {
     scene.open();
     Preferences().setThoroughVerify(true);
     scene.start();
-    waitUntil([&] { return scene.window->content().ripper().isVerifying(); });
+    waitUntil([&] { return scene.window->content().ripper().trackedVerifyProcesses() == 1; });
     scene.take(QStringLiteral("verifying"));
     scene.window->content().confirmCancel();
     settle();
@@ -254,6 +284,13 @@ void takeSheets(const Album& album) {
     record(QStringLiteral("BD"), 24900000000, 27000000, SpeedTestResult::Source::speedTest);
     scene.window->content().diagnostics().setNickname(QStringLiteral("Office burner"), drive);
     album.take(scene.sheet<DiagnosticsView>(), QStringLiteral("sheet-diagnostics"));
+    DriveStubs::heldImaging(scene.folder, "PERCENT:42\n", 1974000000);
+    scene.sheet<DiagnosticsView>()->findChild<QPushButton*>("runSpeedTest")->click();
+    waitUntil([&] { return scene.sheet<DiagnosticsView>()->tester().bytesRead() > 0; });
+    album.take(scene.sheet<DiagnosticsView>(), QStringLiteral("sheet-diagnostics-running"));
+    DriveStubs::release(scene.folder);
+    waitUntil([&] { return !scene.sheet<DiagnosticsView>()->tester().isRunning(); });
+    album.take(scene.sheet<DiagnosticsView>(), QStringLiteral("sheet-diagnostics-failed"));
     scene.sheet<DiagnosticsView>()->close();
     scene.window->content().showOnboarding();
     settle();
@@ -271,6 +308,11 @@ void takeSheets(const Album& album) {
     album.take(scene.sheet<DestinationDialog>(), QStringLiteral("sheet-destination"));
     scene.sheet<DestinationDialog>()->close();
 
+    HelpPage help(QStringLiteral("Reading optical discs on Linux"),
+                  QStringLiteral(":/help/disc-access.md"), nullptr);
+    help.setAttribute(Qt::WA_DeleteOnClose, false);
+    help.show();
+    album.take(&help, QStringLiteral("help"));
     SettingsWindow settings;
     settings.setAttribute(Qt::WA_DeleteOnClose, false);
     settings.show();
@@ -292,15 +334,21 @@ void takeRetro(const Album& album) {
 
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
-    if (argc != 3 || (qstrcmp(argv[2], "light") != 0 && qstrcmp(argv[2], "dark") != 0)) {
-        std::fprintf(stderr, "usage: screenshots FOLDER light|dark\n");
+    if (argc < 3 || argc > 4 || (qstrcmp(argv[2], "light") != 0 && qstrcmp(argv[2], "dark") != 0)) {
+        std::fprintf(stderr, "usage: screenshots FOLDER light|dark [POINTS]\n");
         return 64;
+    }
+    if (argc == 4) {
+        QFont font = QApplication::font();
+        font.setPointSizeF(QByteArray(argv[3]).toDouble());
+        QApplication::setFont(font);
     }
     QApplication::setQuitOnLastWindowClosed(false);
     QLocale::setDefault(QLocale(QLocale::English));
     SpindriftApp::describe();
     const Album album(QString::fromLocal8Bit(argv[1]), qstrcmp(argv[2], "dark") == 0);
     takeDiscStates(album);
+    takeOddNames(album);
     takeFocus(album);
     takeRip(album, false);
     takeOutcomes(album);

@@ -70,18 +70,6 @@ TEST_F(ContentViewActionsTest, ADvdWithoutANameAndANameWithASlashGetFileNames) {
     }
 }
 
-TEST_F(ContentViewActionsTest, ANameThatNoFileCanHaveIsShortened) {
-    for (const QString& letter :
-         {QStringLiteral("W"), QStringLiteral("\u5149"), QStringLiteral("\U0001F4BF")}) {
-        const QString offered = DestinationDialog::offeredName(letter.repeated(126 * 2) + ".iso");
-        EXPECT_TRUE(offered.endsWith(letter + ".iso")) << qPrintable(offered);
-        EXPECT_LE(offered.toUtf8().size(), 255);
-        EXPECT_GT(offered.toUtf8().size(), 250);
-    }
-    EXPECT_EQ(DestinationDialog::offeredName(QStringLiteral("R&B <b> 100%.iso")),
-              QStringLiteral("R&B <b> 100%.iso"));
-}
-
 TEST_F(ContentViewActionsTest, ADiscWithQuotesInItsNameIsSavedUnderOneName) {
     DriveStubs::disc(folder, {.volumeName = "The \"Best\" of 12\""});
     HostWindow window;
