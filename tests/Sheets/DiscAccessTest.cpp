@@ -63,9 +63,10 @@ TEST_F(DiscAccessTest, AProgramThatCannotBeStartedMakesItUnavailable) {
 TEST_F(DiscAccessTest, AnAnswerForAContextThatHasGoneIsDropped) {
     bool called = false;
     auto context = std::make_unique<QObject>();
-    DiscAccess::request(programs(0), context.get(), [&](DiscAccess::Outcome) { called = true; });
+    const auto granting = programs(0);
+    DiscAccess::request(granting, context.get(), [&](DiscAccess::Outcome) { called = true; });
     context.reset();
-    EXPECT_EQ(outcome(programs(0)), DiscAccess::Outcome::Granted);
+    EXPECT_EQ(outcome(granting), DiscAccess::Outcome::Granted);
     EXPECT_FALSE(called);
 }
 
