@@ -40,6 +40,13 @@ exec 2>&1
 export ASAN_OPTIONS=detect_leaks=0
 )sh";
 
+// The address sanitizer cannot start with less than it wants.
+#ifdef __SANITIZE_ADDRESS__
+constexpr const char* dataLimit = "";
+#else
+constexpr const char* dataLimit = "ulimit -Sd 4000000\n";
+#endif
+
 class WholeProgramTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -174,11 +181,10 @@ END
 chmod 755 "$0/usermod"
 mount --bind "$0/usermod" /usr/sbin/usermod
 umask 0077
-trap '' HUP INT TERM PIPE
+)sh" + std::string(dataLimit) + R"sh(trap '' HUP INT TERM PIPE
 ulimit -Sc 100
 ulimit -St 1000
 ulimit -Sn 16
-ulimit -Sd 4000000
 ulimit -Sf 100
 PKEXEC_UID=54321 env --block-signal=TERM,INT "$3")sh");
     ASSERT_EQ(result.status, 0) << result.output;
