@@ -10,6 +10,7 @@
 
 #include "DiagnosticsStore.h"
 #include "Divider.h"
+#include "FocusRing.h"
 #include "HistoryList.h"
 #include "OpticalDriveMonitor.h"
 #include "SpeedTestPanel.h"
@@ -51,6 +52,7 @@ DiagnosticsView::DiagnosticsView(const OpticalDriveMonitor& monitor, Diagnostics
     column->addWidget(m_test);
     column->addWidget(new Divider(this));
     m_history = new HistoryList(m_diagnostics, this);
+    new FocusRing(m_history->area(), this);
     column->addWidget(m_history, 1);
 
     m_refresh.setSingleShot(true);

@@ -57,6 +57,10 @@ HistoryList::HistoryList(const DiagnosticsStore& store, QWidget* parent)
     refresh();
 }
 
+QWidget* HistoryList::area() const {
+    return m_area;
+}
+
 QString HistoryList::speedString(double bytesPerSecond) {
     return ByteCount::formatSpeed(bytesPerSecond);
 }

@@ -18,6 +18,9 @@ class HistoryList final : public QWidget {
 public:
     explicit HistoryList(const DiagnosticsStore& store, QWidget* parent = nullptr);
 
+    // What scrolls; the keyboard's focus can be on it.
+    QWidget* area() const;
+
     // Shows the store as it is now.
     void refresh();
 

@@ -75,7 +75,7 @@ constexpr Colors darkColors = {
     .orange = "#ffa53d",
     .red = "#ff7a70",
     .gray = "#98989d",
-    .destructive = "#ffaaa3",
+    .destructive = "#ffb4ae",
 };
 
 const Colors& colors(Scheme scheme) {

@@ -12,21 +12,15 @@ static void initialiseResources() {
     Q_INIT_RESOURCE(help);
 }
 
-// Qt's Markdown reader gives headings and code no room of their own.
+// Qt's Markdown reader gives headings no room of their own.
 static void spaceOut(QTextDocument& document) {
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
         QTextBlockFormat format = block.blockFormat();
-        const bool code = format.nonBreakableLines();
-        if (code) {
-            format.setLeftMargin(16);
-            const bool more =
-                block.next().isValid() && block.next().blockFormat().nonBreakableLines();
-            format.setBottomMargin(more ? 0 : 8);
-        } else if (format.headingLevel() > 1) {
+        if (format.headingLevel() > 1) {
             format.setTopMargin(16);
             format.setBottomMargin(6);
+            QTextCursor(block).setBlockFormat(format);
         }
-        QTextCursor(block).setBlockFormat(format);
     }
 }
 

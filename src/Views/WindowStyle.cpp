@@ -56,7 +56,7 @@ void WindowStyle::drawControl(ControlElement element, const QStyleOption* option
     if (option == nullptr) {
         return;
     }
-    if (element == CE_PushButton || element == CE_ShapedFrame) {
+    if (element == CE_PushButton) {
         drawFocusRing(*option, *painter);
     } else if (element == CE_ProgressBarGroove) {
         drawEdge(*option, *painter);

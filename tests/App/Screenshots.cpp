@@ -284,6 +284,13 @@ void takeSheets(const Album& album) {
     record(QStringLiteral("BD"), 24900000000, 27000000, SpeedTestResult::Source::speedTest);
     scene.window->content().diagnostics().setNickname(QStringLiteral("Office burner"), drive);
     album.take(scene.sheet<DiagnosticsView>(), QStringLiteral("sheet-diagnostics"));
+    QApplication::setActiveWindow(scene.sheet<DiagnosticsView>());
+    scene.sheet<DiagnosticsView>()->setAttribute(Qt::WA_KeyboardFocusChange);
+    for (const char* name : {"nicknameField", "saveNickname", "runSpeedTest", "historyArea"}) {
+        scene.sheet<DiagnosticsView>()->findChild<QWidget*>(QLatin1String(name))->setFocus();
+        album.take(scene.sheet<DiagnosticsView>(),
+                   QStringLiteral("sheet-diagnostics-focus-") + QLatin1String(name));
+    }
     DriveStubs::heldImaging(scene.folder, "PERCENT:42\n", 1974000000);
     scene.sheet<DiagnosticsView>()->findChild<QPushButton*>("runSpeedTest")->click();
     waitUntil([&] { return scene.sheet<DiagnosticsView>()->tester().bytesRead() > 0; });

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <QAccessible>
-#include <QCoreApplication>
+#include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -13,6 +13,7 @@
 #include <QShowEvent>
 #include <QTest>
 
+#include "Appearance.h"
 #include "DiagnosticsStore.h"
 #include "HistoryList.h"
 #include "OpticalDriveMonitor.h"
@@ -265,6 +266,32 @@ TEST_F(DiagnosticsViewTest, ManyResultsScrollAndKeepTheirOrder) {
     const auto* area = view.findChild<QScrollArea*>(QStringLiteral("historyArea"));
     EXPECT_GT(area->widget()->height(), area->viewport()->height());
     EXPECT_LE(area->widget()->width(), area->viewport()->width());
+}
+
+TEST_F(DiagnosticsViewTest, TheKeyboardVisitsEverythingInOrderAndIsSeenOnTheHistory) {
+    Appearance::follow();
+    drive(true);
+    m_store.record(result(QStringLiteral("CD"), 150'000));
+    DiagnosticsView& view = show();
+    QApplication::setActiveWindow(&view);
+    find<QWidget>("doneButton")->setFocus(Qt::TabFocusReason);
+    QStringList visited;
+    for (int i = 0; i < 5; ++i) {
+        visited << QApplication::focusWidget()->objectName();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    }
+    EXPECT_EQ(visited, (QStringList{"doneButton", "nicknameField", "saveNickname", "runSpeedTest",
+                                    "historyArea"}));
+    auto* area = find<QScrollArea>("historyArea");
+    view.setAttribute(Qt::WA_KeyboardFocusChange);
+    find<QWidget>("doneButton")->setFocus(Qt::TabFocusReason);
+    const QImage without = view.grab().toImage();
+    area->setFocus(Qt::TabFocusReason);
+    const QImage with = view.grab().toImage();
+    const QRect place(area->mapTo(&view, QPoint(0, 0)), area->size());
+    const QPoint above(place.center().x(), place.top() - 4);
+    EXPECT_NE(with.pixelColor(above), without.pixelColor(above));
+    EXPECT_EQ(with.copy(place), without.copy(place)) << "the ring keeps clear of the rows";
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QEvent>
 #include <QPointer>
+#include <QTextBlock>
 #include <QTextBrowser>
 
 namespace {
@@ -17,6 +18,19 @@ TEST(HelpPageTest, ThePageOnDiscAccessExplainsTheGroupAndTheAccessList) {
     page->close();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(page.isNull());
+}
+
+TEST(HelpPageTest, AHeadingStandsApartFromWhatIsAboveIt) {
+    const HelpPage page(QString(), QStringLiteral(":/help/disc-access.md"), nullptr);
+    int headings = 0;
+    const QTextDocument* text = page.findChild<QTextBrowser*>()->document();
+    for (QTextBlock block = text->begin(); block.isValid(); block = block.next()) {
+        if (block.blockFormat().headingLevel() == 2) {
+            ++headings;
+            EXPECT_GE(block.blockFormat().topMargin(), 12) << qPrintable(block.text());
+        }
+    }
+    EXPECT_EQ(headings, 3);
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // Where the parts of the two sheets stand, and in which type and colour.
 #include <gmock/gmock.h>
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QEvent>
 #include <QLabel>
 #include <QLayout>
@@ -265,6 +265,25 @@ TEST_F(GuideLayoutTest, TheTextsHaveTheirTypeAndColour) {
         types.push_back({detail, TextStyle::font(Style::Caption), Role::Secondary});
     }
     expectTypes(view, types);
+}
+
+TEST(LargeFontTest, NoButtonOfTheGuideIsCut) {
+    const QFont before = QApplication::font();
+    for (const double points : {18.0, 24.0}) {
+        QFont large = before;
+        large.setPointSizeF(points);
+        QApplication::setFont(large);
+        for (const bool granted : {false, true}) {
+            OnboardingView guide({[] {}, [granted] { return granted; }, [](QWidget*) {}}, nullptr);
+            layOut(guide);
+            EXPECT_GE(guide.width(), 460);
+            for (const QPushButton* button : guide.findChildren<QPushButton*>()) {
+                EXPECT_GE(button->width(), button->sizeHint().width())
+                    << qPrintable(button->text());
+            }
+        }
+    }
+    QApplication::setFont(before);
 }
 
 // The colour of the pixel, on white.

@@ -3,11 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QFontInfo>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
 #include <cmath>
 
 #include "TestFolder.h"
 #include "TextStyle.h"
+#include "WindowStyle.h"
 
 namespace {
 
@@ -67,6 +72,57 @@ TEST(AppearanceTest, TextIsReadableOnItsWindow) {
             contrast(palette.color(QPalette::ToolTipText), palette.color(QPalette::ToolTipBase)),
             4.5);
     }
+}
+
+namespace {
+
+// The widget as the program's own style draws it in this scheme.
+QImage drawn(QWidget& widget, Scheme scheme) {
+    static WindowStyle style;
+    widget.setStyle(&style);
+    widget.setPalette(Appearance::palette(scheme));
+    widget.setAutoFillBackground(true);
+    widget.resize(120, 40);
+    return widget.grab().toImage();
+}
+
+}  // namespace
+
+TEST(AppearanceTest, ButtonsKeepTheirTextsReadable) {
+    for (const auto scheme : {Scheme::Light, Scheme::Dark}) {
+        QPushButton button;
+        const QImage image = drawn(button, scheme);
+        for (int y = 4; y < image.height() - 4; ++y) {
+            const QColor face = image.pixelColor(image.width() / 2, y);
+            for (const auto role : {Appearance::Role::Primary, Appearance::Role::Destructive}) {
+                EXPECT_GE(contrast(Appearance::color(role, scheme), face), 4.5)
+                    << int(role) << " at " << y;
+            }
+        }
+    }
+}
+
+TEST(AppearanceTest, FieldsHaveAnEdgeInTheDark) {
+    QLineEdit field;
+    QProgressBar bar;
+    bar.setTextVisible(false);
+    for (QWidget* widget : {static_cast<QWidget*>(&field), static_cast<QWidget*>(&bar)}) {
+        const QImage image = drawn(*widget, Scheme::Dark);
+        const QColor window = Appearance::palette(Scheme::Dark).color(QPalette::Window);
+        double best = 1;
+        for (int y = 0; y < 3; ++y) {
+            best = std::max(best, contrast(image.pixelColor(image.width() / 2, y), window));
+        }
+        EXPECT_GE(best, 3) << widget->metaObject()->className();
+    }
+    QCheckBox box;
+    const QImage image = drawn(box, Scheme::Dark);
+    double best = 1;
+    for (int x = 0; x < 4; ++x) {
+        best = std::max(best, contrast(image.pixelColor(x, image.height() / 2),
+                                       Appearance::palette(Scheme::Dark).color(QPalette::Window)));
+    }
+    EXPECT_GE(best, 3) << "a box";
 }
 
 TEST(AppearanceTest, APaletteTellsItsScheme) {

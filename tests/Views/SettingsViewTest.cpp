@@ -58,3 +58,22 @@ TEST_F(SettingsViewTest, ItIs440WideAndItsCaptionsWrapInFull) {
     }
     EXPECT_GT(captions.at(0)->lines(captions.at(0)->width()).size(), 1);
 }
+
+TEST_F(SettingsViewTest, AVeryLargeFontCutsNothing) {
+    const QFont before = QApplication::font();
+    QFont large = before;
+    large.setPointSizeF(18);
+    QApplication::setFont(large);
+    {
+        SettingsView view;
+        const FixedFrame frame(&view);
+        for (const QCheckBox* control : view.findChildren<QCheckBox*>()) {
+            EXPECT_GE(control->width(), control->sizeHint().width()) << qPrintable(control->text());
+        }
+        for (const TextLabel* caption :
+             view.findChildren<TextLabel*>(QStringLiteral("sectionCaption"))) {
+            EXPECT_GE(caption->height(), caption->heightForWidth(caption->width()));
+        }
+    }
+    QApplication::setFont(before);
+}
