@@ -77,6 +77,8 @@ TEST(PropertyListTest, IntegersReachFromTheLeastToTheGreatest) {
     EXPECT_EQ(valueOf("<integer>-1</integer>"), Value(qint64(-1)));
     EXPECT_EQ(valueOf("<integer>+7</integer>"), Value(qint64(7)));
     EXPECT_EQ(valueOf("<integer> 5 \n</integer>"), Value(qint64(5)));
+    EXPECT_EQ(valueOf("<integer>0010</integer>"), Value(qint64(10)));
+    EXPECT_EQ(valueOf("<integer>0X1f</integer>"), Value(qint64(31)));
     EXPECT_EQ(valueOf("<integer>0x1F</integer>"), Value(qint64(31)));
     EXPECT_EQ(valueOf("<integer>-0x10</integer>"), Value(qint64(-16)));
     EXPECT_EQ(valueOf("<integer>9223372036854775807</integer>"),

@@ -106,6 +106,8 @@ TEST(ByteCountTest, ASpeedThatIsNotFiniteCountsAsZero) {
 TEST(ByteCountTest, ASpeedBeyondTheTypeStopsAtItsLimit) {
     EXPECT_EQ(ByteCount::formatSpeed(1e300, english), u"9.22 EB/s");
     EXPECT_EQ(ByteCount::formatSpeed(-1e300, english), u"-9.22 EB/s");
+    EXPECT_EQ(ByteCount::formatSpeed(9223372036854775808.0, english), u"9.22 EB/s");
+    EXPECT_EQ(ByteCount::formatSpeed(-9223372036854775808.0, english), u"-9.22 EB/s");
 }
 
 }  // namespace

@@ -21,19 +21,6 @@ namespace {
 using Output = ChildProcess::Output;
 using Stream = ChildProcess::Stream;
 
-QSet<QString> openPipes() {
-    QSet<QString> pipes;
-    const QDir folder(QStringLiteral("/proc/self/fd"));
-    for (const QString& name : folder.entryList(QDir::AllEntries | QDir::System)) {
-        char target[256] = {};
-        readlink(folder.filePath(name).toUtf8().constData(), target, sizeof target - 1);
-        if (QByteArray(target).startsWith("pipe:")) {
-            pipes.insert(QString::fromLatin1(target));
-        }
-    }
-    return pipes;
-}
-
 TEST(ChildProcessInheritanceTest, AChildHoldsNoDescriptorOfAnother) {
     const QSet<QString> before = openPipes();
     auto first = shell(QStringLiteral("exec sleep 1000"));
@@ -79,12 +66,14 @@ TEST(ChildProcessInheritanceTest, SignalsAreNeitherBlockedNorIgnoredInTheChild) 
     EXPECT_EQ(signalMask(status, "SigIgn:") & bitOf(SIGPIPE), 0U);
 }
 
-TEST(ChildProcessInheritanceTest, WhatNohupIgnoresStaysIgnored) {
-    const auto before = std::signal(SIGHUP, SIG_IGN);
-    ChildProcess child(QStringLiteral("/bin/cat"), {QStringLiteral("/proc/self/status")});
-    const QByteArray status = outcome(child).output;
-    std::signal(SIGHUP, before);
-    EXPECT_EQ(signalMask(status, "SigIgn:") & bitOf(SIGHUP), bitOf(SIGHUP));
+TEST(ChildProcessInheritanceTest, WhatNohupOrAShellInTheBackgroundIgnoresStaysIgnored) {
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT}) {
+        const auto before = std::signal(number, SIG_IGN);
+        ChildProcess child(QStringLiteral("/bin/cat"), {QStringLiteral("/proc/self/status")});
+        const QByteArray status = outcome(child).output;
+        std::signal(number, before);
+        EXPECT_EQ(signalMask(status, "SigIgn:") & bitOf(number), bitOf(number)) << number;
+    }
 }
 
 TEST(ChildProcessInheritanceTest, AnIgnoredChildSignalCostsNoStatus) {
@@ -151,7 +140,40 @@ TEST(ChildProcessInheritanceTest, AProgramWithoutStandardDescriptorsCanStillRunT
     }
 }
 
-// While it lives no further descriptor can be had.
+TEST(ChildProcessInheritanceTest, AChildWithoutStandardDescriptorsGetsTheNullDevice) {
+    for (const int closed : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        QByteArray target;
+        {
+            const WithoutDescriptors without({closed});
+            auto child =
+                shell(QStringLiteral("target=$(readlink /proc/$$/fd/%1); echo \"$target\" %2")
+                          .arg(closed)
+                          .arg(closed == STDERR_FILENO ? QString() : QStringLiteral(">&2")));
+            const auto piped = closed == STDERR_FILENO ? Output::Standard : Output::Error;
+            child.setStream(piped, Stream::Pipe);
+            child.launch();
+            child.wait();
+            target = child.readToEnd(piped);
+        }
+        EXPECT_EQ(target, "/dev/null\n") << closed;
+    }
+}
+
+TEST(ChildProcessInheritanceTest, AProgramWithoutStandardDescriptorsHandsOnNoOthers) {
+    const auto descriptorsOfAChild = [] {
+        ChildProcess child(QStringLiteral("/bin/ls"), {QStringLiteral("/proc/self/fd")});
+        return outcome(child).output.count('\n');
+    };
+    const auto usual = descriptorsOfAChild();
+    qsizetype without = 0;
+    {
+        const WithoutDescriptors none({0, 1, 2});
+        without = descriptorsOfAChild();
+    }
+    EXPECT_EQ(without, usual);
+}
+
+// While it lives no further descriptor can be had here; a child has enough of them.
 class AllDescriptorsTaken final {
 public:
     AllDescriptorsTaken() {
@@ -159,13 +181,15 @@ public:
         rlimit few = m_before;
         few.rlim_cur = 64;
         setrlimit(RLIMIT_NOFILE, &few);
-        for (int copy = dup(0); copy >= 0; copy = dup(0)) {
-            m_taken.push_back(copy);
+        int descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
+        while (descriptor >= 0) {
+            m_taken.push_back(descriptor);
+            descriptor = fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
         }
     }
     ~AllDescriptorsTaken() {
-        for (const int copy : m_taken) {
-            close(copy);
+        for (const int descriptor : m_taken) {
+            close(descriptor);
         }
         setrlimit(RLIMIT_NOFILE, &m_before);
     }
@@ -189,8 +213,9 @@ TEST(ChildProcessInheritanceTest, RunningOutOfDescriptorsIsALaunchFailure) {
 }
 
 TEST(ChildProcessInheritanceTest, WithoutADescriptorToSpareForTheExitItIsStillNoticed) {
-    // No pipes, so that the launch needs none; following the exit has to do without.
-    auto child = shell(QStringLiteral("exit 3"));
+    // No pipes, so that the launch needs none; following the exit has to do without. The child
+    // lives for a while, so that its exit is yet to come.
+    auto child = shell(QStringLiteral("sleep 0.1; exit 3"));
     std::optional<QString> failure;
     int status = -1;
     {

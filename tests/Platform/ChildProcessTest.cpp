@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QFile>
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <future>
@@ -182,6 +183,21 @@ TEST(ChildProcessTest, AChildThatClosesItsOutputEarlyIsStillFollowedToItsEnd) {
     EXPECT_EQ(recorder.error(), "late\n");
 }
 
+TEST(ChildProcessTest, AStreamThatTheChildHasClosedIsLetGo) {
+    const QSet<QString> before = openPipes();
+    Recorder recorder;
+    auto child = shell(QStringLiteral("echo out; exec >&-; exec sleep 1000"));
+    recorder.follow(child);
+    ASSERT_EQ(child.launch(), std::nullopt);
+    recorder.waitForOutput("out\n");
+    while ((openPipes() - before).size() > 1) {
+        std::this_thread::yield();
+    }
+    EXPECT_FALSE(recorder.hasExited());
+    child.terminate();
+    EXPECT_EQ(recorder.waitForExit(), SIGTERM);
+}
+
 TEST(ChildProcessTest, AGrandchildThatHoldsThePipesDelaysNothing) {
     TestFolder folder;
     const QString fifo = folder.path(QStringLiteral("fifo"));
@@ -229,6 +245,57 @@ TEST(ChildProcessTest, ReadToEndWaitsForEveryWriter) {
     EXPECT_TRUE(QFile(fifo).open(QIODevice::WriteOnly));
     EXPECT_EQ(all.get(), "child\ngrandchild\n");
     EXPECT_EQ(child.readToEnd(Output::Standard), "");
+}
+
+TEST(ChildProcessTest, APipeThatWasReadToItsEndIsLetGo) {
+    const QSet<QString> before = openPipes();
+    auto child = shell(QStringLiteral("exit 0"));
+    EXPECT_EQ(outcome(child).status, 0);
+    EXPECT_EQ(openPipes(), before);
+}
+
+TEST(ChildProcessTest, ASignalWhileAPipeIsReadLosesNothing) {
+    TestFolder folder;
+    const QString fifo = folder.path(QStringLiteral("fifo"));
+    ASSERT_EQ(mkfifo(fifo.toUtf8().constData(), 0600), 0);
+    struct sigaction before = {};
+    struct sigaction counting = {};
+    static std::atomic<int> handled = 0;
+    handled = 0;
+    counting.sa_handler = [](int) { ++handled; };  // without SA_RESTART
+    sigaction(SIGUSR1, &counting, &before);
+    auto child = shell(QStringLiteral("(read line < '%1'; echo late) & exit 0").arg(fifo));
+    child.setStream(Output::Standard, Stream::Pipe);
+    ASSERT_EQ(child.launch(), std::nullopt);
+    EXPECT_EQ(child.wait(), 0);
+    std::promise<pid_t> reader;
+    auto all = std::async(std::launch::async, [&] {
+        reader.set_value(gettid());
+        return child.readToEnd(Output::Standard);
+    });
+    const pid_t thread = reader.get_future().get();
+    const QString state = QStringLiteral("/proc/self/task/%1/stat").arg(thread);
+    while (!TestFolder::read(state).value_or(QByteArray()).contains(") S ")) {
+        std::this_thread::yield();
+    }
+    tgkill(getpid(), thread, SIGUSR1);
+    while (handled == 0) {
+        std::this_thread::yield();
+    }
+    EXPECT_TRUE(QFile(fifo).open(QIODevice::WriteOnly));
+    EXPECT_EQ(all.get(), "late\n");
+    sigaction(SIGUSR1, &before, nullptr);
+}
+
+TEST(ChildProcessTest, APipeWithAHandlerIsNotReadByAnybodyElse) {
+    Recorder recorder;
+    auto child = shell(QStringLiteral("echo out; exec sleep 1000"));
+    recorder.follow(child);
+    ASSERT_EQ(child.launch(), std::nullopt);
+    EXPECT_EQ(child.readToEnd(Output::Standard), "");
+    EXPECT_EQ(recorder.waitForOutput("out\n"), "out\n");
+    child.terminate();
+    EXPECT_EQ(recorder.waitForExit(), SIGTERM);
 }
 
 TEST(ChildProcessTest, TheNullDeviceTakesWhatIsPrinted) {
@@ -326,6 +393,18 @@ TEST(ChildProcessTest, TheHandlersOfADroppedChildAreStillCalledAndThenDropped) {
     while (recorder.users() > 1) {
         std::this_thread::yield();
     }
+}
+
+TEST(ChildProcessTest, TheHandlersOfAKeptChildAreDroppedAfterItsExit) {
+    Recorder recorder;
+    auto child = shell(QStringLiteral("exit 2"));
+    recorder.follow(child);
+    ASSERT_EQ(child.launch(), std::nullopt);
+    EXPECT_EQ(recorder.waitForExit(), 2);
+    while (recorder.users() > 1) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(child.wait(), 2);
 }
 
 TEST(ChildProcessTest, AThousandQuickChildrenLeaveNothingBehind) {

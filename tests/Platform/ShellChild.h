@@ -2,8 +2,11 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <QByteArray>
+#include <QDir>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <optional>
@@ -31,4 +34,18 @@ inline Outcome outcome(ChildProcess& child) {
     result.output = child.readToEnd(ChildProcess::Output::Standard);
     result.error = child.readToEnd(ChildProcess::Output::Error);
     return result;
+}
+
+// The pipes that this program holds an end of.
+inline QSet<QString> openPipes() {
+    QSet<QString> pipes;
+    const QDir folder(QStringLiteral("/proc/self/fd"));
+    for (const QString& name : folder.entryList(QDir::AllEntries | QDir::System)) {
+        char target[256] = {};
+        if (readlink(folder.filePath(name).toUtf8().constData(), target, sizeof target - 1) > 0 &&
+            QByteArray(target).startsWith("pipe:")) {
+            pipes.insert(QString::fromLatin1(target));
+        }
+    }
+    return pipes;
 }
