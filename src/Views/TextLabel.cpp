@@ -194,6 +194,9 @@ void TextLabel::paintEvent(QPaintEvent* event) {
     const int total = static_cast<int>(shown.size()) * height;
     const bool top = alignment().testFlag(Qt::AlignTop) || total > area.height();
     int y = top ? area.top() : area.top() + (area.height() - total) / 2;
+    // In the text's own direction, or a path's first slash would move to its end where the layout
+    // runs from right to left.
+    painter.setLayoutDirection(shownText().isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
     const Qt::Alignment visual = QStyle::visualAlignment(layoutDirection(), alignment());
     for (const QString& line : shown) {
         const int left = area.width() - widthOf(QFontMetricsF(font()), line);

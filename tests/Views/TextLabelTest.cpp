@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
+
 #include "TextStyle.h"
 
 namespace {
@@ -121,5 +123,17 @@ TEST(TextLabelTest, NothingOfALineIsCutOffAtItsBottom) {
         text.resize(text.width(), height + 10);
         EXPECT_EQ(ink(), shown) << size << " points: more room shows no more of the letters";
         EXPECT_GT(shown, 0);
+    }
+}
+
+TEST(TextLabelTest, APathReadsTheSameInALayoutFromRightToLeft) {
+    for (const auto wrap : {TextLabel::Wrap::No, TextLabel::Wrap::Yes}) {
+        TextLabel text(QStringLiteral("/1.97 GB (8.4 MB/s)"), Appearance::Role::Primary, wrap);
+        text.resize(text.sizeHint());
+        const QImage usual = text.grab().toImage();
+        QApplication::setLayoutDirection(Qt::RightToLeft);
+        EXPECT_EQ(text.layoutDirection(), Qt::RightToLeft);
+        EXPECT_EQ(text.grab().toImage(), usual);
+        QApplication::setLayoutDirection(Qt::LeftToRight);
     }
 }
