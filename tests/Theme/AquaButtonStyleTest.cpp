@@ -215,6 +215,18 @@ TEST_F(AquaButtonStyleTest, PressingAndReleasingAreBothAnimated) {
     EXPECT_TRUE(waitUntil([&] { return stateOf(button)->pressedAmount() == 0; }));
 }
 
+TEST_F(AquaButtonStyleTest, AButtonThatIsReleasedAndDisabledAtOnceComesBackReleased) {
+    Scene scene;
+    GelButtonState& state = *stateOf(scene.button);
+    scene.button.setDown(true);
+    ASSERT_TRUE(waitUntil([&state] { return state.pressedAmount() == 1; }));
+    scene.button.setDown(false);
+    scene.button.setEnabled(false);
+    EXPECT_TRUE(waitUntil([&state] { return state.pressedAmount() == 0; }));
+    scene.button.setEnabled(true);
+    EXPECT_EQ(scene.shown(), scene.expected(scene.look()));
+}
+
 TEST_F(AquaButtonStyleTest, AReleaseInTheMiddleGoesBackFromThere) {
     QPushButton button("Cancel");
     aquaButton(&button, true, Tint::gray);
