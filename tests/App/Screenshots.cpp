@@ -12,11 +12,13 @@
 #include <cstdio>
 
 #include "AboutPanel.h"
+#include "AquaControls.h"
 #include "CancelConfirmation.h"
 #include "ContentView.h"
 #include "DestinationDialog.h"
 #include "DiagnosticsView.h"
 #include "DriveStubs.h"
+#include "GelButtonState.h"
 #include "HelpPage.h"
 #include "MainWindow.h"
 #include "OnboardingView.h"
@@ -335,6 +337,18 @@ void takeRetro(const Album& album) {
     scene.take(QStringLiteral("retro-disc"));
     scene.choose();
     scene.take(QStringLiteral("retro-destination-chosen"));
+    auto* choose = scene.window->findChild<QPushButton*>(QStringLiteral("chooseButton"));
+    choose->setDown(true);
+    choose->grab();
+    const GelButtonState& shown = dynamic_cast<AquaButtonStyle&>(*choose->style()).state();
+    waitUntil([&shown] { return shown.pressedAmount() == 1; });
+    scene.take(QStringLiteral("retro-pressed"));
+    choose->setDown(false);
+    choose->grab();
+    waitUntil([&shown] { return shown.pressedAmount() == 0; });
+    DriveStubs::imaging(scene.folder, "truncate -s 4700000000 \"$out\"");
+    scene.finish();
+    scene.take(QStringLiteral("retro-verified"));
 }
 
 }  // namespace
