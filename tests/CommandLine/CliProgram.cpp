@@ -72,6 +72,11 @@ void CliProgram::sendSignalToGroup(int number) const {
     ::kill(-static_cast<pid_t>(m_process.processId()), number);
 }
 
+bool CliProgram::stop() const {
+    sendSignal(SIGSTOP);
+    return waitUntil([this] { return CliTest::stateOf(m_process.processId()) == 'T'; });
+}
+
 std::vector<Json> CliProgram::jsonLines() {
     std::vector<Json> values;
     for (const QByteArray& line : output().split('\n')) {
@@ -147,6 +152,13 @@ void CliTest::writeImagingTool(const TestFolder& folder, const QByteArray& body)
 
 QStringList CliTest::temporaryImages(const TestFolder& folder) {
     return TestFolder::list(folder.temporary()).filter(QStringLiteral("spindrift-"));
+}
+
+char CliTest::stateOf(qint64 identifier) {
+    const QByteArray status =
+        TestFolder::read(QStringLiteral("/proc/%1/stat").arg(identifier)).value_or(QByteArray());
+    // "number (name) letter ...": the name may hold anything.
+    return status.mid(status.lastIndexOf(')') + 1).trimmed().append('\0').front();
 }
 
 bool CliTest::isRunning(qint64 identifier) {

@@ -26,6 +26,8 @@ public:
     bool waitForOutput(const QByteArray& text);
     void sendSignal(int number) const;
     void sendSignalToGroup(int number) const;
+    // Stops the program, so that what happens until SIGCONT waits for it.
+    bool stop() const;
 
     // Standard output as one JSON value a line.
     std::vector<nlohmann::ordered_json> jsonLines();
@@ -54,5 +56,7 @@ QStringList temporaryImages(const TestFolder& folder);
 
 // Whether a process with this identifier runs.
 bool isRunning(qint64 identifier);
+// The kernel's letter for what a process does: 'T' stopped, 'Z' ended but not reaped; 0: none.
+char stateOf(qint64 identifier);
 
 }  // namespace CliTest

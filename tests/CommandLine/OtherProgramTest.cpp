@@ -6,6 +6,7 @@
 
 #include "CliProgram.h"
 #include "StubTools.h"
+#include "Waiting.h"
 
 namespace {
 
@@ -102,6 +103,24 @@ TEST_F(OtherProgramTest, AnInterruptedSpeedTestLeavesNothing) {
     EXPECT_EQ(program.lastValue("error"), nullptr);
     EXPECT_THAT(CliTest::temporaryImages(folder), IsEmpty());
     EXPECT_EQ(outputOf({"history", "--json"}), "");
+}
+
+TEST_F(OtherProgramTest, AnInterruptedSpeedTestIsNoFailureOfTheToolThatWasKilledWithIt) {
+    for (int round = 0; round < 5; ++round) {
+        const QString pid = folder.path("pid");
+        CliTest::writeImagingTool(
+            folder, "echo $$ > '" + pid.toUtf8() + "'\necho PERCENT:10\nexec sleep 1000");
+        CliProgram program({"speed-test", "--json"}, CliProgram::Group::Own);
+        ASSERT_TRUE(program.waitForOutput("0.1"));
+        ASSERT_TRUE(program.stop());
+        program.sendSignalToGroup(SIGINT);
+        ASSERT_TRUE(waitUntil([&] {
+            return CliTest::stateOf(TestFolder::read(pid)->trimmed().toLongLong()) == 'Z';
+        }));
+        program.sendSignal(SIGCONT);
+        EXPECT_EQ(program.exitStatus(), 130);
+        EXPECT_EQ(program.lastValue("error"), nullptr);
+    }
 }
 
 TEST_F(OtherProgramTest, TheHistoryIsNewestFirstWithMultipleAndNickname) {

@@ -129,6 +129,19 @@ TEST_F(RipProgramTest, AnInterruptionOfTheWholeJobIsNoFailureOfTheTool) {
     }
 }
 
+TEST_F(RipProgramTest, AnInterruptionIsHeardBeforeTheDeathOfTheToolThatItKilled) {
+    for (int round = 0; round < 5; ++round) {
+        imagingHangs();
+        CliProgram program(rip(), CliProgram::Group::Own);
+        ASSERT_TRUE(program.waitForOutput("0.1"));
+        ASSERT_TRUE(program.stop());
+        program.sendSignalToGroup(SIGINT);
+        ASSERT_TRUE(waitUntil([this] { return CliTest::stateOf(pidOfTheTool()) == 'Z'; }));
+        program.sendSignal(SIGCONT);
+        expectCancelledWithoutATrace(program);
+    }
+}
+
 TEST_F(RipProgramTest, ASecondInterruptionChangesNothing) {
     // The tool takes its time to end, so that the second signal comes while the first is at work.
     CliTest::writeImagingTool(folder, "echo $$ > '" + folder.path("pid").toUtf8() +
