@@ -74,7 +74,7 @@ std::optional<QString> RipTarget::objection(const QString& path, Existing existi
     if (file.exists() && !file.isFile()) {
         return quoted(path) + QStringLiteral(" is not an ordinary file.");
     }
-    if (const auto objection = objectionToPlace(file)) {
+    if (auto objection = objectionToPlace(file)) {
         return objection;
     }
     if (!file.exists() && !file.isSymLink()) {
