@@ -29,6 +29,13 @@ int widthOf(const QFontMetricsF& metrics, const QString& text) {
     return static_cast<int>(std::ceil(metrics.horizontalAdvance(text)));
 }
 
+// The least width at which this line is not broken: a last letter that reaches beyond its advance,
+// as an r or a slash may, would be put on a line of its own.
+int widthToWrapAt(const QFontMetricsF& metrics, const QString& line) {
+    const qreal beyond = line.isEmpty() ? 0 : -metrics.rightBearing(line.back());
+    return widthOf(metrics, line) + static_cast<int>(std::ceil(qMax(0.0, beyond)));
+}
+
 }  // namespace
 
 TextLabel::TextLabel(const QString& text, const QFont& font, Appearance::Role role, Wrap wrap,
@@ -130,7 +137,7 @@ QSize TextLabel::sizeHint() const {
     int width = 0;
     if (wordWrap()) {
         for (const QString& line : shownText().split(QLatin1Char('\n'))) {
-            width = qMax(width, widthOf(metrics, line));
+            width = qMax(width, widthToWrapAt(metrics, line));
         }
     } else {
         width = widthOf(metrics, onOneLine(shownText()));

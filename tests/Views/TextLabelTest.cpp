@@ -137,3 +137,16 @@ TEST(TextLabelTest, APathReadsTheSameInALayoutFromRightToLeft) {
         QApplication::setLayoutDirection(Qt::LeftToRight);
     }
 }
+
+TEST(TextLabelTest, AWrappingTextOfItsOwnWidthIsOnOneLineWhateverItsLastLetterIs) {
+    for (int size = 8; size < 30; ++size) {
+        for (char last = '!'; last <= '~'; ++last) {
+            TextLabel text(QStringLiteral("The drive failed ") + QLatin1Char(last),
+                           Appearance::Role::Primary, TextLabel::Wrap::Yes);
+            QFont font = text.font();
+            font.setPixelSize(size);
+            text.setFont(font);
+            EXPECT_EQ(text.lines(text.sizeHint().width()).size(), 1) << size << " " << last;
+        }
+    }
+}
