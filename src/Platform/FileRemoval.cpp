@@ -15,7 +15,7 @@
 namespace {
 
 // Below this the thread costs more than the wait.
-constexpr off_t worthAThread = 64 * 1024 * 1024;
+constexpr off_t worthAThread = off_t(64) * 1024 * 1024;
 constexpr off_t blockSize = 512;  // of stat()
 
 }  // namespace
