@@ -22,7 +22,7 @@ std::optional<QString> fromEnvironment(const char* name) {
 }
 
 std::optional<QString> fromPasswordDatabase() {
-    std::vector<char> buffer(16 * 1024);
+    std::vector<char> buffer(size_t(16) * 1024);
     passwd entry = {};
     passwd* found = nullptr;
     if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) != 0 || !found ||
