@@ -4,6 +4,7 @@
 #include <QCheckBox>
 #include <QDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QTest>
@@ -168,6 +169,63 @@ TEST_F(AppTest, TheCommandFlipsWhatAnotherProgramHasStored) {
     retro->trigger();
     EXPECT_TRUE(Preferences().retroMode()) << "what is stored was off";
     EXPECT_TRUE(retro->isChecked());
+}
+
+TEST_F(AppTest, AHeldShortcutFlipsRetroModeOnce) {
+    SpindriftApp app;
+    MainWindow* window = app.openMainWindow();
+    settle();
+    activate(window);
+    const auto modifiers = Qt::ControlModifier | Qt::ShiftModifier;
+    QTest::keyClick(window, Qt::Key_R, modifiers);
+    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_R, modifiers, QStringLiteral("R"), true);
+    QCoreApplication::sendEvent(window, &repeated);
+    settle();
+    EXPECT_TRUE(Preferences().retroMode());
+}
+
+TEST_F(AppTest, EscapeAndItsShortcutCloseTheSmallWindows) {
+    SpindriftApp app;
+    app.openMainWindow();
+    for (const auto& [key, modifiers] :
+         {std::pair<Qt::Key, Qt::KeyboardModifiers>{Qt::Key_Escape, Qt::NoModifier},
+          {Qt::Key_W, Qt::ControlModifier}}) {
+        app.showSettings();
+        settle();
+        activate(open<SettingsWindow>());
+        QTest::keyClick(open<SettingsWindow>(), key, modifiers);
+        settle();
+        EXPECT_EQ(open<SettingsWindow>(), nullptr) << key;
+        app.showAboutPanel();
+        settle();
+        activate(open<AboutPanel>());
+        QTest::keyClick(open<AboutPanel>(), key, modifiers);
+        settle();
+        EXPECT_EQ(open<AboutPanel>(), nullptr) << key;
+    }
+}
+
+TEST_F(AppTest, TheEditMenuWorksOnTheTextFieldWithTheFocus) {
+    SpindriftApp app;
+    MainWindow* window = app.openMainWindow();
+    settle();
+    activate(window);
+    QMenu* edit = window->findChild<QMenuBar*>()->actions().at(1)->menu();
+    emit edit->aboutToShow();
+    EXPECT_FALSE(command(window, "Edit", "Select All")->isEnabled()) << "no field";
+
+    QLineEdit field(QStringLiteral("Shelf"));
+    field.show();
+    activate(&field);
+    field.setFocus();
+    emit edit->aboutToShow();
+    ASSERT_TRUE(command(window, "Edit", "Select All")->isEnabled());
+    command(window, "Edit", "Select All")->trigger();
+    EXPECT_EQ(field.selectedText(), QStringLiteral("Shelf"));
+    command(window, "Edit", "Cut")->trigger();
+    EXPECT_EQ(field.text(), QString());
+    command(window, "Edit", "Undo")->trigger();
+    EXPECT_EQ(field.text(), QStringLiteral("Shelf"));
 }
 
 TEST_F(AppTest, F10OpensTheFirstMenu) {

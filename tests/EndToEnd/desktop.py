@@ -245,6 +245,30 @@ class Program:
                 continue
         return ""
 
+    def listen(self):
+        """Begins to hear what a screen reader does; returns a function that gives the texts of the
+        notifications that have appeared since."""
+        from gi.repository import GLib
+        heard = []
+
+        def on_event(event):
+            try:
+                source = event.source
+                if event.detail1 == 1 and source.get_role_name() == "notification":
+                    heard.append(source.get_name())
+            except Exception:  # it has gone
+                pass
+
+        self.listener = self.atspi.EventListener.new(on_event)
+        self.listener.register("object:state-changed:showing")
+
+        def so_far():
+            while GLib.MainContext.default().iteration(False):
+                pass
+            return heard
+
+        return so_far
+
     def ended(self):
         """The program's exit status once it has ended by itself; absent before."""
         return self.child.poll()

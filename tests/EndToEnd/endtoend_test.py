@@ -284,6 +284,17 @@ class WindowTest(unittest.TestCase):
         self.assertEqual(len(program.all(path)), 1)
         self.assertTrue(program.shows("No destination chosen"))
 
+    def test_a_screen_reader_hears_every_status(self):
+        self.set_drive()
+        self.insert_disc()
+        self.preference(thoroughVerify="true", ejectWhenDone="false")
+        program = self.start()
+        self.choose(program, "heard.iso")
+        heard = program.listen()
+        program.press("Start Rip")
+        wait_for(lambda: "Verified" in heard(), f"the verdict to be told; told was {heard()}")
+        self.assertEqual(heard(), ["Verifying…", "Verified"])
+
     def test_the_keyboard_alone_is_enough(self):
         self.set_drive()
         self.insert_disc()

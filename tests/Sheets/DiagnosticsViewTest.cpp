@@ -10,6 +10,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QShowEvent>
 #include <QTest>
 
@@ -266,6 +267,35 @@ TEST_F(DiagnosticsViewTest, ManyResultsScrollAndKeepTheirOrder) {
     const auto* area = view.findChild<QScrollArea*>(QStringLiteral("historyArea"));
     EXPECT_GT(area->widget()->height(), area->viewport()->height());
     EXPECT_LE(area->widget()->width(), area->viewport()->width());
+}
+
+TEST_F(DiagnosticsViewTest, TheHistoryStaysWhereItWasScrolledToWhenADriveIsRenamed) {
+    drive(true);
+    for (int i = 0; i < 60; ++i) {
+        m_store.record(result(QStringLiteral("CD"), 150'000.0 * i));
+    }
+    show();
+    auto* bar = find<QScrollArea>("historyArea")->verticalScrollBar();
+    ASSERT_TRUE(waitUntil([&] { return bar->maximum() > 600; }));
+    bar->setValue(600);
+    m_store.setNickname(QStringLiteral("Shelf"), *m_monitor.driveIdentity());
+    ASSERT_TRUE(
+        waitUntil([&] { return find<QLabel>("rowDrive")->text() == QStringLiteral("Shelf"); }));
+    EXPECT_EQ(bar->value(), 600);
+}
+
+TEST_F(DiagnosticsViewTest, TheFocusGoesFromRunToCancelAndBack) {
+    drive(true);
+    StubTools::write(m_folder, QStringLiteral("/usr/bin/hdiutil"),
+                     "for last; do :; done; : > \"$last\"; echo PERCENT:5; exec sleep 600");
+    DiagnosticsView& view = show();
+    QApplication::setActiveWindow(&view);
+    find<QWidget>("runSpeedTest")->setFocus();
+    QTest::keyClick(find<QWidget>("runSpeedTest"), Qt::Key_Space);
+    ASSERT_TRUE(waitUntil([&] { return view.tester().progress() > 0; }));
+    EXPECT_TRUE(waitUntil([&] { return find<QWidget>("cancelSpeedTest")->hasFocus(); }));
+    QTest::keyClick(find<QWidget>("cancelSpeedTest"), Qt::Key_Space);
+    EXPECT_TRUE(waitUntil([&] { return find<QWidget>("runSpeedTest")->hasFocus(); }));
 }
 
 TEST_F(DiagnosticsViewTest, TheKeyboardVisitsEverythingInOrderAndIsSeenOnTheHistory) {

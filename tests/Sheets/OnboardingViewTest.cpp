@@ -2,11 +2,13 @@
 
 #include <gmock/gmock.h>
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QTest>
 
 #include "HelpPage.h"
 #include "StatusPill.h"
@@ -109,6 +111,34 @@ TEST_F(OnboardingViewTest, ThePermissionIsAskedForEveryOneAndAHalfSecondsWhileSh
     EXPECT_EQ(asked, 1);
     counted.refresh();
     EXPECT_EQ(asked, 2);
+}
+
+TEST_F(OnboardingViewTest, ThePermissionIsLookedUpWhenTheGuideIsShownAndNotOnceItIsHidden) {
+    int asked = 0;
+    OnboardingView guide(OnboardingActions{[] {}, [&] { return ++asked > 1; }, [](QWidget*) {}},
+                         nullptr);
+    guide.show();
+    EXPECT_EQ(asked, 2);
+    EXPECT_TRUE(guide.granted()) << "it shows what is so now";
+    EXPECT_TRUE(waitUntil([&] { return asked == 3; })) << "the poll runs";
+    guide.hide();
+    QElapsedTimer hidden;
+    hidden.start();
+    EXPECT_TRUE(waitUntil([&] { return hidden.hasExpired(2 * OnboardingView::pollMilliseconds); }));
+    EXPECT_EQ(asked, 3);
+}
+
+TEST_F(OnboardingViewTest, ReturnMeansThePrimaryButtonWhereverTheFocusIs) {
+    const auto view = make();
+    view->show();
+    auto* skip = view->findChild<QPushButton*>(QStringLiteral("skipButton"));
+    QApplication::setActiveWindow(view.get());
+    skip->setFocus();
+    QTest::keyClick(skip, Qt::Key_Return);
+    EXPECT_EQ(opened, 1);
+    EXPECT_EQ(dismissed, 0);
+    QTest::keyClick(skip, Qt::Key_Space);
+    EXPECT_EQ(dismissed, 1);
 }
 
 TEST_F(OnboardingViewTest, SkipForNowDismissesInEitherState) {

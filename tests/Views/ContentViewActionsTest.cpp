@@ -96,6 +96,53 @@ TEST_F(ContentViewActionsTest, TheExtensionIsAddedUnlessItWouldHitAnotherFile) {
               folder.path(QStringLiteral("v1.3")));
 }
 
+TEST_F(ContentViewActionsTest, TheNextSaveDialogStartsWhereTheLastOneEnded) {
+    DriveStubs::disc(folder, {});
+    HostWindow window;
+    window.open();
+    const QString chosen = folder.write(QStringLiteral("images/old.iso"), "");
+    QFile::remove(chosen);
+    window.click("chooseButton");
+    sheet<DestinationDialog>(window)->findChild<QLineEdit*>()->setText(chosen);
+    QMetaObject::invokeMethod(sheet<DestinationDialog>(window), "accept");
+    settle();
+    ASSERT_EQ(window.content->session().destination(), chosen);
+    window.click("chooseButton");
+    EXPECT_EQ(sheet<DestinationDialog>(window)->directory().absolutePath(),
+              folder.path(QStringLiteral("images")));
+}
+
+TEST_F(ContentViewActionsTest, AMinimisedWindowKeepsPolling) {
+    DriveStubs::emptyDrive(folder);
+    HostWindow window;
+    window.open();
+    const auto polls = [this] {
+        return StubTools::log(folder).count(QStringLiteral("drutil status"));
+    };
+    ASSERT_EQ(polls(), 1);
+    // What the window system sends; sending them would make them events of the program's own.
+    QHideEvent away;
+    QSpontaneKeyEvent::setSpontaneous(&away);
+    static_cast<QObject*>(window.content)->event(&away);
+    EXPECT_TRUE(waitUntil([&] { return polls() == 2; }));
+    QShowEvent back;
+    QSpontaneKeyEvent::setSpontaneous(&back);
+    static_cast<QObject*>(window.content)->event(&back);
+    EXPECT_EQ(polls(), 2) << "and does not begin anew";
+}
+
+TEST_F(ContentViewActionsTest, TheGuideDoesNotOpenByItselfWithAccess) {
+    DriveStubs::emptyDrive(folder);
+    HostWindow window;
+    Preferences().setHasCompletedOnboarding(false);
+    const QString drive = folder.path(QStringLiteral("drive"));
+    folder.write(QStringLiteral("drive/drive.json"), "{}");
+    folder.setEnvironment("SPINDRIFT_PRACTICE_DRIVE", drive.toUtf8());
+    window.open();
+    EXPECT_EQ(sheetNamed(window, "OnboardingView"), nullptr);
+    EXPECT_FALSE(Preferences().hasCompletedOnboarding());
+}
+
 TEST_F(ContentViewActionsTest, PollingStopsWhenTheWindowGoes) {
     DriveStubs::emptyDrive(folder);
     HostWindow window;

@@ -32,6 +32,32 @@ TEST_F(ContentViewCancelTest, KeepGoingChangesNothing) {
     EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
 }
 
+TEST_F(ContentViewCancelTest, TheFocusGoesFromStartToCancelAndBack) {
+    DriveStubs::disc(folder, {});
+    DriveStubs::heldImaging(folder, "PERCENT:42\n", 1000);
+    HostWindow window;
+    window.open();
+    QApplication::setActiveWindow(&window);
+    window.choose(folder, QStringLiteral("a.iso"));
+    named<QWidget>(window.content, "startButton")->setFocus();
+    window.click("startButton");
+    ASSERT_TRUE(waitUntil([&] { return window.content->ripper().progress() == 0.42; }));
+    settle();
+    EXPECT_TRUE(named<QWidget>(window.content, "cancelButton")->hasFocus());
+    window.click("cancelButton");
+    auto* question = sheet<CancelConfirmation>(window);
+    ASSERT_NE(question, nullptr);
+    EXPECT_TRUE(named<QPushButton>(question, "keepGoingButton")->isDefault())
+        << "Return does no harm";
+    EXPECT_FALSE(named<QPushButton>(question, "destructiveButton")->isDefault());
+    question->close();
+    QApplication::setActiveWindow(&window);
+    named<QWidget>(window.content, "cancelButton")->setFocus();
+    window.content->session().cancel();
+    ASSERT_TRUE(waitUntil([&] { return shows(window.content, "startButton"); }));
+    EXPECT_TRUE(named<QWidget>(window.content, "startButton")->hasFocus());
+}
+
 TEST_F(ContentViewCancelTest, EscapeIsKeepGoing) {
     HostWindow window;
     startHeldRip(window);
@@ -63,6 +89,9 @@ TEST_F(ContentViewCancelTest, CancelVerificationKeepsTheImageAndFallsBackToDone)
     HostWindow window;
     startHeldVerification(window);
     EXPECT_EQ(window.status(), QStringLiteral("Verifying\u2026"));
+    EXPECT_FALSE(named<QWidget>(window.content, "ejectButton")->isEnabled());
+    EXPECT_TRUE(named<QWidget>(window.content, "chooseButton")->isEnabled())
+        << "the next destination can be chosen";
     EXPECT_EQ(named<QProgressBar>(window.content, "ripProgressBar")->maximum(), 0);
     window.click("cancelButton");
     auto* question = sheet<CancelConfirmation>(window);
@@ -134,4 +163,16 @@ TEST_F(ContentViewCancelTest, AWindowThatRipsAsksBeforeItCloses) {
     EXPECT_TRUE(waitUntil([&] { return !window.isVisible(); })) << "it closes once cancelled";
     EXPECT_EQ(TestFolder::list(folder.temporary()), QStringList());
     EXPECT_TRUE(window.content->mayClose());
+}
+
+TEST_F(ContentViewCancelTest, KeepGoingAlsoForgetsThatTheWindowWasToClose) {
+    HostWindow window;
+    startHeldRip(window);
+    EXPECT_FALSE(window.content->mayClose());
+    named<QPushButton>(sheet<CancelConfirmation>(window), "keepGoingButton")->click();
+    settle();
+    window.content->session().cancel();
+    EXPECT_TRUE(waitUntil([&] { return shows(window.content, "startButton"); }));
+    settle();
+    EXPECT_TRUE(window.isVisible());
 }

@@ -217,7 +217,7 @@ TEST_F(ContentViewTest, StartNeedsADiscAndADestination) {
     EXPECT_TRUE(start->isDefault());
 }
 
-TEST_F(ContentViewTest, ReturnPressesTheStartButton) {
+TEST_F(ContentViewTest, ReturnAndEnterPressTheStartButton) {
     DriveStubs::disc(folder, {});
     DriveStubs::heldImaging(folder, "PERCENT:10\n", 10);
     HostWindow window;
@@ -225,11 +225,13 @@ TEST_F(ContentViewTest, ReturnPressesTheStartButton) {
     QApplication::setActiveWindow(&window);
     window.choose(folder, QStringLiteral("a.iso"));
     auto* choose = named<QPushButton>(window.content, "chooseButton");
-    choose->setFocus();
-    QTest::keyClick(choose, Qt::Key_Return);
-    EXPECT_TRUE(window.content->ripper().isRunning());
-    window.content->session().cancel();
-    EXPECT_TRUE(waitUntil([&] { return !window.content->isWorking(); }));
+    for (const auto key : {Qt::Key_Return, Qt::Key_Enter}) {
+        choose->setFocus();
+        QTest::keyClick(choose, key);
+        EXPECT_TRUE(window.content->ripper().isRunning()) << key;
+        window.content->session().cancel();
+        EXPECT_TRUE(waitUntil([&] { return shows(window.content, "startButton"); }));
+    }
 }
 
 TEST_F(ContentViewTest, ReturnDoesNothingWhileStartIsDisabled) {
@@ -385,6 +387,11 @@ TEST_F(ContentViewTest, EveryButtonIsReachedByTabAndHasAName) {
         QAccessibleInterface* button =
             QAccessible::queryAccessibleInterface(named<QWidget>(window.content, name));
         EXPECT_FALSE(button->text(QAccessible::Name).isEmpty()) << name;
+        if (const auto* icon = qobject_cast<QToolButton*>(named<QWidget>(window.content, name))) {
+            EXPECT_FALSE(icon->toolTip().isEmpty()) << name;
+            EXPECT_EQ(button->text(QAccessible::Name), icon->toolTip());
+            EXPECT_EQ(button->text(QAccessible::Description), icon->toolTip());
+        }
     }
     EXPECT_EQ(named<QWidget>(window.content, "diagnosticsButton")->accessibleName(),
               QStringLiteral("Drive Diagnostics"));

@@ -20,6 +20,9 @@ TEST_F(SettingsViewTest, AFreshUserSeesTheDefaults) {
     EXPECT_TRUE(named<QCheckBox>(&view, "ejectWhenDoneSwitch")->isChecked());
     EXPECT_FALSE(named<QCheckBox>(&view, "thoroughVerifySwitch")->isChecked());
     EXPECT_FALSE(named<QCheckBox>(&view, "retroModeSwitch")->isChecked());
+    for (const auto* control : view.findChildren<QCheckBox*>()) {
+        EXPECT_FALSE(control->accessibleDescription().isEmpty()) << "readers get the caption";
+    }
 }
 
 TEST_F(SettingsViewTest, ASwitchIsWrittenAtOnce) {

@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <QAccessible>
 #include <QApplication>
+#include <QHelpEvent>
+#include <QTextDocument>
+#include <QToolTip>
 
 #include "TextStyle.h"
 
@@ -15,6 +19,24 @@ const QString ellipsis(QChar(0x2026));
 TEST(TextLabelTest, ATextIsNeverTakenForMarkup) {
     const TextLabel text(QStringLiteral("<b>BOLD</b> & co"));
     EXPECT_EQ(text.lines(10000), QStringList{QStringLiteral("<b>BOLD</b> & co")});
+}
+
+TEST(TextLabelTest, TheToolTipOfACutTextSaysWhatItSays) {
+    TextLabel text(QStringLiteral("<b>BOLD</b> & co ").repeated(5));
+    text.resize(60, 20);
+    ASSERT_TRUE(text.isCut());
+    text.show();
+    QHelpEvent event(QEvent::ToolTip, QPoint(1, 1), QPoint(1, 1));
+    QCoreApplication::sendEvent(&text, &event);
+    QTextDocument shown;
+    shown.setHtml(QToolTip::text());
+    EXPECT_EQ(shown.toPlainText(), text.text().trimmed());
+    QToolTip::hideText();
+}
+
+TEST(TextLabelTest, ScreenReadersGetATextThatLooksLikeMarkupAsItIs) {
+    TextLabel text(QStringLiteral("<b>BOLD</b> & co"));
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&text)->text(QAccessible::Name), text.text());
 }
 
 TEST(TextLabelTest, AnAmpersandIsNoKeyboardShortcut) {
