@@ -80,8 +80,10 @@ def _recorded_types(bench):
         record = f'ENV{{ID_CDROM_MEDIA_CD}}="", ENV{{ID_CDROM_MEDIA_{flag}}}="1"'
         if flag.endswith("_R"):
             record += ', ENV{ID_CDROM_MEDIA_STATE}="blank", ENV{ID_FS_LABEL_ENC}=""'
+        # A worker that is still busy takes the next event with the rules that it has.
         script += (f"echo 'KERNEL==\"sr0\", {record}' >{rules}; udevadm control --reload;"
-                   f" udevadm trigger --action=change --settle /dev/sr0;"
+                   " for try in 1 2 3 4 5; do udevadm trigger --action=change --settle /dev/sr0;"
+                   f" udevadm info /dev/sr0 | grep -q ID_CDROM_MEDIA_{flag}=1 && break; done;"
                    f" {TOOL_ROOT}/usr/bin/drutil status | grep Type:\n")
     try:
         lines = bench.guest.check(script, timeout=120).splitlines()
