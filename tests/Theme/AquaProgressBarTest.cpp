@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <QAccessible>
+#include <QCoreApplication>
+#include <QEvent>
 #include <QPainter>
 #include <QVBoxLayout>
 #include <cmath>
@@ -101,6 +103,54 @@ TEST_F(AquaProgressBarTest, StripesMoveOnlyWhileThereIsAFillToSee) {
     EXPECT_TRUE(clockOf(bar)->isRunning());
     bar.setEnabled(false);
     EXPECT_FALSE(clockOf(bar)->isRunning());
+}
+
+// Counts how often a widget is painted on the screen.
+class PaintCount final : public QObject {
+public:
+    explicit PaintCount(QWidget& widget) { widget.installEventFilter(this); }
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        count += event->type() == QEvent::Paint ? 1 : 0;
+        return QObject::eventFilter(watched, event);
+    }
+    int count = 0;
+};
+
+TEST_F(AquaProgressBarTest, EveryFrameAndEveryWishForNoMotionIsPainted) {
+    AquaProgressBar bar;
+    PaintCount paints(bar);
+    bar.show();
+    EXPECT_TRUE(waitUntil([&paints] { return paints.count >= 5; }));
+    // With no frames under way, only the wish can be the reason for another painting.
+    bar.setFraction(0.0);
+    for (int i = 0; i < 5; ++i)
+        QCoreApplication::processEvents();
+    const int before = paints.count;
+    FrameClock::setReducedMotion(true);
+    EXPECT_TRUE(waitUntil([&] { return paints.count > before; }));
+}
+
+TEST_F(AquaProgressBarTest, FromRightToLeftItBeginsOnTheRight) {
+    AquaProgressBar bar;
+    bar.resize(200, 14);
+    bar.setFraction(0.25);
+    bar.setLayoutDirection(Qt::RightToLeft);
+    const QImage shown = bar.grab().toImage();
+    const auto isBlue = [&shown](int x) {
+        return qBlue(shown.pixel(x, 7)) > qRed(shown.pixel(x, 7)) + 10;
+    };
+    EXPECT_TRUE(isBlue(190));
+    EXPECT_FALSE(isBlue(10));
+}
+
+TEST_F(AquaProgressBarTest, InAHigherSpaceItKeepsItsHeightInTheMiddle) {
+    AquaProgressBar bar;
+    bar.resize(200, 34);
+    QImage shown(bar.size(), QImage::Format_ARGB32_Premultiplied);
+    shown.fill(Qt::transparent);
+    bar.render(&shown, QPoint(), QRegion(), QWidget::RenderFlags());
+    for (int y = 0; y < 34; ++y)
+        EXPECT_EQ(qAlpha(shown.pixel(100, y)), y >= 10 && y < 24 ? 255 : 0) << y;
 }
 
 TEST_F(AquaProgressBarTest, ReducedMotionHoldsTheStripesStill) {

@@ -225,6 +225,18 @@ TEST_F(PulsingWindow, TakenAwayItIsGoneAndComesBackDim) {
     EXPECT_EQ(window.grab().toImage(), dim);
 }
 
+TEST_F(PulsingWindow, EveryFrameIsPainted) {
+    struct Counting final : QObject {
+        bool eventFilter(QObject* watched, QEvent* event) override {
+            paints += event->type() == QEvent::Paint ? 1 : 0;
+            return QObject::eventFilter(watched, event);
+        }
+        int paints = 0;
+    } counting;
+    glowIn(window)->installEventFilter(&counting);
+    EXPECT_TRUE(waitUntil([&counting] { return counting.paints >= 5; }));
+}
+
 TEST_F(PulsingWindow, TheGlowFollowsTheView) {
     button.move(100, 60);
     QPoint centre = button.geometry().center();

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
+#include <QTimer>
 #include <QWidget>
 
 #include "Waiting.h"
@@ -34,6 +36,25 @@ TEST_F(FrameClockTest, TicksWhileSomethingIsWantedAndSeen) {
     EXPECT_TRUE(waitUntil([&] { return frames >= 3; }));
     clock.setWanted(false);
     EXPECT_FALSE(clock.isRunning());
+}
+
+TEST_F(FrameClockTest, AllClocksShareOneTimerOfThirtyFramesASecond) {
+    const auto running = [] {
+        QList<QTimer*> timers = QCoreApplication::instance()->findChildren<QTimer*>();
+        timers.removeIf([](const QTimer* timer) { return !timer->isActive(); });
+        return timers;
+    };
+    FrameClock other(&widget);
+    other.setWanted(true);
+    clock.setWanted(true);
+    EXPECT_TRUE(running().isEmpty());
+    showAll();
+    ASSERT_EQ(running().size(), 1);
+    EXPECT_NEAR(running()[0]->interval(), 1000.0 / 30, 1);
+    EXPECT_EQ(running()[0]->timerType(), Qt::PreciseTimer);
+    other.setWanted(false);
+    clock.setWanted(false);
+    EXPECT_TRUE(running().isEmpty()) << "nothing wakes a program that stands still";
 }
 
 TEST_F(FrameClockTest, NothingWantedMeansNoTicks) {

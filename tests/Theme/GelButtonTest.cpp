@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QFontInfo>
+#include <QFontMetricsF>
 #include <cmath>
 
 #include "Aqua.h"
@@ -327,6 +328,16 @@ TEST(GelButtonTest, TheLabelIsInTheMiddle) {
     const Label found = label(button(Tint::gray, "Hxxxxxxx"), 1, true);
     EXPECT_NEAR(found.bounds.center().x(), 64, 2);
     EXPECT_NEAR(found.bounds.center().y(), 17, 2);
+}
+
+TEST(GelButtonTest, TheLabelsLineIsInTheMiddleOfTheCapsule) {
+    const QFontMetricsF metrics(GelButton::labelFont());
+    const double baseline = margin + 13 + (metrics.ascent() - metrics.descent()) / 2;
+    for (const double ratio : {1.0, 1.5, 2.0, 3.0}) {
+        const QRect found = label(button(Tint::gray, "HHH"), ratio, true).bounds;
+        EXPECT_NEAR(found.bottom() + 1, baseline * ratio, 1) << ratio;
+        EXPECT_NEAR(found.left() + found.right() + 1, 128 * ratio, 2 * ratio) << ratio;
+    }
 }
 
 TEST(GelButtonTest, TheLabelDoesNotHopWhenTheButtonIsPressed) {
