@@ -81,6 +81,7 @@ TEST_F(OnboardingViewTest, WithAccessFromTheStartThePillAndTheButtonSaySo) {
     const auto view = make();
     EXPECT_TRUE(view->granted());
     EXPECT_EQ(pill(*view), QStringLiteral("Full Disk Access is enabled"));
+    EXPECT_EQ(view->findChild<StatusPill*>()->accessibleName(), pill(*view));
     EXPECT_EQ(primary(*view)->text(), QStringLiteral("Get Started"));
     EXPECT_EQ(view->findChild<TextLabel*>(QStringLiteral("pillText"))->role(),
               Appearance::Role::Green);

@@ -106,6 +106,17 @@ TEST_F(MainWindowLayoutTest, TheSymbolsHaveTheirSizeAndColour) {
     }
 }
 
+TEST_F(MainWindowLayoutTest, ASymbolOnAButtonFollowsThePaletteOfItsWindow) {
+    for (const auto scheme : {SystemAppearance::Scheme::Dark, SystemAppearance::Scheme::Light}) {
+        window.setPalette(Appearance::palette(scheme));
+        const QImage icon = named<IconButton>(window.content, "ejectButton")
+                                ->icon()
+                                .pixmap(QSize(40, 40))
+                                .toImage();
+        EXPECT_EQ(icon.pixelColor(20, 20), Appearance::color(Role::Accent, scheme));
+    }
+}
+
 TEST_F(MainWindowLayoutTest, TheHeaderRunsFromTheIconToTheDiagnostics) {
     EXPECT_EQ(place("headerIcon").left(), 20);
     EXPECT_EQ(place("title").left(), place("subtitle").left()) << "leading-aligned";
