@@ -165,7 +165,7 @@ std::optional<qint64> DriveStatus::parseTotalBytes(const QString& infoPropertyLi
 std::optional<QString> DriveStatus::volumeName(const QString& bsdName) {
     const auto info = ShellCommand::run(diskutil, argumentsFor(QStringLiteral("info"), bsdName));
     if (info.exitCode == 0) {
-        if (const auto name = parseVolumeName(info.standardOutput)) {
+        if (auto name = parseVolumeName(info.standardOutput)) {
             return name;
         }
     }

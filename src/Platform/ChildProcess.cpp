@@ -28,7 +28,7 @@ constexpr size_t index(ChildProcess::Output output) {
 
 // At most one pipe's worth, the unit in which output is handed on. Empty at the end of the file, on
 // an error, and when a non-blocking read finds nothing.
-QByteArray readChunk(int descriptor, size_t limit = 64 * 1024) {
+QByteArray readChunk(int descriptor, size_t limit = 64UL * 1024) {
     QByteArray chunk(static_cast<qsizetype>(limit), Qt::Uninitialized);
     ssize_t count = 0;
     do {

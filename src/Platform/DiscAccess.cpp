@@ -6,7 +6,6 @@
 #include <QMetaObject>
 #include <QPointer>
 #include <QStandardPaths>
-#include <utility>
 
 #include "ChildProcess.h"
 
@@ -43,12 +42,12 @@ std::optional<Programs> programs() {
     return Programs{pkexec, granter};
 }
 
-void request(QObject* context, std::function<void(Outcome)> handler) {
-    request(programs(), context, std::move(handler));
+void request(QObject* context, const std::function<void(Outcome)>& handler) {
+    request(programs(), context, handler);
 }
 
 void request(const std::optional<Programs>& programs, QObject* context,
-             std::function<void(Outcome)> handler) {
+             const std::function<void(Outcome)>& handler) {
     if (!programs) {
         handler(Outcome::Unavailable);
         return;

@@ -27,8 +27,8 @@ std::optional<Programs> programs();
 
 // Starts a request. The handler is called on the main thread, once, unless the context object has
 // gone by then; with Unavailable it is called before request() returns.
-void request(QObject* context, std::function<void(Outcome)> handler);
+void request(QObject* context, const std::function<void(Outcome)>& handler);
 void request(const std::optional<Programs>& programs, QObject* context,
-             std::function<void(Outcome)> handler);
+             const std::function<void(Outcome)>& handler);
 
 }  // namespace DiscAccess

@@ -107,7 +107,7 @@ std::optional<QString> insert(const QDir& folder, const QString& image, bool ima
         }
         return std::nullopt;
     }
-    if (const auto failure = placeLink(image, disc)) {
+    if (auto failure = placeLink(image, disc)) {
         return failure;
     }
     QFile::remove(ejected);

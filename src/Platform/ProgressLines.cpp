@@ -15,7 +15,7 @@ constexpr QLatin1String marker("PERCENT:");
 
 // A line that goes on for longer than this holds no percentage; only bounds the memory that a tool
 // without line ends can take.
-constexpr qsizetype longestLine = 64 * 1024;
+constexpr qsizetype longestLine = 64L * 1024;
 
 bool isNewline(QChar character) {
     switch (character.unicode()) {

@@ -55,7 +55,8 @@ void AquaProgressBar::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     QRectF area(rect());
     area.setHeight(barHeight());
-    area.moveTop((height() - barHeight()) / 2);
+    const int top = (height() - barHeight()) / 2;
+    area.moveTop(top);
     m_bar.paint(painter, area, m_fraction, phase(), layoutDirection());
 }
 

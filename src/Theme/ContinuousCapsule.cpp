@@ -42,7 +42,7 @@ QPainterPath continuousCapsule(const QRectF& rect) {
 
     // One quarter after the other, clockwise on the screen from the right end's middle.
     QPolygonF outline;
-    outline.reserve(4 * (kPointsAQuarter + 1));
+    outline.reserve(4L * (kPointsAQuarter + 1));
     const auto add = [&](qreal centreX, qreal signX, qreal centreY, qreal signY, int index) {
         const QPointF point = unitPoint(index);
         outline << QPointF(centreX + signX * rx * point.x(), centreY + signY * ry * point.y());

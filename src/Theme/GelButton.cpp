@@ -78,10 +78,11 @@ QImage GelButton::image(qreal ratio) const {
     painter.setPen(labelColour(tint));
     // What does not fit into the capsule is cut off with its own soft edge.
     painter.setCompositionMode(QPainter::CompositionMode_SourceAtop);
-    painter.drawText(line,
-                     Qt::AlignHCenter | Qt::AlignTop | Qt::TextSingleLine | Qt::TextDontClip |
-                         (showMnemonic ? Qt::TextShowMnemonic : Qt::TextHideMnemonic),
-                     text);
+    painter.drawText(
+        line,
+        static_cast<int>(Qt::AlignHCenter | Qt::AlignTop | Qt::TextSingleLine | Qt::TextDontClip |
+                         (showMnemonic ? Qt::TextShowMnemonic : Qt::TextHideMnemonic)),
+        text);
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     Gel::strokeInside(painter, frame, borderColour(tint),
                       ImageOperations::linePixels(ratio) / ratio);

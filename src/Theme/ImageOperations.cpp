@@ -17,7 +17,7 @@ std::vector<float> gaussianKernel(qreal sigma) {
     double sum = 0;
     for (int i = -reach; i <= reach; ++i) {
         const double weight = std::exp(-(i * i) / (2 * sigma * sigma));
-        kernel[static_cast<size_t>(i + reach)] = static_cast<float>(weight);
+        kernel.data()[i + reach] = static_cast<float>(weight);
         sum += weight;
     }
     for (float& weight : kernel)
@@ -38,7 +38,7 @@ std::vector<float> blurredAndTurned(const std::vector<float>& values, int rows, 
             const int first = std::max(0, i - reach);
             const int last = std::min(length - 1, i + reach);
             for (int k = first; k <= last; ++k)
-                sum += line[k] * kernel[static_cast<size_t>(k - i + reach)];
+                sum += line[k] * kernel.data()[k - i + reach];
             result[static_cast<size_t>(i) * static_cast<size_t>(rows) + static_cast<size_t>(row)] =
                 sum;
         }
