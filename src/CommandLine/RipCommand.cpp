@@ -57,10 +57,13 @@ int RipCommand::run() {
         return ExitStatus::failed;
     }
     m_target = *target;
-    const auto existing =
-        m_context.invocation.force ? RipTarget::Existing::Replace : RipTarget::Existing::Refuse;
-    if (const auto objection = RipTarget::objection(m_target, existing)) {
+    if (const auto objection = RipTarget::objection(m_target)) {
         m_context.complain(*objection);
+        return ExitStatus::failed;
+    }
+    if (!m_context.invocation.force && RipTarget::isTaken(m_target)) {
+        m_context.complain(
+            QStringLiteral("“%1” exists already. Use --force to replace it.").arg(m_target));
         return ExitStatus::failed;
     }
     m_monitor.poll();

@@ -2,6 +2,7 @@
 
 #include <QEvent>
 #include <QHideEvent>
+#include <QMessageBox>
 #include <QShortcut>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -24,6 +25,7 @@
 #include "OnboardingView.h"
 #include "PinstripeBackground.h"
 #include "RipProgressView.h"
+#include "RipTarget.h"
 #include "SymbolLabel.h"
 
 namespace {
@@ -145,10 +147,27 @@ void ContentView::chooseDestination() {
         return;
     }
     auto* dialog = new DestinationDialog(RipSession::defaultFileName(*m_monitor.disc()), this);
-    connect(dialog, &DestinationDialog::chosen, this,
-            [this](const QString& path) { m_session.setDestination(path); });
+    connect(dialog, &DestinationDialog::chosen, this, &ContentView::takeDestination);
     m_destinationDialog = dialog;
     dialog->open();
+}
+
+void ContentView::takeDestination(const QString& path) {
+    const auto objection = RipTarget::objection(path);
+    if (!objection) {
+        m_session.setDestination(path);
+        return;
+    }
+    // The desktop's own save dialog may be closed by now, and reading the disc in vain takes long.
+    auto* refusal =
+        new QMessageBox(QMessageBox::Warning, QString(), *objection, QMessageBox::Ok, this);
+    refusal->setObjectName(QStringLiteral("destinationRefusal"));
+    refusal->setAttribute(Qt::WA_DeleteOnClose);
+    refusal->setWindowModality(Qt::WindowModal);
+    refusal->setTextFormat(Qt::PlainText);
+    connect(refusal, &QMessageBox::finished, this, &ContentView::chooseDestination,
+            Qt::QueuedConnection);
+    refusal->open();
 }
 
 void ContentView::confirmCancel() {

@@ -58,6 +58,7 @@ protected:
     void hideEvent(QHideEvent* event) override;
 
 private:
+    void takeDestination(const QString& path);
     void addParts();
     void connectParts();
     void scheduleRefresh();

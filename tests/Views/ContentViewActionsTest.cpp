@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
 
@@ -47,6 +48,33 @@ TEST_F(ContentViewActionsTest, CancellingTheSaveDialogLeavesTheDestination) {
     ASSERT_NE(sheet<DestinationDialog>(window), nullptr);
     sheet<DestinationDialog>(window)->reject();
     settle();
+    EXPECT_EQ(window.content->session().destination(), before);
+}
+
+TEST_F(ContentViewActionsTest, APlaceThatCannotBeWrittenToIsRefusedAndAnotherAskedFor) {
+    DriveStubs::disc(folder, {});
+    HostWindow window;
+    window.open();
+    const QString before = window.choose(folder, QStringLiteral("before.iso"));
+    window.click("chooseButton");
+    auto* dialog = sheet<DestinationDialog>(window);
+    ASSERT_NE(dialog, nullptr);
+    // As from a desktop's own dialog, which stops nobody.
+    emit dialog->fileSelected(folder.path(QString(252, QLatin1Char('x')) + QStringLiteral(".iso")));
+    dialog->reject();
+    settle();
+    auto* refusal = sheet<QMessageBox>(window);
+    ASSERT_NE(refusal, nullptr);
+    EXPECT_EQ(refusal->objectName(), QStringLiteral("destinationRefusal"));
+    EXPECT_EQ(refusal->windowModality(), Qt::WindowModal);
+    EXPECT_EQ(refusal->textFormat(), Qt::PlainText);
+    EXPECT_EQ(refusal->text(), QStringLiteral("The name of the file is too long: 256 bytes instead "
+                                              "of at most 255."));
+    EXPECT_EQ(window.content->session().destination(), before);
+
+    refusal->accept();
+    settle();
+    EXPECT_NE(sheet<DestinationDialog>(window), nullptr);
     EXPECT_EQ(window.content->session().destination(), before);
 }
 

@@ -11,12 +11,10 @@
 
 namespace {
 
-using RipTarget::Existing;
-
 class RipTargetTest : public testing::Test {
 protected:
-    std::string objection(const QString& path, Existing existing = Existing::Refuse) const {
-        const auto text = RipTarget::objection(path, existing);
+    std::string objection(const QString& path) const {
+        const auto text = RipTarget::objection(path);
         return text ? QString(*text).replace(folder.path(), QStringLiteral("FOLDER")).toStdString()
                     : "none";
     }
@@ -32,33 +30,33 @@ TEST_F(RipTargetTest, AFolderThatIsMissingIsLeftToTheRip) {
     EXPECT_EQ(objection(folder.path("no/such/a.iso")), "none");
 }
 
-TEST_F(RipTargetTest, AnExistingFileNeedsForce) {
+TEST_F(RipTargetTest, AnExistingFileIsFineAndTaken) {
     const QString file = folder.write("a.iso", "x");
-    EXPECT_EQ(objection(file), "“FOLDER/a.iso” exists already. Use --force to replace it.");
-    EXPECT_EQ(objection(file, Existing::Replace), "none");
+    EXPECT_EQ(objection(file), "none");
+    EXPECT_TRUE(RipTarget::isTaken(file));
+    EXPECT_FALSE(RipTarget::isTaken(folder.path("b.iso")));
 }
 
-TEST_F(RipTargetTest, ALinkToNothingNeedsForceToo) {
+TEST_F(RipTargetTest, ALinkToNothingIsTakenToo) {
     QFile::link(folder.path("nothing"), folder.path("a.iso"));
-    EXPECT_EQ(objection(folder.path("a.iso")),
-              "“FOLDER/a.iso” exists already. Use --force to replace it.");
+    EXPECT_EQ(objection(folder.path("a.iso")), "none");
+    EXPECT_TRUE(RipTarget::isTaken(folder.path("a.iso")));
 }
 
-TEST_F(RipTargetTest, AFolderIsRefusedEvenWithForce) {
-    EXPECT_EQ(objection(folder.path("home"), Existing::Replace),
-              "“FOLDER/home” is a folder. Name the file to write.");
-    EXPECT_EQ(objection(folder.path("missing/"), Existing::Replace),
+TEST_F(RipTargetTest, AFolderIsRefused) {
+    EXPECT_EQ(objection(folder.path("home")), "“FOLDER/home” is a folder. Name the file to write.");
+    EXPECT_EQ(objection(folder.path("missing/")),
               "“FOLDER/missing/” is a folder. Name the file to write.");
 }
 
-TEST_F(RipTargetTest, ADeviceIsRefusedEvenWithForce) {
-    EXPECT_EQ(objection("/dev/null", Existing::Replace), "“/dev/null” is not an ordinary file.");
+TEST_F(RipTargetTest, ADeviceIsRefused) {
+    EXPECT_EQ(objection("/dev/null"), "“/dev/null” is not an ordinary file.");
 }
 
-TEST_F(RipTargetTest, APipeIsRefusedEvenWithForce) {
+TEST_F(RipTargetTest, APipeIsRefused) {
     const QString pipe = folder.path("pipe");
     ASSERT_EQ(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-    EXPECT_EQ(objection(pipe, Existing::Replace), "“FOLDER/pipe” is not an ordinary file.");
+    EXPECT_EQ(objection(pipe), "“FOLDER/pipe” is not an ordinary file.");
 }
 
 TEST_F(RipTargetTest, AFolderThatMayNotBeWrittenToIsRefused) {
@@ -68,7 +66,7 @@ TEST_F(RipTargetTest, AFolderThatMayNotBeWrittenToIsRefused) {
     {
         const OrdinaryUser user({folder.path(), closed});
         for (const char* name : {"closed/new.iso", "closed/old.iso"}) {
-            EXPECT_EQ(objection(folder.path(name), Existing::Replace),
+            EXPECT_EQ(objection(folder.path(name)),
                       "Nothing can be written to the folder “FOLDER/closed”: Permission denied.");
         }
     }
@@ -84,18 +82,17 @@ TEST_F(RipTargetTest, ANameThatIsTooLongIsRefused) {
     EXPECT_EQ(objection(folder.path(QString(251, 'x') + ".iso")), "none");
     EXPECT_EQ(objection(folder.path(QString(252, 'x') + ".iso")),
               "The name of the file is too long: 256 bytes instead of at most 255.");
-    EXPECT_EQ(objection(folder.path(QString(126, QChar(0xe4)) + ".iso"), Existing::Replace),
+    EXPECT_EQ(objection(folder.path(QString(126, QChar(0xe4)) + ".iso")),
               "The name of the file is too long: 256 bytes instead of at most 255.");
 }
 
-TEST_F(RipTargetTest, TheDiscInThePracticeDriveIsRefusedEvenWithForce) {
+TEST_F(RipTargetTest, TheDiscInThePracticeDriveIsRefused) {
     const QString image = folder.write("disc.iso", "x");
     QDir().mkpath(folder.path("drive"));
     QFile::link(image, folder.path("drive/disc.iso"));
     folder.setEnvironment("SPINDRIFT_PRACTICE_DRIVE", folder.path("drive").toUtf8());
-    EXPECT_EQ(objection(image, Existing::Replace),
-              "“FOLDER/disc.iso” is the disc in the practice drive.");
-    EXPECT_EQ(objection(folder.write("other.iso", "x"), Existing::Replace), "none");
+    EXPECT_EQ(objection(image), "“FOLDER/disc.iso” is the disc in the practice drive.");
+    EXPECT_EQ(objection(folder.write("other.iso", "x")), "none");
 }
 
 TEST_F(RipTargetTest, ARelativeNameIsTakenFromTheCurrentFolder) {

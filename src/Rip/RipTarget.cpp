@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -12,8 +13,8 @@
 
 namespace {
 
-QString quoted(const QString& path) {
-    return QStringLiteral("“") + path + QStringLiteral("”");
+QString translated(const char* sentence) {
+    return QCoreApplication::translate("RipTarget", sentence);
 }
 
 // Why nothing can be put into the file's folder under its name; absent when nothing speaks against
@@ -24,17 +25,17 @@ std::optional<QString> objectionToPlace(const QFileInfo& file) {
         return std::nullopt;
     }
     if (!place.isDir()) {
-        return quoted(file.path()) + QStringLiteral(" is not a folder.");
+        return translated("“%1” is not a folder.").arg(file.path());
     }
     const QByteArray folder = QFile::encodeName(file.path());
     if (::faccessat(AT_FDCWD, folder.constData(), W_OK | X_OK, AT_EACCESS) != 0) {
-        return QStringLiteral("Nothing can be written to the folder ") + quoted(file.path()) +
-               QStringLiteral(": ") + errorText(errno) + QLatin1Char('.');
+        return translated("Nothing can be written to the folder “%1”: %2.")
+            .arg(file.path(), errorText(errno));
     }
     const long longest = ::pathconf(folder.constData(), _PC_NAME_MAX);
     const qsizetype length = QFile::encodeName(file.fileName()).size();
     if (longest > 0 && length > longest) {
-        return QStringLiteral("The name of the file is too long: %1 bytes instead of at most %2.")
+        return translated("The name of the file is too long: %1 bytes instead of at most %2.")
             .arg(length)
             .arg(longest);
     }
@@ -66,25 +67,24 @@ std::optional<QString> RipTarget::absolutePath(const QString& file) {
     return (folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/')) + file;
 }
 
-std::optional<QString> RipTarget::objection(const QString& path, Existing existing) {
+std::optional<QString> RipTarget::objection(const QString& path) {
     const QFileInfo file(path);
     if (path.endsWith(QLatin1Char('/')) || file.isDir()) {
-        return quoted(path) + QStringLiteral(" is a folder. Name the file to write.");
+        return translated("“%1” is a folder. Name the file to write.").arg(path);
     }
     if (file.exists() && !file.isFile()) {
-        return quoted(path) + QStringLiteral(" is not an ordinary file.");
+        return translated("“%1” is not an ordinary file.").arg(path);
     }
     if (auto objection = objectionToPlace(file)) {
         return objection;
     }
-    if (!file.exists() && !file.isSymLink()) {
-        return std::nullopt;
-    }
     if (isThePracticeDisc(file)) {
-        return quoted(path) + QStringLiteral(" is the disc in the practice drive.");
-    }
-    if (existing == Existing::Refuse) {
-        return quoted(path) + QStringLiteral(" exists already. Use --force to replace it.");
+        return translated("“%1” is the disc in the practice drive.").arg(path);
     }
     return std::nullopt;
+}
+
+bool RipTarget::isTaken(const QString& path) {
+    const QFileInfo file(path);
+    return file.exists() || file.isSymLink();
 }

@@ -1,0 +1,21 @@
+// Where the image of a rip goes, judged before anything runs. Any thread; asks the file system.
+#pragma once
+
+#include <QString>
+#include <optional>
+
+namespace RipTarget {
+
+// The absolute path of a file as the user named it; absent when the name is relative and the
+// current folder was removed or has a name that is no text.
+std::optional<QString> absolutePath(const QString& file);
+
+// Why this path cannot be written, as a sentence; absent when nothing speaks against it. An
+// ordinary file that is there already is none of these reasons, and a folder that is missing is
+// left to the rip itself.
+std::optional<QString> objection(const QString& path);
+
+// Whether something stands at this path, be it a link to nothing.
+bool isTaken(const QString& path);
+
+}  // namespace RipTarget
