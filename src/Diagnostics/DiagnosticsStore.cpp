@@ -8,6 +8,7 @@
 #include <QFile>
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
 #include <nlohmann/json.hpp>
 
 #include "Descriptor.h"
@@ -102,6 +103,12 @@ std::optional<QMap<QString, QString>> decodeNicknames(const QByteArray& document
     return nicknames;
 }
 
+// Every store of this process, on the main thread.
+QList<DiagnosticsStore*>& openStores() {
+    static QList<DiagnosticsStore*> stores;
+    return stores;
+}
+
 }  // namespace
 
 QString DiagnosticsStore::applicationFolder(const std::optional<QString>& dataFolder) {
@@ -121,6 +128,11 @@ DiagnosticsStore::DiagnosticsStore(QObject* parent) : QObject(parent) {
     if (const auto document = readWhole(m_nicknamesPath)) {
         m_nicknames = decodeNicknames(*document).value_or(QMap<QString, QString>());
     }
+    openStores().append(this);
+}
+
+DiagnosticsStore::~DiagnosticsStore() {
+    openStores().removeOne(this);
 }
 
 std::optional<QString> DiagnosticsStore::nickname(const DriveIdentity& drive) const {
@@ -130,21 +142,43 @@ std::optional<QString> DiagnosticsStore::nickname(const DriveIdentity& drive) co
 
 void DiagnosticsStore::setNickname(const QString& name, const DriveIdentity& drive) {
     const QString kept = trimmed(name);
-    auto nicknames = m_nicknames;
-    if (kept.isEmpty()) {
-        nicknames.remove(drive.driveKey());
-    } else {
-        nicknames.insert(drive.driveKey(), kept);
-    }
-    publish(this, m_nicknames, std::move(nicknames), &DiagnosticsStore::nicknamesChanged);
+    keepNickname(kept, drive.driveKey());
     writeOver(m_nicknamesPath, encodeNicknames(m_nicknames));
+    for (auto* store : othersOfThisProcess()) {
+        store->keepNickname(kept, drive.driveKey());
+    }
 }
 
 void DiagnosticsStore::record(const SpeedTestResult& result) {
-    auto results = m_results;
-    results.prepend(result);
-    publish(this, m_results, std::move(results), &DiagnosticsStore::resultsChanged);
+    keepResult(result);
     if (const auto document = encodeHistory(m_results)) {
         writeOver(m_resultsPath, *document);
     }
+    for (auto* store : othersOfThisProcess()) {
+        store->keepResult(result);
+    }
+}
+
+QList<DiagnosticsStore*> DiagnosticsStore::othersOfThisProcess() const {
+    QList<DiagnosticsStore*> others;
+    std::ranges::copy_if(openStores(), std::back_inserter(others), [this](const auto* store) {
+        return store != this && store->m_resultsPath == m_resultsPath;
+    });
+    return others;
+}
+
+void DiagnosticsStore::keepNickname(const QString& name, const QString& driveKey) {
+    auto nicknames = m_nicknames;
+    if (name.isEmpty()) {
+        nicknames.remove(driveKey);
+    } else {
+        nicknames.insert(driveKey, name);
+    }
+    publish(this, m_nicknames, std::move(nicknames), &DiagnosticsStore::nicknamesChanged);
+}
+
+void DiagnosticsStore::keepResult(const SpeedTestResult& result) {
+    auto results = m_results;
+    results.prepend(result);
+    publish(this, m_results, std::move(results), &DiagnosticsStore::resultsChanged);
 }

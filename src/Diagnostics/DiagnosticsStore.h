@@ -2,6 +2,8 @@
 //
 // Owned by one window, lives on the main thread. Reads both files when it is made and rewrites one
 // in full after each change; what cannot be read is empty, what cannot be written stays in memory.
+// The stores of one process that share the files share their changes too, so that the second
+// window's next record does not take the first one's away. Another process's changes are not seen.
 #pragma once
 
 #include <QList>
@@ -19,6 +21,7 @@ class DiagnosticsStore final : public QObject {
 
 public:
     explicit DiagnosticsStore(QObject* parent = nullptr);
+    ~DiagnosticsStore() override;
 
     const QList<SpeedTestResult>& results() const { return m_results; }      // newest first
     const QMap<QString, QString>& nicknames() const { return m_nicknames; }  // by drive key
@@ -40,6 +43,10 @@ signals:
     void nicknamesChanged();
 
 private:
+    QList<DiagnosticsStore*> othersOfThisProcess() const;
+    void keepNickname(const QString& name, const QString& driveKey);
+    void keepResult(const SpeedTestResult& result);
+
     QList<SpeedTestResult> m_results;
     QMap<QString, QString> m_nicknames;
     QString m_resultsPath;

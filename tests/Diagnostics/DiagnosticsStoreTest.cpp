@@ -289,12 +289,59 @@ TEST_F(DiagnosticsStoreTest, AShorterDocumentLeavesNothingOfTheLongerOne) {
     EXPECT_EQ(json(nicknamesPath).begin().value(), "y");
 }
 
-TEST_F(DiagnosticsStoreTest, ChangesOfOthersAreOverwritten) {
+TEST_F(DiagnosticsStoreTest, ChangesOfOtherProgramsAreOverwritten) {
+    DiagnosticsStore store;
+    folder.write(QStringLiteral("data/Spindrift/speedlog.json"), *encodeHistory({result(2)}));
+    folder.write(QStringLiteral("data/Spindrift/drivenicknames.json"), R"({"x||": "Other"})");
+    store.record(result(1));
+    store.setNickname(QStringLiteral("Desk"), drive);
+    const DiagnosticsStore next;
+    ASSERT_EQ(next.results().size(), 1);
+    EXPECT_EQ(next.results().at(0).discSizeBytes, 1);
+    EXPECT_EQ(next.nicknames().values(), QStringList{"Desk"});
+}
+
+TEST_F(DiagnosticsStoreTest, TwoWindowsKeepBothTheirRips) {
     DiagnosticsStore first;
     DiagnosticsStore second;
+    int changes = 0;
+    QObject::connect(&first, &DiagnosticsStore::resultsChanged, &first, [&] { ++changes; });
     second.record(result(2));
+    EXPECT_EQ(changes, 1) << "shown at once";
     first.record(result(1));
-    EXPECT_EQ(DiagnosticsStore().results(), first.results());
+    for (const auto& results : {first.results(), second.results(), DiagnosticsStore().results()}) {
+        ASSERT_EQ(results.size(), 2);
+        EXPECT_EQ(results.at(0).discSizeBytes, 1);
+        EXPECT_EQ(results.at(1).discSizeBytes, 2);
+    }
+}
+
+TEST_F(DiagnosticsStoreTest, TwoWindowsKeepBothTheirNicknames) {
+    DriveIdentity other = drive;
+    other.product = QStringLiteral("Other");
+    DiagnosticsStore first;
+    first.setNickname(QStringLiteral("Gone"), drive);
+    {
+        DiagnosticsStore closed;
+        closed.setNickname(QStringLiteral("Desk"), drive);
+    }
+    DiagnosticsStore second;
+    second.setNickname(QStringLiteral("Shelf"), other);
+    EXPECT_EQ(first.nickname(drive), QStringLiteral("Desk"));
+    EXPECT_EQ(first.nickname(other), QStringLiteral("Shelf"));
+    first.setNickname(QString(), drive);
+    EXPECT_EQ(second.nicknames().values(), QStringList{"Shelf"});
+    EXPECT_EQ(DiagnosticsStore().nicknames(), first.nicknames());
+}
+
+TEST_F(DiagnosticsStoreTest, StoresOfDifferentFoldersShareNothing) {
+    DiagnosticsStore here;
+    folder.setEnvironment("XDG_DATA_HOME", folder.path(QStringLiteral("elsewhere")).toUtf8());
+    DiagnosticsStore there;
+    there.record(result(1));
+    there.setNickname(QStringLiteral("Desk"), drive);
+    EXPECT_EQ(here.results(), QList<SpeedTestResult>());
+    EXPECT_TRUE(here.nicknames().isEmpty());
 }
 
 TEST_F(DiagnosticsStoreTest, ChangesArePublished) {
