@@ -33,7 +33,8 @@ protected:
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
-        painter.setBrush(Appearance::color(Appearance::Role::Accent, palette()));
+        // The accent as it is behind white texts.
+        painter.setBrush(palette().color(QPalette::Highlight));
         painter.drawEllipse(rect());
         painter.setPen(Qt::white);
         painter.setFont(TextStyle::font(TextStyle::Style::Subheadline, QFont::Bold));

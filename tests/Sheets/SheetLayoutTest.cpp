@@ -227,6 +227,16 @@ TEST_F(GuideLayoutTest, TheStepsStandFourteenApartBesideTheirNumbers) {
     EXPECT_EQ(gapBelow(at("stepDetail3"), at("accessPill")), 14 + 4);
 }
 
+TEST_F(GuideLayoutTest, TheNumbersAreWhiteOnTheColourThatIsMadeForWhiteTexts) {
+    for (const auto scheme : {SystemAppearance::Scheme::Light, SystemAppearance::Scheme::Dark}) {
+        auto* number = view.findChild<QWidget*>(QStringLiteral("stepNumber1"));
+        number->setPalette(Appearance::palette(scheme));
+        const QImage image = number->grab().toImage();
+        const QColor disc = image.pixelColor(3, image.height() / 2);
+        EXPECT_EQ(disc, Appearance::palette(scheme).color(QPalette::Highlight));
+    }
+}
+
 TEST_F(GuideLayoutTest, ThePillIsCentredAroundItsSymbolAndText) {
     const QRect pill = at("accessPill");
     EXPECT_NEAR(pill.center().x(), 230, 1);
