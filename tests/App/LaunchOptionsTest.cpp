@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QFile>
+#include <QRegularExpression>
+
 namespace {
 
 LaunchOptions parsed(const QStringList& arguments) {
@@ -57,4 +60,20 @@ TEST(LaunchOptionsTest, TheHelpNamesEveryOption) {
     for (const char* option : {"--practice", "--help", "--version"}) {
         EXPECT_TRUE(LaunchOptions::helpText().contains(QString::fromUtf8(option)));
     }
+}
+
+TEST(LaunchOptionsTest, TheManualPageNamesEveryOption) {
+    QFile file(QStringLiteral(SPINDRIFT_MANUAL_PAGE));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString page = QString::fromUtf8(file.readAll()).remove(QLatin1Char('\\'));
+    QStringList options;
+    auto matches = QRegularExpression(QStringLiteral("(?<![a-z])--?[a-zA-Z]+"))
+                       .globalMatch(LaunchOptions::helpText());
+    while (matches.hasNext()) {
+        options.append(matches.next().captured());
+        EXPECT_TRUE(page.contains(options.last())) << qPrintable(options.last());
+    }
+    options.removeDuplicates();
+    options.sort();
+    EXPECT_EQ(options, QStringList({"--help", "--practice", "--version", "-V", "-h"}));
 }
