@@ -1,5 +1,6 @@
 #include "RipProgressView.h"
 
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QProgressBar>
 #include <QVBoxLayout>
@@ -28,6 +29,10 @@ RipState RipState::of(const ISORipper& ripper) {
     state.finished = ripper.finished();
     if (ripper.error()) {
         state.error = ripper.error()->errorDescription();
+        const auto& image = ripper.temporaryImage();
+        if (image && QFileInfo::exists(*image)) {
+            state.leftImage = image;
+        }
     }
     state.isVerifying = ripper.isVerifying();
     state.verifyStatus = ripper.verifyStatus();
@@ -107,6 +112,9 @@ RipProgressView::RipProgressView(QWidget* parent)
 void RipProgressView::show(const RipState& state, bool retro) {
     showBar(state.determinateValue(), retro);
     m_bytesWritten->setText(state.bytesWrittenText());
+    m_status->textLabel()->setAddition(
+        state.leftImage ? tr("What was read is left in \u201c%1\u201d.").arg(*state.leftImage)
+                        : QString());
     showStatus(RipStatus::of(state));
 }
 

@@ -25,6 +25,8 @@ struct RipState {
     double speedBytesPerSecond = 0;
     bool finished = false;
     std::optional<QString> error;  // the sentence that the user reads
+    // What a failed rip read until then: all that there is, perhaps, of a disc that is dying.
+    std::optional<QString> leftImage;
     bool isVerifying = false;
     std::optional<VerifyStatus> verifyStatus;
 
@@ -44,7 +46,6 @@ struct RipStatus {
     QString text;
     Appearance::Role role;
     int maximumLines;
-
     // Absent while there is nothing to say.
     static std::optional<RipStatus> of(const RipState& state);
 

@@ -70,6 +70,10 @@ void TextLabel::setElideMode(Qt::TextElideMode mode) {
     update();
 }
 
+void TextLabel::setAddition(const QString& addition) {
+    setAccessibleDescription(addition);
+}
+
 bool TextLabel::isMarkup() const {
     return textFormat() != Qt::PlainText;
 }
@@ -168,13 +172,20 @@ int TextLabel::heightForWidth(int width) const {
 
 bool TextLabel::event(QEvent* event) {
     if (event->type() == QEvent::ToolTip && toolTip().isEmpty() && !isMarkup()) {
-        const bool cut = isCut();
+        QStringList paragraphs;
+        if (isCut()) {
+            paragraphs << shownText();
+        }
+        if (!accessibleDescription().isEmpty()) {
+            paragraphs << accessibleDescription();
+        }
         // As markup, so that a long text wraps; escaped, so that it says what it says.
-        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(),
-                           cut ? QStringLiteral("<p style='white-space:pre-wrap'>") +
-                                     shownText().toHtmlEscaped() + QStringLiteral("</p>")
-                               : QString(),
-                           this);
+        QString tip;
+        for (const QString& paragraph : paragraphs) {
+            tip += QStringLiteral("<p style='white-space:pre-wrap'>") + paragraph.toHtmlEscaped() +
+                   QStringLiteral("</p>");
+        }
+        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), tip, this);
         return true;
     }
     return QLabel::event(event);

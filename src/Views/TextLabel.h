@@ -3,7 +3,8 @@
 // Owned by its parent widget; main thread. The text is plain unless setTextFormat() says otherwise:
 // what comes from a disc or a tool is never taken for markup. A line that is too narrow for its
 // text is cut with an ellipsis, and then the tool tip holds the whole text; screen readers always
-// get the whole text.
+// get the whole text. What a label has to add to its text stands in its tool tip, too, and is the
+// description that screen readers offer.
 #pragma once
 
 #include <QLabel>
@@ -30,6 +31,9 @@ public:
     void setMaximumLines(int lines);
     // Where a single line is cut; at its end unless set.
     void setElideMode(Qt::TextElideMode mode);
+
+    // Empty: nothing to add.
+    void setAddition(const QString& addition);
 
     // The height of one line in this font, in device-independent pixels.
     static int lineHeight(const QFont& font);

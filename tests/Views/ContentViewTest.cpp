@@ -318,6 +318,26 @@ TEST_F(ContentViewTest, AFailedRipShowsItsErrorInTheWindow) {
     EXPECT_EQ(textOf(window.content, "startButton"), QStringLiteral("Start Rip"));
     EXPECT_TRUE(named<QWidget>(window.content, "startButton")->isEnabled()) << "to try again";
     EXPECT_EQ(dialogs(), 0) << "no alert";
+    EXPECT_EQ(named<SymbolLabel>(window.content, "ripStatus")->textLabel()->accessibleDescription(),
+              QString())
+        << "the tool left nothing";
+}
+
+TEST_F(ContentViewTest, AFailedRipTellsWhereItsImageIs) {
+    DriveStubs::disc(folder, {});
+    DriveStubs::imaging(folder, "printf half > \"$out\"; exit 1");
+    HostWindow window;
+    window.open();
+    window.choose(folder, QStringLiteral("a.iso"));
+    window.click("startButton");
+    EXPECT_TRUE(waitUntil([&] { return !window.status().isEmpty(); }));
+    const auto image = window.content->ripper().temporaryImage();
+    ASSERT_TRUE(image);
+    EXPECT_EQ(TestFolder::read(*image), QByteArray("half"));
+    EXPECT_TRUE(named<SymbolLabel>(window.content, "ripStatus")
+                    ->textLabel()
+                    ->accessibleDescription()
+                    .contains(*image));
 }
 
 TEST_F(ContentViewTest, RetroModeIsFollowedAtOnceAndForcesTheLightScheme) {

@@ -208,6 +208,19 @@ TEST(RipProgressViewTest, AShortErrorTakesOneLine) {
     EXPECT_FALSE(label->isCut());
 }
 
+TEST(RipProgressViewTest, AnErrorTellsWhereTheRestOfTheImageIs) {
+    RipState state;
+    state.error = QStringLiteral("no");
+    state.leftImage = QStringLiteral("/var/tmp/spindrift-1.cdr");
+    RipProgressView view;
+    view.show(state, false);
+    const TextLabel* label = named<SymbolLabel>(&view, "ripStatus")->textLabel();
+    EXPECT_EQ(label->accessibleDescription(),
+              QStringLiteral("What was read is left in \u201c/var/tmp/spindrift-1.cdr\u201d."));
+    view.show(running(0), false);
+    EXPECT_EQ(label->accessibleDescription(), QString());
+}
+
 TEST(RipProgressViewTest, TheBarHasANameAndAValueForScreenReaders) {
     RipProgressView view;
     view.QWidget::show();

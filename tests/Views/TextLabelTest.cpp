@@ -34,6 +34,27 @@ TEST(TextLabelTest, TheToolTipOfACutTextSaysWhatItSays) {
     QToolTip::hideText();
 }
 
+TEST(TextLabelTest, AnAdditionStandsInTheToolTipAndIsTheDescription) {
+    TextLabel text(QStringLiteral("Failed"));
+    text.setAddition(QStringLiteral("See <log>."));
+    text.resize(text.sizeHint());
+    text.show();
+    const auto toolTip = [&] {
+        QHelpEvent event(QEvent::ToolTip, QPoint(1, 1), QPoint(1, 1));
+        QCoreApplication::sendEvent(&text, &event);
+        QTextDocument shown;
+        shown.setHtml(QToolTip::text());
+        return shown.toPlainText();
+    };
+    EXPECT_EQ(toolTip(), QStringLiteral("See <log>."));
+    text.resize(20, 20);
+    EXPECT_EQ(toolTip(), QStringLiteral("Failed\nSee <log>."));
+    const auto* interface = QAccessible::queryAccessibleInterface(&text);
+    EXPECT_EQ(interface->text(QAccessible::Name), QStringLiteral("Failed"));
+    EXPECT_EQ(interface->text(QAccessible::Description), QStringLiteral("See <log>."));
+    QToolTip::hideText();
+}
+
 TEST(TextLabelTest, ScreenReadersGetATextThatLooksLikeMarkupAsItIs) {
     TextLabel text(QStringLiteral("<b>BOLD</b> & co"));
     EXPECT_EQ(QAccessible::queryAccessibleInterface(&text)->text(QAccessible::Name), text.text());
