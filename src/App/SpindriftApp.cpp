@@ -58,9 +58,11 @@ MainWindow* SpindriftApp::openMainWindow() {
 
 void SpindriftApp::mainWindowClosed() {
     // Nothing else can be reached without a main window, so the others do not keep the program.
+    // A panel that goes without having been closed does not count as the last window.
     if (--m_mainWindows == 0) {
         delete m_settings;
         delete m_about;
+        QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
     }
 }
 

@@ -8,6 +8,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QTest>
+#include <QTimer>
 
 #include "AboutPanel.h"
 #include "Appearance.h"
@@ -326,6 +327,24 @@ TEST_F(AppTest, TheLastMainWindowTakesTheSettingsWithIt) {
     EXPECT_EQ(open<MainWindow>(), nullptr);
     EXPECT_EQ(open<SettingsWindow>(), nullptr);
     EXPECT_EQ(open<AboutPanel>(), nullptr);
+}
+
+TEST_F(AppTest, TheProgramEndsWithItsLastMainWindowWhateverElseIsOpen) {
+    QApplication::setQuitOnLastWindowClosed(true);
+    for (const bool panel : {false, true}) {
+        SpindriftApp app;
+        MainWindow* window = app.openMainWindow();
+        app.showSettings();
+        if (panel) {
+            app.showAboutPanel();
+        }
+        settle();
+        QTimer giveUp;
+        giveUp.callOnTimeout([] { QCoreApplication::exit(1); });
+        giveUp.start(20000);
+        QTimer::singleShot(0, window, &QWidget::close);
+        EXPECT_EQ(QApplication::exec(), 0) << "with the About panel: " << panel;
+    }
 }
 
 TEST_F(AppTest, QuittingDuringARipAsksFirst) {
