@@ -26,6 +26,7 @@ SpindriftApp::SpindriftApp(QObject* parent) : QObject(parent), m_retroModeAction
         followRetroMode();
     });
     connect(&m_preferences, &Preferences::retroModeChanged, this, &SpindriftApp::followRetroMode);
+    m_preferences.followOtherProcesses();
     qApp->installEventFilter(this);
 }
 

@@ -1,10 +1,13 @@
 #include "Preferences.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QMap>
 #include <QSet>
 #include <QSettings>
+#include <utility>
 
 #include "UserFolders.h"
 
@@ -27,15 +30,15 @@ QString settingsFile() {
 
 // What could not be written yet, by file and key: it holds until it can be, so that a switch does
 // not fall back by itself.
-using Values = QMap<QString, bool>;
-QHash<QString, Values>& unsaved() {
-    static QHash<QString, Values> values;
+using Unsaved = QMap<QString, bool>;
+QHash<QString, Unsaved>& unsaved() {
+    static QHash<QString, Unsaved> values;
     return values;
 }
 
 bool read(const QString& key, bool fallback) {
     const QString file = settingsFile();
-    const Values kept = unsaved().value(file);
+    const Unsaved kept = unsaved().value(file);
     if (const auto value = kept.constFind(key); value != kept.cend()) {
         return *value;
     }
@@ -50,7 +53,7 @@ bool read(const QString& key, bool fallback) {
     return fallback;
 }
 
-bool save(const QString& file, const Values& values) {
+bool save(const QString& file, const Unsaved& values) {
     QSettings settings(file, QSettings::IniFormat);
     for (auto value = values.cbegin(); value != values.cend(); ++value) {
         settings.setValue(value.key(), value.value());
@@ -59,15 +62,7 @@ bool save(const QString& file, const Values& values) {
     return settings.status() != QSettings::AccessError;
 }
 
-void write(const QString& key, bool value, bool before, void (Preferences::*changed)()) {
-    const QString file = settingsFile();
-    unsaved()[file][key] = value;
-    if (save(file, unsaved().value(file))) {
-        unsaved().remove(file);
-    }
-    if (value == before) {
-        return;
-    }
+void tellAll(void (Preferences::*changed)()) {
     const QSet<Preferences*> all = instances();
     for (Preferences* instance : all) {
         // A handler of the signal may have deleted another instance.
@@ -77,10 +72,26 @@ void write(const QString& key, bool value, bool before, void (Preferences::*chan
     }
 }
 
+void write(const QString& key, bool value, bool before, void (Preferences::*changed)()) {
+    const QString file = settingsFile();
+    unsaved()[file][key] = value;
+    if (save(file, unsaved().value(file))) {
+        unsaved().remove(file);
+    }
+    if (value != before) {
+        tellAll(changed);
+    }
+}
+
 const QString ejectKey = QStringLiteral("ejectWhenDone");
 const QString thoroughKey = QStringLiteral("thoroughVerify");
 const QString retroKey = QStringLiteral("retroMode");
 const QString onboardingKey = QStringLiteral("hasCompletedOnboarding");
+
+// In the order of Preferences::values().
+constexpr std::array changedSignals = {
+    &Preferences::ejectWhenDoneChanged, &Preferences::thoroughVerifyChanged,
+    &Preferences::retroModeChanged, &Preferences::hasCompletedOnboardingChanged};
 
 }  // namespace
 
@@ -133,4 +144,44 @@ void Preferences::setRetroMode(bool value) {
 void Preferences::setHasCompletedOnboarding(bool value) {
     write(onboardingKey, value, hasCompletedOnboarding(),
           &Preferences::hasCompletedOnboardingChanged);
+}
+
+Preferences::Values Preferences::values() const {
+    return {ejectWhenDone(), thoroughVerify(), retroMode(), hasCompletedOnboarding()};
+}
+
+void Preferences::followOtherProcesses() {
+    const QString file = settingsFile();
+    const QString folder = QFileInfo(file).path();
+    // The folder, because a new file takes the place of the old one; it may be the first.
+    QDir().mkpath(folder);
+    m_told = values();
+    m_watcher = std::make_unique<QFileSystemWatcher>();
+    for (const auto changed : changedSignals) {
+        connect(this, changed, m_watcher.get(), [this] { m_told = values(); });
+    }
+    const auto watch = [this, folder, file] {
+        for (const QString& path : {folder, file}) {
+            if (QFileInfo::exists(path)) {
+                m_watcher->addPath(path);
+            }
+        }
+    };
+    const auto look = [this, watch] {
+        watch();
+        tellOfOthers();
+    };
+    watch();
+    connect(m_watcher.get(), &QFileSystemWatcher::directoryChanged, this, look);
+    connect(m_watcher.get(), &QFileSystemWatcher::fileChanged, this, look);
+}
+
+void Preferences::tellOfOthers() {
+    const auto now = values();
+    const auto told = std::exchange(m_told, now);
+    for (std::size_t i = 0; i < now.size(); ++i) {
+        if (now.at(i) != told.at(i)) {
+            tellAll(changedSignals.at(i));
+        }
+    }
 }

@@ -3,11 +3,15 @@
 // Main thread. All instances of a process share one state: a write through any is seen, and
 // signalled, by all at once, and lies in the file when the setter returns. What cannot be written
 // holds in this process, and is written together with the next preference that can be. A getter
-// sees what another process has written.
+// sees what another process has written; the signals tell of it once an instance follows the
+// others.
 #pragma once
 
+#include <QFileSystemWatcher>
 #include <QObject>
 #include <QString>
+#include <array>
+#include <memory>
 #include <optional>
 
 class Preferences final : public QObject {
@@ -41,9 +45,21 @@ public:
     void setRetroMode(bool value);
     void setHasCompletedOnboarding(bool value);
 
+    // From now on, and while this lives, every instance also signals what other processes write
+    // into the file as it lies now. Without a folder that can be watched nothing is signalled.
+    void followOtherProcesses();
+
 signals:
     void ejectWhenDoneChanged();
     void thoroughVerifyChanged();
     void retroModeChanged();
     void hasCompletedOnboardingChanged();
+
+private:
+    using Values = std::array<bool, 4>;
+    Values values() const;
+    void tellOfOthers();
+
+    std::unique_ptr<QFileSystemWatcher> m_watcher;
+    Values m_told{};  // by the signals
 };

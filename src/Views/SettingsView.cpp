@@ -69,7 +69,12 @@ QCheckBox* SettingsView::makeSwitch(const QString& text, const char* name,
     auto* control = new QCheckBox(text, this);
     control->setObjectName(QLatin1String(name) + QLatin1String("Switch"));
     control->setChecked((m_preferences.*get)());
-    connect(control, &QCheckBox::toggled, &m_preferences, set);
+    // A switch that only follows writes nothing: the other process may be writing its next value.
+    connect(control, &QCheckBox::toggled, this, [this, get, set](bool on) {
+        if ((m_preferences.*get)() != on) {
+            (m_preferences.*set)(on);
+        }
+    });
     connect(&m_preferences, changed, control,
             [this, control, get] { control->setChecked((m_preferences.*get)()); });
     return control;

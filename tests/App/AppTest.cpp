@@ -347,6 +347,21 @@ TEST_F(AppTest, TheProgramEndsWithItsLastMainWindowWhateverElseIsOpen) {
     }
 }
 
+TEST_F(AppTest, TheWindowsFollowWhatAnotherProcessWrites) {
+    SpindriftApp app;
+    MainWindow* window = app.openMainWindow();
+    app.showSettings();
+    settle();
+    const auto* retro = named<QCheckBox>(open<SettingsWindow>(), "retroModeSwitch");
+    const auto* eject = named<QCheckBox>(open<SettingsWindow>(), "ejectWhenDoneSwitch");
+    folder.write(QStringLiteral("config/Spindrift/Spindrift.conf"),
+                 "[General]\nretroMode=true\nejectWhenDone=false\nhasCompletedOnboarding=true\n");
+    ASSERT_TRUE(waitUntil([&] { return retro->isChecked() && !eject->isChecked(); }));
+    EXPECT_TRUE(app.retroModeAction()->isChecked());
+    settle();
+    EXPECT_EQ(QFontInfo(window->content().font()).pixelSize(), 13);
+}
+
 TEST_F(AppTest, QuittingDuringARipAsksFirst) {
     DriveStubs::heldImaging(folder, "PERCENT:42\n", 1000);
     SpindriftApp app;

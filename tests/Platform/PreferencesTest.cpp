@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "TestFolder.h"
+#include "Waiting.h"
 
 namespace {
 
@@ -337,6 +338,44 @@ TEST_F(PreferencesTest, TheAppearanceKeyIsHandedBackAsItStands) {
     }
     writeElsewhere("[General]\nAppleInterfaceStyle=\n");
     EXPECT_EQ(Preferences().appleInterfaceStyle(), QString());
+}
+
+TEST_F(PreferencesTest, OneThatFollowsTellsAllOfWhatAnotherProcessWrites) {
+    Preferences follower;
+    const Preferences other;
+    watch(other, QStringLiteral("other"));
+    follower.followOtherProcesses();
+    inAnotherProcess({QStringLiteral("retroMode"), QStringLiteral("true")});
+    ASSERT_TRUE(waitUntil([&] { return !changes.isEmpty(); }));
+    EXPECT_THAT(changes, ElementsAre(u"other retroMode on"));
+    // Of the same length, in the file's place and inside of the file.
+    inAnotherProcess({QStringLiteral("ejectWhenDone"), QStringLiteral("false")});
+    ASSERT_TRUE(waitUntil([&] { return changes.size() == 2; }));
+    EXPECT_EQ(changes.last(), u"other ejectWhenDone off");
+    write("retroMode=false\nejectWhenDone=false\n");
+    ASSERT_TRUE(waitUntil([&] { return changes.size() == 3; }));
+    EXPECT_EQ(changes.last(), u"other retroMode off");
+}
+
+TEST_F(PreferencesTest, OneThatFollowsTellsOfNothingTwice) {
+    Preferences follower;
+    watch(follower, QStringLiteral("follower"));
+    follower.followOtherProcesses();
+    follower.setRetroMode(true);
+    EXPECT_THAT(changes, ElementsAre(u"follower retroMode on"));
+    inAnotherProcess({QStringLiteral("thoroughVerify"), QStringLiteral("true")});
+    ASSERT_TRUE(waitUntil([&] { return changes.size() > 1; }));
+    EXPECT_THAT(changes, ElementsAre(u"follower retroMode on", u"follower thoroughVerify on"));
+}
+
+TEST_F(PreferencesTest, WithoutAFolderThereIsNothingToFollow) {
+    block();
+    Preferences preferences;
+    watch(preferences, QStringLiteral("one"));
+    preferences.followOtherProcesses();
+    preferences.setRetroMode(true);
+    EXPECT_TRUE(preferences.retroMode());
+    EXPECT_THAT(changes, ElementsAre(u"one retroMode on"));
 }
 
 }  // namespace
