@@ -4,6 +4,8 @@
 #include <array>
 #include <cstdint>
 
+#include "CombiningMarks.h"
+
 namespace {
 
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
@@ -50,23 +52,51 @@ std::uint32_t codePoint(std::string_view character) {
     return value;
 }
 
-// The marks that names really hold; columns of a whole script's rarer ones may be off by one.
-bool isCombining(std::uint32_t point) {
-    struct Range {
-        std::uint32_t first;
-        std::uint32_t last;
-    };
-    constexpr std::array<Range, 7> ranges = {{{0x0300, 0x036F},
-                                              {0x1AB0, 0x1AFF},
-                                              {0x1DC0, 0x1DFF},
-                                              {0x200D, 0x200D},
-                                              {0x20D0, 0x20FF},
-                                              {0xFE00, 0xFE0F},
-                                              {0xFE20, 0xFE2F}}};
-    return std::any_of(ranges.begin(), ranges.end(), [point](const Range& range) {
-        return point >= range.first && point <= range.last;
-    });
+constexpr std::uint32_t joiner = 0x200D;
+
+// Two of these are one flag.
+bool isFlagLetter(std::uint32_t point) {
+    return point >= 0x1F1E6 && point <= 0x1F1FF;
 }
+
+bool isPictograph(std::uint32_t point) {
+    const bool isSymbol = point >= 0x2190 && point <= 0x2BFF;
+    const bool isEmoji = point >= 0x1F000 && point <= 0x1FAFF;
+    return (isSymbol || isEmoji) && !isFlagLetter(point);
+}
+
+// The scripts of India lie alike in blocks of this many code points.
+constexpr std::uint32_t indicBlock = 0x80;
+
+// Binds the consonants on both its sides into one character.
+bool isVirama(std::uint32_t point) {
+    return point >= 0x0900 && point < 0x0D80 && point % indicBlock == 0x4D;
+}
+
+bool isIndicConsonant(std::uint32_t point) {
+    const std::uint32_t place = point % indicBlock;
+    return point >= 0x0900 && point < 0x0D80 && place >= 0x15 && place <= 0x39;
+}
+
+// Follows a text from its start and tells which code points go on with the character before them.
+// At the start that is the blank or the line end in front of the text.
+class CharacterFollower {
+public:
+    bool joins(std::uint32_t point) {
+        const bool joined =
+            isCombiningMark(point) || (m_last == joiner && m_isPictograph && isPictograph(point)) ||
+            (isVirama(m_last) && isIndicConsonant(point)) || (m_flagIsOpen && isFlagLetter(point));
+        m_isPictograph = isPictograph(point) || (m_isPictograph && isCombiningMark(point));
+        m_flagIsOpen = isFlagLetter(point) && !joined;
+        m_last = point;
+        return joined;
+    }
+
+private:
+    std::uint32_t m_last = 0;
+    bool m_isPictograph = false;
+    bool m_flagIsOpen = false;
+};
 
 // C0, DEL, C1 and the two separators that end a line for readers that know Unicode.
 bool isControl(std::uint32_t point) {
@@ -114,9 +144,10 @@ std::string_view Utf8::trimmed(std::string_view text) {
 
 std::size_t Utf8::characterCount(std::string_view text) {
     std::size_t count = 0;
+    CharacterFollower follower;
     while (!text.empty()) {
         const std::size_t length = characterLength(text);
-        const bool joins = count > 0 && isCombining(codePoint(text.substr(0, length)));
+        const bool joins = follower.joins(codePoint(text.substr(0, length)));
         count += joins ? 0 : 1;
         text.remove_prefix(length);
     }
@@ -126,9 +157,10 @@ std::size_t Utf8::characterCount(std::string_view text) {
 std::string Utf8::column(std::string_view text, std::size_t width) {
     std::string result;
     std::size_t count = 0;
+    CharacterFollower follower;
     while (!text.empty()) {
         const std::string_view character = text.substr(0, characterLength(text));
-        const bool joins = count > 0 && isCombining(codePoint(character));
+        const bool joins = follower.joins(codePoint(character));
         if (count == width && !joins) {
             break;
         }
