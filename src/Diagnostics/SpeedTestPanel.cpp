@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "Accessibility.h"
+#include "ButtonTextColor.h"
 #include "ByteCount.h"
 #include "OpticalDriveMonitor.h"
 #include "SpeedTester.h"
@@ -51,10 +52,7 @@ SpeedTestPanel::SpeedTestPanel(const OpticalDriveMonitor& monitor, SpeedTester& 
     m_cancel->setObjectName(QStringLiteral("cancelSpeedTest"));
     m_cancel->setAccessibleDescription(tr("Stops the speed test without a result"));
     m_cancel->setAutoDefault(false);
-    QPalette destructive = m_cancel->palette();
-    destructive.setColor(QPalette::ButtonText,
-                         Appearance::color(Appearance::Role::Destructive, palette()));
-    m_cancel->setPalette(destructive);
+    new ButtonTextColor(Appearance::Role::Destructive, m_cancel);
     connect(m_cancel, &QPushButton::clicked, this, [this] { m_tester.cancel(); });
     row->addWidget(m_bytes);
     row->addStretch();

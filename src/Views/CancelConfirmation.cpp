@@ -1,8 +1,10 @@
 #include "CancelConfirmation.h"
 
+#include <QEvent>
 #include <QPushButton>
 
 #include "Appearance.h"
+#include "ButtonTextColor.h"
 #include "Symbol.h"
 #include "TextStyle.h"
 
@@ -11,14 +13,10 @@ CancelConfirmation::CancelConfirmation(Subject subject, QWidget* parent) : QMess
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowModality(Qt::WindowModal);
     setTextFormat(Qt::PlainText);
-    setIconPixmap(Symbol::pixmap(
-        QStringLiteral("exclamationmark.triangle.fill"), TextStyle::length(26),
-        Appearance::color(Appearance::Role::Orange, palette()), devicePixelRatioF()));
+    tintIcon();
     m_destructive = addButton(QString(), QMessageBox::DestructiveRole);
     m_destructive->setObjectName(QStringLiteral("destructiveButton"));
-    QPalette red = m_destructive->palette();
-    red.setColor(QPalette::ButtonText, Appearance::color(Appearance::Role::Destructive, palette()));
-    m_destructive->setPalette(red);
+    new ButtonTextColor(Appearance::Role::Destructive, m_destructive);
     QPushButton* keepGoing = addButton(tr("Keep Going"), QMessageBox::RejectRole);
     keepGoing->setObjectName(QStringLiteral("keepGoingButton"));
     setDefaultButton(keepGoing);
@@ -36,4 +34,17 @@ void CancelConfirmation::setSubject(Subject subject) {
         setText(text);
         m_destructive->setText(rip ? tr("Cancel Rip") : tr("Cancel Verification"));
     }
+}
+
+void CancelConfirmation::changeEvent(QEvent* event) {
+    QMessageBox::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        tintIcon();
+    }
+}
+
+void CancelConfirmation::tintIcon() {
+    setIconPixmap(Symbol::pixmap(
+        QStringLiteral("exclamationmark.triangle.fill"), TextStyle::length(26),
+        Appearance::color(Appearance::Role::Orange, palette()), devicePixelRatioF()));
 }

@@ -21,6 +21,11 @@ signals:
     // The destructive button was pressed.
     void confirmed();
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
+    void tintIcon();
+
     QPushButton* m_destructive;
 };

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "Appearance.h"
+#include "ButtonTextColor.h"
 #include "Divider.h"
 #include "FullDiskAccess.h"
 #include "HelpPage.h"
@@ -170,10 +171,7 @@ QWidget* OnboardingView::makeFooter() {
     skip->setObjectName(QStringLiteral("skipButton"));
     skip->setFlat(true);
     skip->setAutoDefault(false);
-    QPalette secondary = skip->palette();
-    secondary.setColor(QPalette::ButtonText,
-                       Appearance::color(Appearance::Role::Secondary, palette()));
-    skip->setPalette(secondary);
+    new ButtonTextColor(Appearance::Role::Secondary, skip);
     connect(skip, &QPushButton::clicked, this, [this] { m_actions.onDismiss(); });
     row->addWidget(skip, 0, Qt::AlignVCenter);
     row->addStretch();

@@ -223,6 +223,16 @@ TEST_F(DiagnosticsViewTest, AnUnknownPercentageShowsAnIndeterminateBarAndACancel
     EXPECT_TRUE(waitUntil([&] { return TestFolder::list(m_folder.temporary()).isEmpty(); }));
 }
 
+TEST_F(DiagnosticsViewTest, CancelIsReadableInWhateverSchemeTheSheetChangesTo) {
+    drive(true);
+    DiagnosticsView& view = show();
+    for (const auto scheme : {SystemAppearance::Scheme::Dark, SystemAppearance::Scheme::Light}) {
+        view.setPalette(Appearance::palette(scheme));
+        EXPECT_EQ(find<QPushButton>("cancelSpeedTest")->palette().color(QPalette::ButtonText),
+                  Appearance::color(Appearance::Role::Destructive, scheme));
+    }
+}
+
 TEST_F(DiagnosticsViewTest, AFailedTestShowsItsErrorUntilTheNextOne) {
     drive(true);
     StubTools::write(m_folder, QStringLiteral("/usr/bin/hdiutil"), "exit 1");

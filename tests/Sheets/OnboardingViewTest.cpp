@@ -10,6 +10,7 @@
 #include <QPushButton>
 #include <QTest>
 
+#include "Appearance.h"
 #include "HelpPage.h"
 #include "StatusPill.h"
 #include "TestFolder.h"
@@ -65,6 +66,17 @@ TEST_F(OnboardingViewTest, EveryTextStandsAsFixed) {
               QStringLiteral("This screen updates on its own once access is granted."));
     EXPECT_EQ(view->findChild<QPushButton*>(QStringLiteral("skipButton"))->text(),
               QStringLiteral("Skip for now"));
+}
+
+TEST_F(OnboardingViewTest, SkipForNowIsSecondaryInWhateverSchemeTheGuideChangesTo) {
+    const auto view = make();
+    for (const auto scheme : {SystemAppearance::Scheme::Dark, SystemAppearance::Scheme::Light}) {
+        view->setPalette(Appearance::palette(scheme));
+        EXPECT_EQ(view->findChild<QPushButton*>(QStringLiteral("skipButton"))
+                      ->palette()
+                      .color(QPalette::ButtonText),
+                  Appearance::color(Appearance::Role::Secondary, scheme));
+    }
 }
 
 TEST_F(OnboardingViewTest, WithoutAccessThePillAndTheButtonSaySo) {

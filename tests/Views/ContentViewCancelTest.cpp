@@ -108,6 +108,20 @@ TEST_F(ContentViewCancelTest, CancelVerificationKeepsTheImageAndFallsBackToDone)
     EXPECT_EQ(textOf(window.content, "startButton"), QStringLiteral("Rip Again"));
 }
 
+TEST(CancelConfirmationTest, ItsColoursFollowTheSchemeThatItChangesTo) {
+    CancelConfirmation question(CancelConfirmation::Subject::Rip, nullptr);
+    for (const auto scheme : {SystemAppearance::Scheme::Dark, SystemAppearance::Scheme::Light}) {
+        question.setPalette(Appearance::palette(scheme));
+        EXPECT_EQ(named<QPushButton>(&question, "destructiveButton")
+                      ->palette()
+                      .color(QPalette::ButtonText),
+                  Appearance::color(Appearance::Role::Destructive, scheme));
+        const QImage icon = question.iconPixmap().toImage();
+        EXPECT_EQ(icon.pixelColor(icon.width() / 4, icon.height() * 3 / 4),
+                  Appearance::color(Appearance::Role::Orange, scheme));
+    }
+}
+
 TEST_F(ContentViewCancelTest, TheQuestionFollowsWhatRuns) {
     Preferences().setThoroughVerify(true);
     DriveStubs::disc(folder, {});
