@@ -63,6 +63,21 @@ int runCommand(const CommandContext& context) {
     Q_UNREACHABLE();
 }
 
+void complainAbout(const QString& failure, TextOutput& errors) {
+    errors.write(
+        QStringLiteral("spindrift-cli: The output could not be written: %1\n").arg(failure));
+}
+
+int tell(const QString& text, TextOutput& output, TextOutput& errors) {
+    output.write(text);
+    const auto failure = output.failure();
+    if (failure && !output.readerIsGone()) {
+        complainAbout(*failure, errors);
+        return ExitStatus::failed;
+    }
+    return ExitStatus::done;
+}
+
 int runInvocation(const Invocation& invocation, TextOutput& output, TextOutput& errors) {
     const CommandContext context{invocation, output, errors};
     if (invocation.practice) {
@@ -75,7 +90,7 @@ int runInvocation(const Invocation& invocation, TextOutput& output, TextOutput& 
     const int status = runCommand(context);
     const auto failure = output.failure();
     if (failure && !output.readerIsGone()) {
-        context.complain(QStringLiteral("The output could not be written: ") + *failure);
+        complainAbout(*failure, errors);
         return status == ExitStatus::done ? ExitStatus::failed : status;
     }
     return status;
@@ -110,12 +125,10 @@ int runCommandLine(int argc, char** argv) {
         return tellUsageError(*error, errors);
     }
     if (const auto* help = std::get_if<HelpRequest>(&parsed)) {
-        output.write(helpText(help->command));
-        return ExitStatus::done;
+        return tell(helpText(help->command), output, errors);
     }
     if (std::holds_alternative<VersionRequest>(parsed)) {
-        output.write(versionText());
-        return ExitStatus::done;
+        return tell(versionText(), output, errors);
     }
     return runInvocation(std::get<Invocation>(parsed), output, errors);
 }

@@ -186,6 +186,17 @@ TEST_F(StatusProgramTest, OutputThatCannotBeWrittenIsAFailure) {
               "spindrift-cli: The output could not be written: No space left on device\n");
 }
 
+TEST_F(StatusProgramTest, HelpAndVersionThatCannotBeWrittenAreFailures) {
+    for (const char* option : {"--help", "--version"}) {
+        QProcess shell;
+        shell.start("/bin/sh", {"-c", "exec \"$0\" \"$1\" > /dev/full", SPINDRIFT_CLI, option});
+        ASSERT_TRUE(shell.waitForFinished());
+        EXPECT_EQ(shell.exitCode(), 1) << option;
+        EXPECT_EQ(shell.readAllStandardError(),
+                  "spindrift-cli: The output could not be written: No space left on device\n");
+    }
+}
+
 TEST_F(StatusProgramTest, AClosedOutputIsNotMixedUpWithAFile) {
     CliTest::writeDrive(folder);
     QProcess shell;
