@@ -27,6 +27,7 @@ MainWindow::MainWindow(QAction* retroMode, QWidget* parent)
     outer->setMenuBar(bar);
     m_content = new ContentView(this);
     outer->addWidget(m_content);
+    connect(m_content, &ContentView::keptOpen, this, &MainWindow::keptOpen);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -25,6 +25,8 @@ signals:
     void settingsRequested();
     void aboutRequested();
     void quitRequested();
+    // It was to close, and stays because what it does goes on.
+    void keptOpen();
     // The menu with the Retro Mode command is about to be shown.
     void viewMenuOpening();
 

@@ -52,6 +52,7 @@ MainWindow* SpindriftApp::openMainWindow() {
     connect(window, &MainWindow::aboutRequested, this, &SpindriftApp::showAboutPanel);
     connect(window, &MainWindow::quitRequested, this, &SpindriftApp::quit);
     connect(window, &MainWindow::viewMenuOpening, this, &SpindriftApp::followRetroMode);
+    connect(window, &MainWindow::keptOpen, this, [this] { m_quitting = false; });
     connect(window, &QObject::destroyed, this, &SpindriftApp::mainWindowClosed);
     window->show();
     return window;
@@ -64,6 +65,8 @@ void SpindriftApp::mainWindowClosed() {
         delete m_settings;
         delete m_about;
         QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+    } else if (m_quitting) {
+        QMetaObject::invokeMethod(this, &SpindriftApp::closeMainWindows, Qt::QueuedConnection);
     }
 }
 
@@ -91,7 +94,18 @@ void SpindriftApp::followRetroMode() {
 }
 
 void SpindriftApp::quit() {
+    m_quitting = true;
     QApplication::closeAllWindows();
+}
+
+void SpindriftApp::closeMainWindows() {
+    // Not closeAllWindows(), which would begin with the questions that are open.
+    const QWidgetList all = QApplication::topLevelWidgets();
+    for (QWidget* widget : all) {
+        if (auto* window = qobject_cast<MainWindow*>(widget); window && window->isVisible()) {
+            window->close();
+        }
+    }
 }
 
 bool SpindriftApp::eventFilter(QObject* watched, QEvent* event) {

@@ -27,7 +27,8 @@ public:
     MainWindow* openMainWindow();
     void showSettings();
     void showAboutPanel();
-    // Closes all windows, which ends the program unless one of them still has something to ask.
+    // Closes all windows, which ends the program. One that still has something to ask holds that up
+    // until it is answered, or stops it.
     void quit();
 
     QAction* retroModeAction() { return &m_retroModeAction; }
@@ -37,6 +38,7 @@ protected:
 
 private:
     void mainWindowClosed();
+    void closeMainWindows();
     void followRetroMode();
 
     Preferences m_preferences;
@@ -44,4 +46,5 @@ private:
     QPointer<SettingsWindow> m_settings;
     QPointer<AboutPanel> m_about;
     int m_mainWindows = 0;
+    bool m_quitting = false;
 };

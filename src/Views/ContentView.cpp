@@ -180,8 +180,11 @@ void ContentView::confirmCancel() {
                                                     : CancelConfirmation::Subject::Verification,
                                this);
     connect(m_confirmation, &CancelConfirmation::confirmed, this, [this] { m_session.cancel(); });
-    connect(m_confirmation, &CancelConfirmation::rejected, this,
-            [this] { m_closeOnceCancelled = false; });
+    connect(m_confirmation, &CancelConfirmation::rejected, this, [this] {
+        if (std::exchange(m_closeOnceCancelled, false)) {
+            emit keptOpen();
+        }
+    });
     m_confirmation->open();
 }
 

@@ -52,6 +52,10 @@ public slots:
     void showDiagnostics();
     void showOnboarding();
 
+signals:
+    // The window was to close, and the user has chosen to go on with what runs instead.
+    void keptOpen();
+
 protected:
     bool event(QEvent* event) override;
     void showEvent(QShowEvent* event) override;

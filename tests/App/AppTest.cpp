@@ -385,6 +385,57 @@ TEST_F(AppTest, QuittingDuringARipAsksFirst) {
     EXPECT_EQ(TestFolder::list(folder.temporary()), QStringList());
 }
 
+TEST_F(AppTest, QuittingGoesOnToTheNextWindowThatRips) {
+    DriveStubs::heldImaging(folder, "PERCENT:42\n", 1000);
+    SpindriftApp app;
+    const QList<QPointer<MainWindow>> windows = {app.openMainWindow(), app.openMainWindow()};
+    settle();
+    for (const QPointer<MainWindow>& window : windows) {
+        const QString file = QStringLiteral("%1.iso").arg(windows.indexOf(window));
+        window->content().session().setDestination(folder.path(file));
+        window->content().session().startRip();
+        ASSERT_TRUE(waitUntil([&] { return window->content().ripper().progress() == 0.42; }));
+    }
+    app.quit();
+    for (int answered = 0; answered < 2; ++answered) {
+        CancelConfirmation* question = nullptr;
+        ASSERT_TRUE(waitUntil([&] { return (question = open<CancelConfirmation>()) != nullptr; }));
+        const QPointer<QWidget> asking = question->parentWidget()->window();
+        named<QAbstractButton>(question, "destructiveButton")->click();
+        ASSERT_TRUE(waitUntil([&] {
+            settle();
+            return asking.isNull();
+        }));
+    }
+    EXPECT_EQ(open<MainWindow>(), nullptr);
+}
+
+TEST_F(AppTest, KeepGoingAlsoForgetsThatTheProgramWasToEnd) {
+    DriveStubs::heldImaging(folder, "PERCENT:42\n", 1000);
+    SpindriftApp app;
+    QPointer<MainWindow> window = app.openMainWindow();
+    settle();
+    window->content().session().setDestination(folder.path(QStringLiteral("a.iso")));
+    window->content().session().startRip();
+    ASSERT_TRUE(waitUntil([&] { return window->content().ripper().progress() == 0.42; }));
+    app.quit();
+    settle();
+    auto* question = window->findChild<CancelConfirmation*>();
+    ASSERT_NE(question, nullptr);
+    named<QAbstractButton>(question, "keepGoingButton")->click();
+    settle();
+    MainWindow* second = app.openMainWindow();
+    const QPointer<MainWindow> third = app.openMainWindow();
+    settle();
+    second->close();
+    settle();
+    ASSERT_FALSE(window.isNull());
+    EXPECT_EQ(window->findChild<CancelConfirmation*>(), nullptr) << "nothing asks again";
+    EXPECT_FALSE(third.isNull());
+    window->content().session().cancel();
+    EXPECT_TRUE(waitUntil([&] { return !window->content().isWorking(); }));
+}
+
 TEST_F(AppTest, TheAboutPanelShowsItsCreditsCentredSmallAndSecondaryInBothSchemes) {
     SpindriftApp app;
     app.openMainWindow();
