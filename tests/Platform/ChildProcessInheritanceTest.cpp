@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "ShellChild.h"
+#include "Waiting.h"
 
 namespace {
 
@@ -177,10 +178,16 @@ TEST(ChildProcessInheritanceTest, AProgramWithoutStandardDescriptorsHandsOnNoOth
 class AllDescriptorsTaken final {
 public:
     AllDescriptorsTaken() {
-        // A sanitizer needs a descriptor for a type that it has not met before.
+        // A sanitizer needs a descriptor for a type that it has not met before; the last one is
+        // met when the thread that followed the child has gone.
+        const auto threads = [] {
+            return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::AllDirs).size();
+        };
+        const auto before = threads();
         auto first = shell(QStringLiteral("exit 0"));
         EXPECT_EQ(first.launch(), std::nullopt);
         EXPECT_EQ(first.wait(), 0);
+        EXPECT_TRUE(waitUntil([&] { return threads() <= before; }));
         getrlimit(RLIMIT_NOFILE, &m_before);
         rlimit few = m_before;
         few.rlim_cur = 64;
