@@ -15,7 +15,7 @@ def display(setting):
     runtime = setting.path("runtime")
     os.makedirs(runtime, mode=0o700, exist_ok=True)
     read_end, write_end = os.pipe()
-    server = subprocess.Popen(["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1280x1024x24", "-nolisten", "tcp"],
+    server = subprocess.Popen(["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-noreset"],
                               stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                               pass_fds=(write_end,))
     os.close(write_end)

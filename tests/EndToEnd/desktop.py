@@ -76,8 +76,9 @@ class Desktop:
 
     def _start_display(self):
         read_end, write_end = os.pipe()
+        # A server that resets when its last client goes drops those that are just connecting.
         self._start("Xvfb", "-displayfd", str(write_end), "-screen", "0", "1400x1100x24", "-nolisten", "tcp",
-                    pass_fds=(write_end,))
+                    "-noreset", pass_fds=(write_end,))
         os.close(write_end)
         with os.fdopen(read_end) as pipe:
             number = pipe.readline().strip()
