@@ -297,12 +297,21 @@ void ContentView::refreshAppearance(bool retro) {
     }
 }
 
+bool ContentView::hasBadNews() const {
+    const auto& verdict = m_ripper.verifyStatus();
+    return m_ripper.error() || (verdict && verdict->kind() != VerifyStatus::Kind::matched);
+}
+
 void ContentView::refreshConfirmation() {
     if (!isWorking()) {
+        // Before the question goes, which counts as "Keep Going".
+        const bool wasToClose = std::exchange(m_closeOnceCancelled, false);
         if (m_confirmation) {
             m_confirmation->close();
         }
-        if (std::exchange(m_closeOnceCancelled, false)) {
+        if (wasToClose && hasBadNews()) {
+            emit keptOpen();
+        } else if (wasToClose) {
             window()->close();
         }
         return;

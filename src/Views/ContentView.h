@@ -53,7 +53,8 @@ public slots:
     void showOnboarding();
 
 signals:
-    // The window was to close, and the user has chosen to go on with what runs instead.
+    // The window was to close, and stays: the user has chosen to go on with what runs, or it ended
+    // badly before the choice.
     void keptOpen();
 
 protected:
@@ -69,6 +70,8 @@ private:
     void refresh();
     void refreshAppearance(bool retro);
     void refreshConfirmation();
+    // Whether the last rip ended in a way that its user has to see.
+    bool hasBadNews() const;
     void offerOnboarding();
     bool isFront() const;
 

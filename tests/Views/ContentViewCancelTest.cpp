@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTest>
@@ -177,6 +178,29 @@ TEST_F(ContentViewCancelTest, AWindowThatRipsAsksBeforeItCloses) {
     EXPECT_TRUE(waitUntil([&] { return !window.isVisible(); })) << "it closes once cancelled";
     EXPECT_EQ(TestFolder::list(folder.temporary()), QStringList());
     EXPECT_TRUE(window.content->mayClose());
+}
+
+TEST_F(ContentViewCancelTest, AWindowThatWasToCloseClosesWhenTheRipEndsBeforeTheAnswer) {
+    HostWindow window;
+    startHeldRip(window);
+    EXPECT_FALSE(window.content->mayClose());
+    DriveStubs::release(folder, 0);
+    EXPECT_TRUE(waitUntil([&] { return !window.isVisible(); }));
+    EXPECT_EQ(QFileInfo(path).size(), 1000);
+}
+
+TEST_F(ContentViewCancelTest, AWindowThatWasToCloseStaysWhenTheRipFailsBeforeTheAnswer) {
+    HostWindow window;
+    startHeldRip(window);
+    int kept = 0;
+    QObject::connect(window.content, &ContentView::keptOpen, window.content, [&] { ++kept; });
+    EXPECT_FALSE(window.content->mayClose());
+    DriveStubs::release(folder);
+    EXPECT_TRUE(waitUntil([&] { return !window.status().isEmpty(); }));
+    EXPECT_TRUE(waitUntil([&] { return sheet<CancelConfirmation>(window) == nullptr; }));
+    settle();
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_EQ(kept, 1);
 }
 
 TEST_F(ContentViewCancelTest, KeepGoingAlsoForgetsThatTheWindowWasToClose) {

@@ -68,13 +68,14 @@ void goodImaging(const TestFolder& folder) {
 }
 
 void heldImaging(const TestFolder& folder, const QByteArray& lines, qint64 bytes) {
+    const QByteArray status = "'" + folder.path(QStringLiteral("release")).toUtf8() + "'";
     imaging(folder, "truncate -s " + QByteArray::number(bytes) + " \"$out\"\n" + print(lines) +
-                        "while [ ! -e '" + folder.path(QStringLiteral("release")).toUtf8() +
-                        "' ]; do sleep 0.02; done\nexit 3");
+                        "while [ ! -s " + status + " ]; do sleep 0.02; done\nexit $(cat " + status +
+                        ")");
 }
 
-void release(const TestFolder& folder) {
-    folder.write(QStringLiteral("release"), "");
+void release(const TestFolder& folder, int status) {
+    folder.write(QStringLiteral("release"), QByteArray::number(status));
 }
 
 void goodDigest(const TestFolder& folder) {

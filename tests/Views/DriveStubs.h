@@ -24,9 +24,9 @@ void imaging(const TestFolder& folder, const QByteArray& body);
 // Writes a small image and succeeds.
 void goodImaging(const TestFolder& folder);
 // Prints these lines, writes this many bytes and then goes on until release() or until it is
-// killed; then it fails.
+// killed; then it ends with the status of release().
 void heldImaging(const TestFolder& folder, const QByteArray& lines, qint64 bytes);
-void release(const TestFolder& folder);
+void release(const TestFolder& folder, int status = 3);
 
 // A digest that depends on the file's content.
 void goodDigest(const TestFolder& folder);
