@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <QByteArrayView>
 #include <QDir>
 #include <QFile>
 #include <algorithm>
@@ -14,6 +13,7 @@
 #include "Descriptor.h"
 #include "Published.h"
 #include "UserFolders.h"
+#include "WriteAll.h"
 
 namespace {
 
@@ -29,18 +29,6 @@ std::optional<QByteArray> readWhole(const QString& path) {
         return std::nullopt;
     }
     return content;
-}
-
-bool writeAll(int descriptor, QByteArrayView content) {
-    while (!content.isEmpty()) {
-        const ssize_t written =
-            ::write(descriptor, content.data(), static_cast<size_t>(content.size()));
-        if (written <= 0 && errno != EINTR) {
-            return false;
-        }
-        content = content.sliced(std::max<ssize_t>(written, 0));
-    }
-    return true;
 }
 
 // In place, so that a link or a file with its own permissions stays what it is. On a full disk, as

@@ -15,27 +15,13 @@
 #include "BackgroundThread.h"
 #include "Descriptor.h"
 #include "FileRemoval.h"
+#include "WriteAll.h"
 
 namespace {
 
 constexpr size_t blockSize = size_t(1024) * 1024;
 // How much may wait in memory for a slow disk: bounds what the last flush has to do.
 constexpr off_t flushWindow = off_t(16) * 1024 * 1024;
-
-bool writeAll(int descriptor, const char* data, size_t size) {
-    while (size > 0) {
-        const ssize_t written = write(descriptor, data, size);
-        if (written < 0 && errno == EINTR) {
-            continue;
-        }
-        if (written <= 0) {
-            return false;
-        }
-        data += written;
-        size -= static_cast<size_t>(written);
-    }
-    return true;
-}
 
 ssize_t readSome(int descriptor, std::vector<char>& buffer) {
     ssize_t count = 0;
@@ -171,8 +157,7 @@ int StagedCopy::copyContent(int input, int output) const {
         if (m_cancelled) {
             return ECANCELED;
         }
-        if (count < 0 ||
-            (count > 0 && !writeAll(output, buffer.data(), static_cast<size_t>(count)))) {
+        if (count < 0 || (count > 0 && !writeAll(output, {buffer.data(), count}))) {
             return errno;
         }
         if (count == 0) {

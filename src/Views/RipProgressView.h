@@ -46,6 +46,7 @@ struct RipStatus {
     QString text;
     Appearance::Role role;
     int maximumLines;
+
     // Absent while there is nothing to say.
     static std::optional<RipStatus> of(const RipState& state);
 
