@@ -1,6 +1,4 @@
 // The rip engine's half that starts, ends and reports the verification.
-#include <QCoreApplication>
-
 #include "BackgroundThread.h"
 #include "ISORipper.h"
 #include "MainThreadLink.h"
@@ -33,8 +31,7 @@ void ISORipper::startVerification(const QString& bsdName, bool thorough) {
             }
         });
     if (error != 0) {
-        handOver(VerifyStatus::failed(
-            QCoreApplication::translate("Verification", "Could not re-read the disc to verify.")));
+        handOver(Verification::notReadAgain());
     }
 }
 

@@ -11,8 +11,7 @@ namespace {
 
 VerifyStatus compare(const Verification::Job& job, const QString& base) {
     if (!Verification::reimage(job.bsdName, base, *job.processes)) {
-        return VerifyStatus::failed(
-            QCoreApplication::translate("Verification", "Could not re-read the disc to verify."));
+        return Verification::notReadAgain();
     }
     const auto saved = Verification::sha256(job.image, *job.processes);
     const auto second =
@@ -30,6 +29,11 @@ void Verification::run(const Job& job, const std::function<void(const VerifyStat
     const QString base = UserFolders::temporaryImageBase(QStringLiteral("spindrift-verify-"));
     handOver(compare(job, base));
     QFile::remove(base + QStringLiteral(".cdr"));
+}
+
+VerifyStatus Verification::notReadAgain() {
+    return VerifyStatus::failed(
+        QCoreApplication::translate("Verification", "Could not re-read the disc to verify."));
 }
 
 bool Verification::reimage(const QString& bsdName, const QString& base,

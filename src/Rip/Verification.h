@@ -23,6 +23,9 @@ struct Job {
 // Hands the verdict over, then removes the temporary second image.
 void run(const Job& job, const std::function<void(const VerifyStatus&)>& handOver);
 
+// The verdict when the disc could not be read a second time.
+VerifyStatus notReadAgain();
+
 // Images the disc to <base>.cdr; true when the tool ended with status 0.
 bool reimage(const QString& bsdName, const QString& base, VerifyProcesses& processes);
 
