@@ -7,7 +7,7 @@
 
 #include "BackgroundThread.h"
 #include "LaunchOptions.h"
-#include "PracticeDrive.h"
+#include "PracticeFolder.h"
 #include "SpindriftApp.h"
 
 namespace {
@@ -59,7 +59,7 @@ int launch(int argc, char** argv) {
     qInstallMessageHandler(usual);
     SpindriftApp::describe();
     if (options->practice) {
-        const auto drive = PracticeDrive::prepare(options->practiceImage, &error);
+        const auto drive = PracticeFolder::prepare(options->practiceImage, &error);
         if (!drive) {
             print(stderr, QStringLiteral("spindrift: ") + error + QLatin1Char('\n'));
             return exitFailed;

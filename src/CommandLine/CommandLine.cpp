@@ -11,7 +11,7 @@
 #include "CommandContext.h"
 #include "HelpText.h"
 #include "Interruption.h"
-#include "PracticeDrive.h"
+#include "PracticeFolder.h"
 #include "QuickCommands.h"
 #include "RipCommand.h"
 #include "SpeedTestCommand.h"
@@ -82,7 +82,7 @@ int runInvocation(const Invocation& invocation, TextOutput& output, TextOutput& 
     const CommandContext context{invocation, output, errors};
     if (invocation.practice) {
         QString error;
-        if (!PracticeDrive::prepare(invocation.practiceImage, &error)) {
+        if (!PracticeFolder::prepare(invocation.practiceImage, &error)) {
             context.complain(error);
             return ExitStatus::failed;
         }

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "PropertyList.h"
+#include "PropertyListParser.h"
 #include "ShellCommand.h"
 
 namespace {
@@ -104,21 +104,21 @@ std::optional<DriveIdentity> DriveStatus::parseDriveIdentity(const QString& text
 }
 
 std::optional<QString> DriveStatus::parseVolumeName(const QString& infoPropertyList) {
-    const auto dictionary = PropertyList::parseDictionary(infoPropertyList);
+    const auto dictionary = PropertyListParser::parseDictionary(infoPropertyList);
     if (!dictionary) {
         return std::nullopt;
     }
-    const PropertyList::Value value = dictionary->value(QStringLiteral("VolumeName"));
+    const PropertyListParser::Value value = dictionary->value(QStringLiteral("VolumeName"));
     const auto* name = std::get_if<QString>(&value);
     return name != nullptr && !name->isEmpty() ? std::optional(*name) : std::nullopt;
 }
 
 std::optional<QString> DriveStatus::parseFirstVolume(const QString& listPropertyList) {
-    const auto dictionary = PropertyList::parseDictionary(listPropertyList);
+    const auto dictionary = PropertyListParser::parseDictionary(listPropertyList);
     if (!dictionary) {
         return std::nullopt;
     }
-    const PropertyList::Value value = dictionary->value(QStringLiteral("VolumesFromDisks"));
+    const PropertyListParser::Value value = dictionary->value(QStringLiteral("VolumesFromDisks"));
     const auto* names = std::get_if<QStringList>(&value);
     return names != nullptr && !names->isEmpty() && !names->first().isEmpty()
                ? std::optional(names->first())
@@ -139,12 +139,12 @@ std::optional<QString> DriveStatus::parseImageSource(const QString& listing,
 }
 
 std::optional<qint64> DriveStatus::parseTotalBytes(const QString& infoPropertyList) {
-    const auto dictionary = PropertyList::parseDictionary(infoPropertyList);
+    const auto dictionary = PropertyListParser::parseDictionary(infoPropertyList);
     if (!dictionary) {
         return std::nullopt;
     }
-    const PropertyList::Value total = dictionary->value(QStringLiteral("TotalSize"));
-    const PropertyList::Value size = dictionary->value(QStringLiteral("Size"));
+    const PropertyListParser::Value total = dictionary->value(QStringLiteral("TotalSize"));
+    const PropertyListParser::Value size = dictionary->value(QStringLiteral("Size"));
     if (const auto* bytes = std::get_if<qint64>(&total)) {
         return *bytes;
     }

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "PropertyList.h"
+#include "PropertyListWriter.h"
 #include "Utf8.h"
 
 namespace {
@@ -22,7 +22,7 @@ std::string paddedLeft(const std::string& text, std::size_t width) {
 }  // namespace
 
 std::string DiskReports::info(const std::string& node, const DiscFacts& disc) {
-    PropertyList list;
+    PropertyListWriter list;
     list.add("DeviceIdentifier", node);
     list.add("DeviceNode", "/dev/" + node);
     list.add("VolumeName", disc.volumeName);
@@ -34,7 +34,7 @@ std::string DiskReports::info(const std::string& node, const DiscFacts& disc) {
 }
 
 std::string DiskReports::list(const std::string& node, const DiscFacts& disc) {
-    PropertyList list;
+    PropertyListWriter list;
     list.add("AllDisks", std::vector<std::string>{node});
     list.add("VolumesFromDisks", disc.volumeName.empty()
                                      ? std::vector<std::string>()

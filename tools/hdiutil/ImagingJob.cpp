@@ -14,7 +14,7 @@
 #include "Copier.h"
 #include "ImageFile.h"
 #include "OpenMedium.h"
-#include "ProgressLines.h"
+#include "PuppetStrings.h"
 
 namespace {
 
@@ -131,7 +131,7 @@ int ImagingJob::run() {
 }
 
 int ImagingJob::imageDisc() {
-    ProgressLines lines(m_command.progress ? std::optional(STDOUT_FILENO) : std::nullopt);
+    PuppetStrings lines(m_command.progress ? std::optional(STDOUT_FILENO) : std::nullopt);
     lines.unknown();
 
     Background<OpenResult> opening([device = m_command.device] {
@@ -139,7 +139,7 @@ int ImagingJob::imageDisc() {
         result.medium = openMedium(device, &result.problem);
         return result;
     });
-    while (!opening.isDoneWithin(ProgressLines::interval)) {
+    while (!opening.isDoneWithin(PuppetStrings::interval)) {
         if (lines.readerIsGone()) {
             leave(EXIT_FAILURE);
         }
@@ -165,7 +165,7 @@ int ImagingJob::imageDisc() {
     Background<CopyResult> copying([&copier] { return copier.run(); });
     bool done = false;
     while (!done) {
-        done = copying.isDoneWithin(ProgressLines::interval);
+        done = copying.isDoneWithin(PuppetStrings::interval);
         lines.done(copier.bytesWritten(), bytes);
         if (lines.readerIsGone()) {
             image->remove();

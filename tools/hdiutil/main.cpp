@@ -10,7 +10,7 @@
 
 #include "CreateCommand.h"
 #include "ImagingJob.h"
-#include "ProgressLines.h"
+#include "PuppetStrings.h"
 
 namespace {
 

@@ -21,8 +21,8 @@ protected:
     std::optional<DriveFacts> named(const std::string& device) {
         return query.drive(device, Wanted::TypeAndName, &error);
     }
-    Medium opticalMedium(std::uint16_t profile, std::uint64_t bytes) {
-        Medium medium;
+    MediumFacts opticalMedium(std::uint16_t profile, std::uint64_t bytes) {
+        MediumFacts medium;
         medium.present = true;
         medium.optical = true;
         medium.profile = profile;
