@@ -1,10 +1,10 @@
 #include "DriveStatus.h"
 
 #include <QStringList>
-#include <QTextBoundaryFinder>
 #include <algorithm>
 #include <cmath>
 
+#include "Characters.h"
 #include "PropertyListParser.h"
 #include "ShellCommand.h"
 
@@ -27,20 +27,8 @@ QString trimmed(const QString& text) {
     return text.mid(start, end - start);
 }
 
-// A text as the characters that a user perceives.
-QStringList characters(const QString& text) {
-    QStringList result;
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    qsizetype start = 0;
-    while (finder.toNextBoundary() != -1) {
-        result << text.mid(start, finder.position() - start);
-        start = finder.position();
-    }
-    return result;
-}
-
 qsizetype columnOf(const QString& header, const QString& title) {
-    return characters(header.left(header.indexOf(title))).size();
+    return Characters::of(header.left(header.indexOf(title))).size();
 }
 
 QString cut(const QStringList& line, qsizetype from, std::optional<qsizetype> to) {
@@ -92,7 +80,7 @@ std::optional<DriveIdentity> DriveStatus::parseDriveIdentity(const QString& text
         if (i + 1 == lines.size()) {
             return std::nullopt;
         }
-        const QStringList values = characters(lines[i + 1]);
+        const QStringList values = Characters::of(lines[i + 1]);
         const qsizetype v = columnOf(header, vendor);
         const qsizetype p = columnOf(header, product);
         const qsizetype r = columnOf(header, revision);

@@ -2,10 +2,10 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QTextBoundaryFinder>
 #include <utility>
 
 #include "BackgroundThread.h"
+#include "Characters.h"
 #include "DiagnosticsStore.h"
 #include "DiscEjector.h"
 #include "ISORipper.h"
@@ -19,16 +19,15 @@ constexpr qsizetype longestFileName = 255;  // bytes, on nearly every file syste
 
 // As many whole characters from the front as fit into so many bytes of a file name.
 QString shortened(const QString& name, qsizetype bytes) {
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, name);
-    qsizetype end = 0;
-    for (qsizetype next = finder.toNextBoundary(); next > 0; next = finder.toNextBoundary()) {
-        bytes -= QFile::encodeName(name.mid(end, next - end)).size();
+    QString result;
+    for (const QString& character : Characters::of(name)) {
+        bytes -= QFile::encodeName(character).size();
         if (bytes < 0) {
             break;
         }
-        end = next;
+        result += character;
     }
-    return name.left(end);
+    return result;
 }
 
 }  // namespace

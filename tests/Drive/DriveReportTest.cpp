@@ -240,7 +240,8 @@ TEST(ParseDriveIdentityTest, ColumnsAreCountedInPerceivedCharacters) {
          {"\u00c9\u00c9\u00c9\u00c9\u00c9\u00c9\u00c9", "E\u0301E\u0301E\u0301E\u0301abc",
           "\U0001F4BF\U0001F4BF\U0001F4BFabcd", "\U0001F468\u200D\U0001F469\u200D\U0001F467abcdef",
           "\U0001F1E9\U0001F1EA\U0001F1EB\U0001F1F7abcde", "\u1112\u1161\u11ababcdef",
-          "\u0928\u093fabcdef", "\U0001F44D\U0001F3FDabcdef"}) {
+          "\u0928\u093fabcdef", "\U0001F44D\U0001F3FDabcdef",
+          "\u0E01\U0001F4BF\u0928\U0001F4BF\u0F40\U0001F4BFa"}) {
         EXPECT_EQ(values(std::string(vendor) + "  Drive             1.0 "),
                   fields(vendor, "Drive", "1.0"))
             << vendor;

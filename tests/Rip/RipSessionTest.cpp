@@ -89,6 +89,7 @@ TEST(DefaultFileNameTest, ItIsTheVolumesName) {
     EXPECT_EQ(fileName("MY DISC"), QStringLiteral("MY DISC.iso"));
     EXPECT_EQ(fileName("d\xC3\xBC"), QStringLiteral("d\u00fc.iso"));
     EXPECT_EQ(fileName("x.iso"), QStringLiteral("x.iso.iso"));
+    EXPECT_EQ(fileName("\u0E01\U0001F4BF"), QStringLiteral("\u0E01\U0001F4BF.iso"));
 }
 
 TEST(DefaultFileNameTest, SlashesBecomeHyphens) {
@@ -118,6 +119,8 @@ TEST(DefaultFileNameTest, ItIsCutBetweenWholeCharacters) {
                              "\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x9A\x80"}) {
         EXPECT_EQ(fileName(front + last), kept + u".iso") << last;
     }
+    EXPECT_EQ(fileName(QByteArray(245, 'x') + "\u0E01\U0001F4BF"),
+              QString(245, u'x') + u"\u0E01.iso");
     const QString japanese = fileName(QByteArray("\xE6\x97\xA5").repeated(200));
     EXPECT_EQ(japanese, QString(83, u'\u65e5') + u".iso");
 }
