@@ -4,8 +4,6 @@
 #include <array>
 #include <cstdint>
 
-#include "CombiningMarks.h"
-
 namespace {
 
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
@@ -52,52 +50,6 @@ std::uint32_t codePoint(std::string_view character) {
     return value;
 }
 
-constexpr std::uint32_t joiner = 0x200D;
-
-// Two of these are one flag.
-bool isFlagLetter(std::uint32_t point) {
-    return point >= 0x1F1E6 && point <= 0x1F1FF;
-}
-
-bool isPictograph(std::uint32_t point) {
-    const bool isSymbol = point >= 0x2190 && point <= 0x2BFF;
-    const bool isEmoji = point >= 0x1F000 && point <= 0x1FAFF;
-    return (isSymbol || isEmoji) && !isFlagLetter(point);
-}
-
-// The scripts of India lie alike in blocks of this many code points.
-constexpr std::uint32_t indicBlock = 0x80;
-
-// Binds the consonants on both its sides into one character.
-bool isVirama(std::uint32_t point) {
-    return point >= 0x0900 && point < 0x0D80 && point % indicBlock == 0x4D;
-}
-
-bool isIndicConsonant(std::uint32_t point) {
-    const std::uint32_t place = point % indicBlock;
-    return point >= 0x0900 && point < 0x0D80 && place >= 0x15 && place <= 0x39;
-}
-
-// Follows a text from its start and tells which code points go on with the character before them.
-// At the start that is the blank or the line end in front of the text.
-class CharacterFollower {
-public:
-    bool joins(std::uint32_t point) {
-        const bool joined =
-            isCombiningMark(point) || (m_last == joiner && m_isPictograph && isPictograph(point)) ||
-            (isVirama(m_last) && isIndicConsonant(point)) || (m_flagIsOpen && isFlagLetter(point));
-        m_isPictograph = isPictograph(point) || (m_isPictograph && isCombiningMark(point));
-        m_flagIsOpen = isFlagLetter(point) && !joined;
-        m_last = point;
-        return joined;
-    }
-
-private:
-    std::uint32_t m_last = 0;
-    bool m_isPictograph = false;
-    bool m_flagIsOpen = false;
-};
-
 // C0, DEL, C1 and the two separators that end a line for readers that know Unicode.
 bool isControl(std::uint32_t point) {
     return point < 0x20 || (point >= 0x7F && point <= 0x9F) || point == 0x2028 || point == 0x2029;
@@ -142,32 +94,9 @@ std::string_view Utf8::trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-std::size_t Utf8::characterCount(std::string_view text) {
-    std::size_t count = 0;
-    CharacterFollower follower;
-    while (!text.empty()) {
-        const std::size_t length = characterLength(text);
-        const bool joins = follower.joins(codePoint(text.substr(0, length)));
-        count += joins ? 0 : 1;
-        text.remove_prefix(length);
-    }
-    return count;
-}
-
-std::string Utf8::column(std::string_view text, std::size_t width) {
-    std::string result;
-    std::size_t count = 0;
-    CharacterFollower follower;
-    while (!text.empty()) {
-        const std::string_view character = text.substr(0, characterLength(text));
-        const bool joins = follower.joins(codePoint(character));
-        if (count == width && !joins) {
-            break;
-        }
-        result += character;
-        count += joins ? 0 : 1;
-        text.remove_prefix(character.size());
-    }
-    result.append(width - count, ' ');
-    return result;
+std::string Utf8::padded(std::string text, std::size_t width) {
+    const auto count = static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
+    text.append(width - std::min(count, width), ' ');
+    return text;
 }

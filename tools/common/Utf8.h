@@ -1,4 +1,4 @@
-// Text from drives and discs, made fit for output: always valid UTF-8, one line, cut to columns.
+// Text from drives and discs, made fit for output: always valid UTF-8, one line, padded.
 // Pure functions; any thread.
 #pragma once
 
@@ -17,11 +17,7 @@ std::string oneLine(std::string_view bytes);
 // Without the blanks, tabs and line ends at both ends.
 std::string_view trimmed(std::string_view text);
 
-// How many characters a reader sees; combining marks count with the character that they change.
-// The text must be valid.
-std::size_t characterCount(std::string_view text);
-
-// Exactly `width` characters: cut, or padded with blanks at the end. The text must be valid.
-std::string column(std::string_view text, std::size_t width);
+// With blanks at the end, at least `width` code points long. The text must be valid.
+std::string padded(std::string text, std::size_t width);
 
 }  // namespace Utf8

@@ -11,8 +11,7 @@ namespace {
 
 // At least this wide; longer texts move what follows and lose nothing.
 std::string padded(std::string_view text, std::size_t width) {
-    const std::string line = Utf8::oneLine(text);
-    return Utf8::characterCount(line) < width ? Utf8::column(line, width) : line;
+    return Utf8::padded(Utf8::oneLine(text), width);
 }
 
 std::string paddedLeft(const std::string& text, std::size_t width) {

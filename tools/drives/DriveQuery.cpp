@@ -295,7 +295,7 @@ std::optional<DriveFacts> DriveQuery::blockDevice(const std::string& name, Wante
 
 std::string DriveQuery::attribute(const std::string& name, const std::string& file) const {
     const auto text = SmallFile::read(m_paths.blockDevices + "/" + name + "/" + file);
-    return Utf8::oneLine(Utf8::trimmed(text.value_or("")));
+    return std::string(Utf8::trimmed(text.value_or("")));
 }
 
 std::uint64_t DriveQuery::kernelBytes(const std::string& name) const {

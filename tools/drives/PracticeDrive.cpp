@@ -44,6 +44,15 @@ std::string text(const Json& value, const std::string& key) {
     return content;
 }
 
+// What a real drive can say of itself.
+std::string printableText(const Json& value, const std::string& key) {
+    std::string content = text(value, key);
+    if (std::any_of(content.begin(), content.end(), [](char c) { return c < ' ' || c > '~'; })) {
+        throw Wrong(inQuotes(key) + " must be of printable ASCII characters only");
+    }
+    return content;
+}
+
 bool boolean(const Json& value, const std::string& key) {
     if (!value.is_boolean()) {
         throw Wrong(inQuotes(key) + " must be true or false");
@@ -135,11 +144,11 @@ void apply(const Json& root, PracticeDrive& drive, DiscKeys& disc) {
     }
     for (const auto& [key, value] : root.items()) {
         if (key == "vendor") {
-            drive.vendor = text(value, key);
+            drive.vendor = printableText(value, key);
         } else if (key == "product") {
-            drive.product = text(value, key);
+            drive.product = printableText(value, key);
         } else if (key == "revision") {
-            drive.revision = text(value, key);
+            drive.revision = printableText(value, key);
         } else if (key == "bytesPerSecond") {
             drive.bytesPerSecond = wholeNumber(value, key, 0);
         } else if (key == "discType") {

@@ -19,11 +19,19 @@ std::string withoutTheDiscsWords(std::string line) {
     return line;
 }
 
+// Exactly this wide. Drives give printable ASCII; for anything else stands a blank, as the kernel
+// has it, so that every character is a column.
+std::string column(std::string text, std::size_t width) {
+    text.resize(width, ' ');
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c < ' ' || c > '~'; }, ' ');
+    return text;
+}
+
 std::string row(const std::string& vendor, const std::string& product,
                 const std::string& revision) {
-    return " " + Utf8::column(Utf8::oneLine(vendor), vendorWidth) + " " +
-           Utf8::column(Utf8::oneLine(product), productWidth) + "  " +
-           Utf8::column(Utf8::oneLine(revision), revisionWidth) + "\n";
+    return " " + column(vendor, vendorWidth) + " " + column(product, productWidth) + "  " +
+           column(revision, revisionWidth) + "\n";
 }
 
 }  // namespace
@@ -36,9 +44,6 @@ std::string StatusReport::text(const DriveFacts& drive) {
     if (!drive.disc) {
         return report + "           Type: No Media Inserted\n";
     }
-    std::string type = Utf8::oneLine(drive.disc->type) + " ";
-    if (Utf8::characterCount(type) < typeWidth) {
-        type = Utf8::column(type, typeWidth);
-    }
+    const std::string type = Utf8::padded(Utf8::oneLine(drive.disc->type) + " ", typeWidth);
     return report + "           Type: " + type + "Name: /dev/" + drive.node + "\n";
 }

@@ -239,14 +239,6 @@ TEST_F(DriveQueryTest, ADeviceThatDoesNotExistIsNotFound) {
     }
 }
 
-TEST_F(DriveQueryTest, OddBytesInADrivesNameBecomeText) {
-    machine.addDrive("sr0", "11:0");
-    machine.setAttribute("sr0", "device/vendor",
-                         "A\xFF\x01"
-                         "B    \n");
-    EXPECT_EQ(named("sr0")->vendor, "A\xEF\xBF\xBD B");
-}
-
 TEST_F(DriveQueryTest, ThePracticeDriveIsOnlyThereWhenItWasChosen) {
     EXPECT_EQ(named("/dev/practice0"), std::nullopt);
     EXPECT_EQ(error, "Could not find disk: /dev/practice0");

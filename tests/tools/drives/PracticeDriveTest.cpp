@@ -74,6 +74,19 @@ TEST_F(PracticeDriveTest, EveryKeyIsRead) {
     EXPECT_EQ(drive->faults, expected);
 }
 
+TEST_F(PracticeDriveTest, AllPrintableAsciiMayStandInTheDrivesTextsAndMoreInTheDiscs) {
+    std::string all;
+    for (char c = ' '; c <= '~'; ++c) {
+        all += c == '"' || c == '\\' ? std::string("\\") + c : std::string(1, c);
+    }
+    m_folder.write("disc.iso", "x");
+    const auto drive = readWith("{\"vendor\": \"" + all + "\", \"volumeName\": \"Grüße 💿\"}");
+    ASSERT_TRUE(drive) << m_error;
+    EXPECT_EQ(drive->vendor.size(), 95U);
+    ASSERT_TRUE(drive->disc);
+    EXPECT_EQ(drive->disc->volumeName, "Grüße 💿");
+}
+
 TEST_F(PracticeDriveTest, TheDiscMayBeASymbolicLink) {
     m_folder.write("elsewhere/image", std::string(2048, 'x'));
     std::filesystem::create_symlink(m_folder.path("elsewhere/image"), m_folder.path("disc.iso"));
@@ -131,6 +144,10 @@ TEST_F(PracticeDriveTest, AWrongTypeIsAnErrorThatNamesTheKey) {
         {R"({"product": null})", "\"product\" must be a text"},
         {R"({"revision": []})", "\"revision\" must be a text"},
         {R"({"vendor": "a\nb"})", "\"vendor\" must not contain control characters"},
+        {R"({"vendor": "Müller"})", "\"vendor\" must be of printable ASCII characters only"},
+        {R"({"product": "\u007f"})", "\"product\" must not contain control characters"},
+        {R"({"product": "💿"})", "\"product\" must be of printable ASCII characters only"},
+        {R"({"revision": "\u0085"})", "\"revision\" must be of printable ASCII characters only"},
         {R"({"bytesPerSecond": "fast"})", "\"bytesPerSecond\" must be a whole number"},
         {R"({"bytesPerSecond": -1})", "\"bytesPerSecond\" must be a whole number"},
         {R"({"bytesPerSecond": 1.5})", "\"bytesPerSecond\" must be a whole number"},

@@ -219,8 +219,8 @@ TEST_F(PracticeDriveToolsTest, AGivenNameReplacesTheLabelAndIsEscaped) {
 }
 
 TEST_F(PracticeDriveToolsTest, TheDrivesNamesFillTheTable) {
-    folder.write("drive.json", R"({"vendor": "ÄÖÜ", "product": "Two Words", "revision": "12345"})");
-    EXPECT_THAT(drutil({"status"}).output, HasSubstr("\n ÄÖÜ      Two Words         1234\n"));
+    folder.write("drive.json", R"({"vendor": "A~B", "product": "Two Words", "revision": "12345"})");
+    EXPECT_THAT(drutil({"status"}).output, HasSubstr("\n A~B      Two Words         1234\n"));
 }
 
 TEST_F(PracticeDriveToolsTest, ADanglingLinkIsAnEmptyTray) {
@@ -236,7 +236,8 @@ TEST_F(PracticeDriveToolsTest, AMalformedSettingsFileIsAClearErrorAndNeverAGuess
     for (const std::string& text :
          {"{"s, "[]"s, ""s, R"({"vendor": 7})"s, R"({"failEject": "yes"})"s, "{}\0"s,
           "{}\0{\"noDrive\": true}"s, R"({"discType": ""})"s, R"({"discType": " "})"s,
-          R"({"discType": "None"})"s, R"({"discType": "CD-R Name: /dev/sda"})"s}) {
+          R"({"discType": "None"})"s, R"({"discType": "CD-R Name: /dev/sda"})"s,
+          R"({"vendor": "Ä"})"s}) {
         folder.write("drive.json", text);
         for (const ToolResult& result :
              {drutil({"status"}), drutil({"eject"}), info(), diskutil({"list", "/dev/practice0"}),

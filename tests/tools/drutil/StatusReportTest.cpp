@@ -54,11 +54,20 @@ TEST(StatusReportTest, ValuesStandUnderTheirHeadersHoweverLongOrShortTheyAre) {
     EXPECT_EQ(rows[1], " A        A product name t      ");
 }
 
-TEST(StatusReportTest, AVendorOfManyByteCharactersMovesNoColumn) {
+TEST(StatusReportTest, EveryByteThatIsNotPrintableAsciiIsOneBlank) {
     DriveFacts facts = drive();
-    facts.vendor = "\xE6\x97\xA5\xE6\x9C\xAC";  // two characters, six bytes
-    const auto rows = lines(StatusReport::text(facts));
-    EXPECT_EQ(rows[1], " \xE6\x97\xA5\xE6\x9C\xAC       DVDRAM GP65NB60   RF00");
+    facts.vendor = "\xE6\x97\xA5~1";
+    facts.product = std::string("A\0B\x7F\xFF\nC", 7);
+    facts.revision = "1\xC2\x85\xCC\x81";
+    EXPECT_EQ(lines(StatusReport::text(facts))[1], "    ~1    A B   C           1   ");
+    facts = drive();
+    for (int byte = 0; byte < 256; ++byte) {
+        facts.vendor = std::string(1, static_cast<char>(byte)) + "X";
+        const auto rows = lines(StatusReport::text(facts));
+        ASSERT_EQ(rows.size(), 4U) << byte;
+        const char shown = byte > ' ' && byte <= '~' ? static_cast<char>(byte) : ' ';
+        EXPECT_EQ(rows[1], std::string(" ") + shown + "X       DVDRAM GP65NB60   RF00") << byte;
+    }
 }
 
 TEST(StatusReportTest, ALongTypeStaysWholeAndApartFromTheName) {
