@@ -2,6 +2,8 @@
 
 #include <QLatin1String>
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
 #include <limits>
 #include <nlohmann/json.hpp>
@@ -192,5 +194,9 @@ double speedMultiple(const SpeedTestResult& result) {
 }
 
 QString speedMultipleText(const SpeedTestResult& result) {
-    return QString::number(speedMultiple(result), 'f', 1) + u'x';
+    // Not QString::number(), which rounds 8.25 up.
+    std::array<char, 512> text;
+    const auto written =
+        std::to_chars(text.begin(), text.end(), speedMultiple(result), std::chars_format::fixed, 1);
+    return QString::fromLatin1(text.data(), written.ptr - text.data()) + u'x';
 }

@@ -44,6 +44,7 @@ std::optional<QByteArray> encodeHistory(const QList<SpeedTestResult>& results);
 std::optional<QList<SpeedTestResult>> decodeHistory(const QByteArray& document);
 
 // How many times the single speed of its kind of disc this is: 1,385,000 bytes per second for
-// "DVD", 4,500,000 for "BD", 150,000 for all others. As text: "8.0x".
+// "DVD", 4,500,000 for "BD", 150,000 for all others. As text: "8.0x"; a tie goes to the even digit,
+// as in C's printf.
 double speedMultiple(const SpeedTestResult& result);
 QString speedMultipleText(const SpeedTestResult& result);

@@ -405,6 +405,31 @@ TEST(SpeedMultipleTest, EachKindHasItsSingleSpeed) {
     EXPECT_EQ(speedMultipleText(result), QStringLiteral("2.0x"));
 }
 
+TEST(SpeedMultipleTest, TheSingleSpeedsAreExact) {
+    auto result = example();
+    const std::pair<const char*, double> speeds[] = {
+        {"DVD", 1385000}, {"BD", 4500000}, {"CD", 150000}, {"Disc", 150000}};
+    for (const auto& [kind, bytesPerSecond] : speeds) {
+        result.discKind = QString::fromLatin1(kind);
+        result.averageBytesPerSecond = bytesPerSecond;
+        EXPECT_EQ(speedMultiple(result), 1) << kind;
+    }
+}
+
+TEST(SpeedMultipleTest, OfTwoEquallyNearDecimalsTheEvenOneIsShown) {
+    auto result = example();
+    result.discKind = QStringLiteral("CD");
+    const std::pair<double, const char*> multiples[] = {
+        {8.25, "8.2x"}, {8.75, "8.8x"}, {0.25, "0.2x"}, {0.75, "0.8x"},
+        {0.35, "0.3x"}, {8.05, "8.1x"}};  // the last two are a little less and a little more in
+                                          // binary
+    for (const auto& [multiple, text] : multiples) {
+        result.averageBytesPerSecond = multiple * 150000;
+        EXPECT_EQ(speedMultiple(result), multiple);
+        EXPECT_EQ(speedMultipleText(result), QString::fromLatin1(text));
+    }
+}
+
 TEST(SpeedMultipleTest, OneDecimalWhateverTheSize) {
     auto result = example();
     result.discKind = QStringLiteral("CD");
@@ -412,6 +437,8 @@ TEST(SpeedMultipleTest, OneDecimalWhateverTheSize) {
     EXPECT_EQ(speedMultipleText(result), QStringLiteral("0.0x"));
     result.averageBytesPerSecond = 150000 * 1234.56;
     EXPECT_EQ(speedMultipleText(result), QStringLiteral("1234.6x"));
+    result.averageBytesPerSecond = 1e308;
+    EXPECT_EQ(speedMultipleText(result).size(), 306);
 }
 
 }  // namespace
