@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QRegularExpression>
 #include <QTimer>
+#include <chrono>
 
 #include "StubTools.h"
 #include "TestFolder.h"
@@ -107,6 +108,31 @@ TEST_F(SpeedTesterTest, AGoodTestPublishesItsResult) {
     EXPECT_EQ(temporaryFiles(), QStringList());
 }
 
+TEST_F(SpeedTesterTest, TheAverageIsTheImagesSizeOverTheTimeFromTheStartOfTheTool) {
+    using Clock = std::chrono::steady_clock;
+    using Seconds = std::chrono::duration<double>;
+    stub(
+        "printf part > \"$out\"; : > \"$world/started\"; wait_for go; "
+        "head -c 1000000 /dev/zero > \"$out\"");
+    const auto beforeStart = Clock::now();
+    start(4700372992);
+    const auto afterStart = Clock::now();
+    ASSERT_TRUE(waitForFile("started"));
+    const auto started = Clock::now();
+    tester->sample();
+    // Long beside what is still to come, so that a time without it would be seen.
+    ASSERT_TRUE(
+        waitUntil([&] { return Clock::now() - afterStart > 10 * (started - beforeStart); }));
+    const auto beforeEnd = Clock::now();
+    release("go");
+    ASSERT_TRUE(waitForEnd());
+    const Seconds most = Clock::now() - beforeStart;
+    const Seconds least = beforeEnd - afterStart;
+    ASSERT_TRUE(tester->result());
+    EXPECT_GE(tester->result()->averageBytesPerSecond, 1000000 / most.count());
+    EXPECT_LE(tester->result()->averageBytesPerSecond, 1000000 / least.count());
+}
+
 TEST_F(SpeedTesterTest, WithoutADiscSizeTheBytesReadCount) {
     run("printf image > \"$out\"");
     ASSERT_TRUE(tester->result());
@@ -180,7 +206,9 @@ TEST_F(SpeedTesterTest, AToolThatCannotBeStartedGivesTheReason) {
 
 TEST_F(SpeedTesterTest, WhatTheToolSaysOnStandardErrorIsNowhere) {
     // It would block here if it were a pipe that nobody reads.
+    testing::internal::CaptureStderr();
     run("head -c 10000000 /dev/zero >&2; printf image > \"$out\"");
+    EXPECT_EQ(testing::internal::GetCapturedStderr().size(), 0U);
     EXPECT_TRUE(tester->result());
 }
 

@@ -79,10 +79,12 @@ TEST_F(ShellCommandTest, AFileThatIsNoProgramIsALaunchFailureOfTheFixedPath) {
 }
 
 TEST_F(ShellCommandTest, ArgumentsReachTheToolUnchanged) {
-    const QStringList arguments{QStringLiteral("two words"), QStringLiteral("$HOME `id` \"'"),
-                                QStringLiteral("*?[a]"),     QString(),
-                                QStringLiteral("; exit 9"),  QStringLiteral("a\nb\\n"),
-                                QStringLiteral("~"),         QString::fromUtf8("\u00e9\U0001F4BF")};
+    const QStringList arguments{
+        QStringLiteral("two words"),   QStringLiteral("$HOME `id` \"'"),
+        QStringLiteral("*?[a]"),       QString(),
+        QStringLiteral("; exit 9"),    QStringLiteral("a\nb\\n"),
+        QStringLiteral("~"),           QString::fromUtf8("\u00e9\U0001F4BF"),
+        QStringLiteral(" \t ends\n "), QStringLiteral("  ")};
     const Result result =
         sh(QStringLiteral("for a in \"$@\"; do printf '<%s>' \"$a\"; done"), arguments);
     EXPECT_EQ(result.standardOutput,

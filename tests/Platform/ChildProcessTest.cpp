@@ -39,7 +39,9 @@ TEST(ChildProcessTest, ArgumentsReachTheChildUnchanged) {
                                    QStringLiteral("$HOME `id` ; * ' \" \\"),
                                    QStringLiteral("-n"),
                                    QStringLiteral("ü€💿"),
-                                   QStringLiteral("line\nbreak")};
+                                   QStringLiteral("line\nbreak"),
+                                   QStringLiteral(" \t ends\n "),
+                                   QStringLiteral("  ")};
     auto child =
         shell(QStringLiteral("printf '%s|' \"$@\""), QStringList{QStringLiteral("sh")} + arguments);
     EXPECT_EQ(outcome(child).output,

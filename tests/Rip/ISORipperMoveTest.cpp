@@ -1,5 +1,9 @@
 // Putting the finished image in its place.
+#include <sys/time.h>
+
+#include <QDateTime>
 #include <QDir>
+#include <QFileInfo>
 
 #include "BackgroundThread.h"
 #include "OrdinaryUser.h"
@@ -190,6 +194,21 @@ TEST_F(ISORipperFarMoveTest, AllThatIsPublishedComesTogetherAfterTheCopy) {
                            "verifyStatus=matched"}));
 }
 
+TEST_F(ISORipperFarMoveTest, TheAverageCountsTheTimeOfTheCopy) {
+    NEEDS_ANOTHER_FILE_SYSTEM(other);
+    using Clock = ISORipper::Clock;
+    const auto beforeStart = Clock::now();
+    startWaitingCopy();
+    const auto copying = Clock::now();
+    // The copy takes longer than the tool did.
+    ASSERT_TRUE(waitUntil([&] { return Clock::now() - copying > copying - beforeStart; }));
+    const std::chrono::duration<double> least = Clock::now() - copying;
+    feed("image");
+    ASSERT_TRUE(waitForEnd());
+    ASSERT_TRUE(ripper->lastRipAverageBytesPerSecond());
+    EXPECT_LE(*ripper->lastRipAverageBytesPerSecond(), 5 / least.count());
+}
+
 TEST_F(ISORipperFarMoveTest, AFileAtTheDestinationIsReplacedOnlyByAWholeCopy) {
     NEEDS_ANOTHER_FILE_SYSTEM(other);
     QFile old(other.path("disc.iso"));
@@ -287,10 +306,14 @@ TEST_F(ISORipperFarMoveTest, ACancelAfterTheWholeCopyLeavesNothingEither) {
 TEST_F(ISORipperFarMoveTest, AFolderThereIsNotReplacedAndNothingIsCopied) {
     NEEDS_ANOTHER_FILE_SYSTEM(other);
     QDir().mkpath(other.path("disc.iso/precious"));
+    const timeval longAgo[2] = {{1000, 0}, {1000, 0}};
+    ASSERT_EQ(utimes(QFile::encodeName(other.path()).constData(), longAgo), 0);
     ripTo(other.path("disc.iso"));
     EXPECT_EQ(asText(ripper->error()),
               QStringLiteral("imagingFailed: Could not move image into place: Is a directory"));
     EXPECT_TRUE(QDir(other.path("disc.iso/precious")).exists());
+    // A copy that had begun would have changed the folder around it.
+    EXPECT_EQ(QFileInfo(other.path()).lastModified().toSecsSinceEpoch(), 1000);
     EXPECT_EQ(temporaryFiles().size(), 1);
 }
 

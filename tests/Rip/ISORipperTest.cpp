@@ -41,6 +41,31 @@ TEST_F(ISORipperTest, AGoodRipPublishesItsChangesInOrder) {
     EXPECT_GT(*ripper->lastRipAverageBytesPerSecond(), 0);
 }
 
+TEST_F(ISORipperTest, TheAverageIsTheWholeImageOverTheTimeFromTheStartOfTheToolToTheEnd) {
+    using Clock = ISORipper::Clock;
+    using Seconds = std::chrono::duration<double>;
+    stub(hdiutil,
+         "printf part > \"$out\"; : > \"$world/started\"; wait_for go; "
+         "head -c 1000000 /dev/zero > \"$out\"");
+    const auto beforeStart = Clock::now();
+    ripper->start(QStringLiteral("disk4"), destination(), 77, false);
+    const auto afterStart = Clock::now();
+    ASSERT_TRUE(waitForFile("started"));
+    const auto started = Clock::now();
+    ripper->sample(afterStart + std::chrono::hours(1));
+    // Long beside what is still to come, so that a time without it would be seen.
+    ASSERT_TRUE(
+        waitUntil([&] { return Clock::now() - afterStart > 10 * (started - beforeStart); }));
+    const auto beforeEnd = Clock::now();
+    release("go");
+    ASSERT_TRUE(waitForEnd());
+    const Seconds most = Clock::now() - beforeStart;
+    const Seconds least = beforeEnd - afterStart;
+    ASSERT_TRUE(ripper->lastRipAverageBytesPerSecond());
+    EXPECT_GE(*ripper->lastRipAverageBytesPerSecond(), 1000000 / most.count());
+    EXPECT_LE(*ripper->lastRipAverageBytesPerSecond(), 1000000 / least.count());
+}
+
 TEST_F(ISORipperTest, EveryChangeIsAnnouncedBeforeItHappens) {
     rip("printf image > \"$out\"; echo PERCENT:50");
     EXPECT_GT(changes->all().size(), 0);
