@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
+#include "Mmc.h"
+
 DiscLayout discLayout(std::span<const DiscTrack> tracks, std::uint32_t leadOut) {
-    constexpr std::uint32_t gap = 150;  // two seconds
     const auto starts = [](const DiscTrack& a, const DiscTrack& b) { return a.start >= b.start; };
     if (tracks.empty() || leadOut <= tracks.back().start ||
         std::adjacent_find(tracks.begin(), tracks.end(), starts) != tracks.end()) {
@@ -20,5 +21,5 @@ DiscLayout discLayout(std::span<const DiscTrack> tracks, std::uint32_t leadOut) 
     }
     const std::uint32_t end = after == tracks.end() ? leadOut : after->start;
     return {DiscLayout::Kind::Mixed, first->start, end - first->start,
-            after == tracks.end() ? 0 : gap};
+            after == tracks.end() ? 0 : Mmc::pregapSectors};
 }

@@ -3,22 +3,47 @@
 #include <algorithm>
 #include <array>
 
+#include "Mmc.h"
+
 namespace {
 
-struct Profile {
+namespace Profile = Mmc::Profile;
+
+struct ProfileName {
     std::uint16_t number;
     std::string_view name;
 };
 
-constexpr std::array<Profile, 29> profiles = {{
-    {0x03, "MO"},           {0x04, "MO"},         {0x05, "MO"},        {0x08, "CD-ROM"},
-    {0x09, "CD-R"},         {0x0A, "CD-RW"},      {0x10, "DVD-ROM"},   {0x11, "DVD-R"},
-    {0x12, "DVD-RAM"},      {0x13, "DVD-RW"},     {0x14, "DVD-RW"},    {0x15, "DVD-R DL"},
-    {0x16, "DVD-R DL"},     {0x17, "DVD-RW DL"},  {0x18, "DVD-R DL"},  {0x1A, "DVD+RW"},
-    {0x1B, "DVD+R"},        {0x2A, "DVD+RW DL"},  {0x2B, "DVD+R DL"},  {0x40, "BD-ROM"},
-    {0x41, "BD-R"},         {0x42, "BD-R"},       {0x43, "BD-RE"},     {0x50, "HD DVD-ROM"},
-    {0x51, "HD DVD-R"},     {0x52, "HD DVD-RAM"}, {0x53, "HD DVD-RW"}, {0x58, "HD DVD-R DL"},
-    {0x5A, "HD DVD-RW DL"},
+constexpr std::array<ProfileName, 29> profiles = {{
+    {Profile::moErasable, "MO"},
+    {Profile::moWriteOnce, "MO"},
+    {Profile::asMo, "MO"},
+    {Profile::cdRom, "CD-ROM"},
+    {Profile::cdR, "CD-R"},
+    {Profile::cdRw, "CD-RW"},
+    {Profile::dvdRom, "DVD-ROM"},
+    {Profile::dvdR, "DVD-R"},
+    {Profile::dvdRam, "DVD-RAM"},
+    {Profile::dvdRwRestrictedOverwrite, "DVD-RW"},
+    {Profile::dvdRwSequential, "DVD-RW"},
+    {Profile::dvdRDlSequential, "DVD-R DL"},
+    {Profile::dvdRDlLayerJump, "DVD-R DL"},
+    {Profile::dvdRwDl, "DVD-RW DL"},
+    {Profile::dvdDownload, "DVD-R DL"},
+    {Profile::dvdPlusRw, "DVD+RW"},
+    {Profile::dvdPlusR, "DVD+R"},
+    {Profile::dvdPlusRwDl, "DVD+RW DL"},
+    {Profile::dvdPlusRDl, "DVD+R DL"},
+    {Profile::bdRom, "BD-ROM"},
+    {Profile::bdRSequential, "BD-R"},
+    {Profile::bdRRandom, "BD-R"},
+    {Profile::bdRe, "BD-RE"},
+    {Profile::hdDvdRom, "HD DVD-ROM"},
+    {Profile::hdDvdR, "HD DVD-R"},
+    {Profile::hdDvdRam, "HD DVD-RAM"},
+    {Profile::hdDvdRw, "HD DVD-RW"},
+    {Profile::hdDvdRDl, "HD DVD-R DL"},
+    {Profile::hdDvdRwDl, "HD DVD-RW DL"},
 }};
 
 struct Flag {

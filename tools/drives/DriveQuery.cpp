@@ -14,6 +14,7 @@
 
 #include "DiscType.h"
 #include "FileSystemLabel.h"
+#include "Mmc.h"
 #include "PracticeDrive.h"
 #include "SmallFile.h"
 #include "UdevRecord.h"
@@ -23,9 +24,7 @@ namespace {
 
 constexpr std::string_view nodePrefix = "/dev/";
 constexpr const char* audioName = "Audio CD";
-constexpr std::uint64_t kernelSectorBytes = 512;
-constexpr std::uint64_t dataSectorBytes = 2048;
-constexpr std::uint64_t audioSectorBytes = 2352;
+constexpr std::uint64_t kernelSectorBytes = 512;  // what sysfs counts in, whatever the device
 
 std::string withoutFolder(std::string_view device) {
     if (device.substr(0, nodePrefix.size()) == nodePrefix) {
@@ -64,7 +63,7 @@ DiscFacts fromRecord(const UdevRecord& record, std::uint64_t deviceBytes) {
     disc.audio = record.isAudioOnly();
     if (disc.audio) {
         disc.volumeName = audioName;
-        disc.bytes = deviceBytes / dataSectorBytes * audioSectorBytes;
+        disc.bytes = deviceBytes / Mmc::dataSectorBytes * Mmc::audioSectorBytes;
     } else if (!disc.blank) {
         disc.volumeName = record.label();
         disc.bytes = record.isMixed() ? record.mixedDataBytes(deviceBytes) : deviceBytes;
@@ -74,8 +73,9 @@ DiscFacts fromRecord(const UdevRecord& record, std::uint64_t deviceBytes) {
 
 DiscFacts fromMedium(const MediumFacts& medium) {
     DiscFacts disc;
-    disc.type = medium.profile.value_or(0) == 0 ? DiscType::ofSize(medium.bytes)
-                                                : DiscType::ofProfile(*medium.profile);
+    disc.type = medium.profile.value_or(Mmc::Profile::none) == Mmc::Profile::none
+                    ? DiscType::ofSize(medium.bytes)
+                    : DiscType::ofProfile(*medium.profile);
     disc.blank = medium.blank;
     disc.audio = medium.audioOnly;
     disc.bytes = medium.bytes;

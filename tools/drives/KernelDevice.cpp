@@ -12,16 +12,17 @@
 
 #include "DescriptorHolder.h"
 #include "FileSystemLabel.h"
+#include "Mmc.h"
 #include "OpticalCommands.h"
 
 namespace {
 
-constexpr std::uint64_t audioSectorBytes = 2352;
-constexpr std::uint64_t dataSectorBytes = 2048;
+namespace Profile = Mmc::Profile;
 
 // Only these can be blank, and a read-only drive may take offence at being asked.
 bool isRecordable(std::uint16_t profile) {
-    return profile != 0x08 && profile != 0x10 && profile != 0x40 && profile != 0x50;
+    return profile != Profile::cdRom && profile != Profile::dvdRom && profile != Profile::bdRom &&
+           profile != Profile::hdDvdRom;
 }
 
 std::uint64_t deviceBytes(int device) {
@@ -58,7 +59,8 @@ std::optional<MediumFacts> KernelDevice::medium(const std::string& node, std::st
         return medium;
     }
     medium.profile = OpticalCommands::currentProfile(device.get());
-    medium.present = status == CDS_DISC_OK || medium.profile.value_or(0) != 0;
+    medium.present =
+        status == CDS_DISC_OK || medium.profile.value_or(Profile::none) != Profile::none;
     if (!medium.present) {
         return medium;
     }
@@ -68,13 +70,17 @@ std::optional<MediumFacts> KernelDevice::medium(const std::string& node, std::st
         return medium;
     }
     // Only a CD has sound beside or instead of data.
-    const std::uint16_t profile = medium.profile.value_or(0x08);
-    const DiscLayout layout =
-        profile >= 0x08 && profile <= 0x0A ? OpticalCommands::layout(device.get()) : DiscLayout{};
+    const std::uint16_t profile = medium.profile.value_or(Profile::cdRom);
+    const DiscLayout layout = profile >= Profile::cdRom && profile <= Profile::cdRw
+                                  ? OpticalCommands::layout(device.get())
+                                  : DiscLayout{};
     medium.audioOnly = layout.kind == DiscLayout::Kind::Audio;
-    medium.bytes = layout.kind == DiscLayout::Kind::Data    ? deviceBytes(device.get())
-                   : layout.kind == DiscLayout::Kind::Audio ? layout.sectors * audioSectorBytes
-                                                            : layout.sectors * dataSectorBytes;
+    if (layout.kind == DiscLayout::Kind::Data) {
+        medium.bytes = deviceBytes(device.get());
+    } else {
+        medium.bytes = std::uint64_t{layout.sectors} *
+                       (medium.audioOnly ? Mmc::audioSectorBytes : Mmc::dataSectorBytes);
+    }
     return medium;
 }
 

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <vector>
 
+#include "Mmc.h"
 #include "ScsiCommand.h"
 
 namespace {
@@ -37,16 +38,15 @@ std::optional<DiscTrack> track(int drive, int number) {
 }  // namespace
 
 std::optional<std::uint16_t> OpticalCommands::currentProfile(int drive) {
-    constexpr std::byte getConfiguration{0x46};
-    constexpr std::byte oneFeature{0x02};
-    std::array<std::byte, 8> answer{};
-    return profileIn(answerTo(drive, getConfiguration, oneFeature, answer));
+    std::array<std::byte, Mmc::featureHeaderBytes> answer{};
+    return profileIn(
+        answerTo(drive, Mmc::OperationCode::getConfiguration, Mmc::oneFeature, answer));
 }
 
 bool OpticalCommands::discIsBlank(int drive) {
-    constexpr std::byte readDiscInformation{0x51};
-    std::array<std::byte, 34> answer{};
-    return isBlankIn(answerTo(drive, readDiscInformation, std::byte{0}, answer));
+    std::array<std::byte, Mmc::discInformationBytes> answer{};
+    return isBlankIn(
+        answerTo(drive, Mmc::OperationCode::readDiscInformation, std::byte{0}, answer));
 }
 
 DiscLayout OpticalCommands::layout(int drive) {
@@ -67,13 +67,15 @@ DiscLayout OpticalCommands::layout(int drive) {
 }
 
 std::optional<std::uint16_t> OpticalCommands::profileIn(std::span<const std::byte> answer) {
-    if (answer.size() < 8) {
+    if (answer.size() < Mmc::featureHeaderBytes) {
         return std::nullopt;
     }
-    return static_cast<std::uint16_t>(std::to_integer<unsigned>(answer[6]) << 8 |
-                                      std::to_integer<unsigned>(answer[7]));
+    return static_cast<std::uint16_t>(
+        std::to_integer<unsigned>(answer[Mmc::currentProfileOffset]) << 8 |
+        std::to_integer<unsigned>(answer[Mmc::currentProfileOffset + 1]));
 }
 
 bool OpticalCommands::isBlankIn(std::span<const std::byte> answer) {
-    return answer.size() >= 3 && (answer[2] & std::byte{3}) == std::byte{0};
+    return answer.size() > Mmc::discStatusOffset &&
+           (answer[Mmc::discStatusOffset] & Mmc::discStatusMask) == Mmc::emptyDisc;
 }

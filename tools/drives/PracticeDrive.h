@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "Mmc.h"
+
 struct PracticeFault {
     enum class Kind {
         Unreadable,  // every read fails
@@ -39,7 +41,9 @@ struct PracticeDisc {
     // The name that drive.json gives; absent: read it from the image.
     std::optional<std::string> volumeName;
 
-    std::uint32_t sectorBytes() const { return audio ? 2352 : 2048; }
+    std::uint32_t sectorBytes() const {
+        return audio ? Mmc::audioSectorBytes : Mmc::dataSectorBytes;
+    }
     bool operator==(const PracticeDisc&) const = default;
 };
 

@@ -7,10 +7,10 @@
 #include <array>
 #include <cerrno>
 
+#include "Mmc.h"
+
 ScsiCommand::Result ScsiCommand::run(int drive, std::span<const std::byte> command,
                                      std::span<std::byte> answer, std::chrono::milliseconds limit) {
-    constexpr unsigned char notReady = 2;
-    constexpr unsigned char mediumNotPresent = 0x3a;
     std::array<unsigned char, 16> block{};
     std::transform(command.begin(), command.end(), block.begin(),
                    [](std::byte byte) { return std::to_integer<unsigned char>(byte); });
@@ -29,9 +29,10 @@ ScsiCommand::Result ScsiCommand::run(int drive, std::span<const std::byte> comma
         return {errno, 0};
     }
     if ((header.info & SG_INFO_OK_MASK) != SG_INFO_OK) {
-        // Fixed-format sense data: the key, and the additional code.
         const bool noDisc =
-            header.sb_len_wr > 12 && (sense[2] & 0x0f) == notReady && sense[12] == mediumNotPresent;
+            header.sb_len_wr > Mmc::additionalSenseCodeOffset &&
+            (sense[Mmc::senseKeyOffset] & Mmc::senseKeyMask) == Mmc::SenseKey::notReady &&
+            sense[Mmc::additionalSenseCodeOffset] == Mmc::AdditionalSenseCode::mediumNotPresent;
         return {noDisc ? ENOMEDIUM : EIO, 0};
     }
     const auto missing = static_cast<std::size_t>(std::max(header.resid, 0));

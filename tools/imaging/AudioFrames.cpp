@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <chrono>
 
+#include "Mmc.h"
 #include "ScsiCommand.h"
 
 namespace {
@@ -16,7 +17,7 @@ std::byte byteOf(std::uint32_t value, unsigned shift) {
 }
 
 int readCd(int descriptor, std::uint32_t first, std::span<std::byte> buffer) {
-    const auto frames = static_cast<std::uint32_t>(buffer.size() / AudioFrames::frameBytes);
+    const auto frames = static_cast<std::uint32_t>(buffer.size() / Mmc::audioSectorBytes);
     const auto result = ScsiCommand::run(descriptor, AudioFrames::readCdCommand(first, frames),
                                          buffer, std::chrono::minutes(1));
     return result.error == 0 && result.bytes < buffer.size() ? EIO : result.error;
@@ -26,7 +27,7 @@ int readAudio(int descriptor, std::uint32_t first, std::span<std::byte> buffer) 
     cdrom_read_audio request{};
     request.addr.lba = static_cast<int>(first);
     request.addr_format = CDROM_LBA;
-    request.nframes = static_cast<int>(buffer.size() / AudioFrames::frameBytes);
+    request.nframes = static_cast<int>(buffer.size() / Mmc::audioSectorBytes);
     request.buf = reinterpret_cast<__u8*>(buffer.data());
     return ioctl(descriptor, CDROMREADAUDIO, &request) == 0 ? 0 : errno;
 }
@@ -43,19 +44,9 @@ AudioFrames AudioFrames::ofDrive(int descriptor) {
 }
 
 std::array<std::byte, 12> AudioFrames::readCdCommand(std::uint32_t first, std::uint32_t frames) {
-    constexpr std::byte readCd{0xbe};
-    constexpr std::byte ofSound{0x04};
-    constexpr std::byte userData{0x10};
-    return {readCd,
-            ofSound,
-            byteOf(first, 24),
-            byteOf(first, 16),
-            byteOf(first, 8),
-            byteOf(first, 0),
-            byteOf(frames, 16),
-            byteOf(frames, 8),
-            byteOf(frames, 0),
-            userData};
+    return {Mmc::OperationCode::readCd, Mmc::expectCdDa,  byteOf(first, 24),  byteOf(first, 16),
+            byteOf(first, 8),           byteOf(first, 0), byteOf(frames, 16), byteOf(frames, 8),
+            byteOf(frames, 0),          Mmc::userData};
 }
 
 int AudioFrames::readOnce(std::uint32_t first, std::span<std::byte> buffer) {
@@ -72,12 +63,12 @@ int AudioFrames::readOnce(std::uint32_t first, std::span<std::byte> buffer) {
 
 int AudioFrames::read(std::uint32_t first, std::span<std::byte> buffer) {
     while (!buffer.empty()) {
-        const std::size_t bytes = std::min(buffer.size(), framesPerCommand * frameBytes);
+        const std::size_t bytes = std::min(buffer.size(), framesPerCommand * Mmc::audioSectorBytes);
         if (const int error = readOnce(first, buffer.first(bytes))) {
             return error;
         }
         buffer = buffer.subspan(bytes);
-        first += static_cast<std::uint32_t>(bytes / frameBytes);
+        first += static_cast<std::uint32_t>(bytes / Mmc::audioSectorBytes);
     }
     return 0;
 }

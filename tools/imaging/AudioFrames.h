@@ -12,7 +12,6 @@
 
 class AudioFrames final {
 public:
-    static constexpr std::uint32_t frameBytes = 2352;
     // What every host adapter transfers in one command: just below 64 KiB.
     static constexpr std::size_t framesPerCommand = 27;
 

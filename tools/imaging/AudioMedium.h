@@ -5,6 +5,7 @@
 
 #include "AudioFrames.h"
 #include "Medium.h"
+#include "Mmc.h"
 #include "OpticalDrive.h"
 
 class AudioMedium final : public Medium {
@@ -15,9 +16,9 @@ public:
           m_layout(layout),
           m_frames(AudioFrames::ofDrive(m_drive->descriptor())) {}
 
-    std::uint32_t sectorBytes() const override { return AudioFrames::frameBytes; }
+    std::uint32_t sectorBytes() const override { return Mmc::audioSectorBytes; }
     std::uint64_t capacity() const override {
-        return std::uint64_t{m_layout.sectors} * AudioFrames::frameBytes;
+        return std::uint64_t{m_layout.sectors} * Mmc::audioSectorBytes;
     }
     std::uint64_t firstSector() const override { return m_layout.firstSector; }
     std::uint32_t runOutSectors() const override { return 0; }

@@ -9,6 +9,7 @@
 
 #include "BufferRing.h"
 #include "IsolatingReader.h"
+#include "Mmc.h"
 #include "RecordedEnd.h"
 
 namespace {
@@ -147,7 +148,8 @@ private:
     // Whether this unreadable sector begins what the capacity counts though nothing is recorded
     // there. Without a file system that says so it may just as well be data.
     bool isRunOut(std::uint64_t sector) {
-        if (sector + m_medium.runOutSectors() < sectors() || m_medium.sectorBytes() != 2048) {
+        if (sector + m_medium.runOutSectors() < sectors() ||
+            m_medium.sectorBytes() != Mmc::dataSectorBytes) {
             return false;
         }
         if (sector + 1 < sectors() && m_reader.isReadable(sectors() - 1)) {
@@ -170,7 +172,7 @@ private:
     // Notes a file system that claims more than the medium has; looks at the disc's beginning only,
     // which is at hand.
     void compareSizes(std::span<const std::byte> beginning) {
-        if (m_medium.sectorBytes() != 2048 || m_medium.firstSector() != 0) {
+        if (m_medium.sectorBytes() != Mmc::dataSectorBytes || m_medium.firstSector() != 0) {
             return;
         }
         const auto end = recordedEnd(

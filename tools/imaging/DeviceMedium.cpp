@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "Mmc.h"
+
 std::unique_ptr<DeviceMedium> DeviceMedium::open(const std::string& device,
                                                  std::unique_ptr<OpticalDrive> drive,
                                                  const DiscLayout& layout, std::string* problem) {
@@ -29,7 +31,7 @@ std::unique_ptr<DeviceMedium> DeviceMedium::open(const std::string& device,
     const auto alignment = static_cast<std::uint32_t>(std::max(logicalBytes, 512));
     std::unique_ptr<DeviceMedium> medium(
         new DeviceMedium(std::move(drive), std::make_unique<UncachedFile>(descriptor, alignment)));
-    medium->m_sectorBytes = std::max(2048U, alignment);
+    medium->m_sectorBytes = std::max(Mmc::dataSectorBytes, alignment);
     medium->m_capacity = bytes;
     if (layout.kind == DiscLayout::Kind::Mixed) {
         medium->m_firstSector = layout.firstSector;

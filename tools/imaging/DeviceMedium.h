@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Medium.h"
+#include "Mmc.h"
 #include "OpticalDrive.h"
 #include "UncachedFile.h"
 
@@ -31,9 +32,9 @@ private:
     std::unique_ptr<OpticalDrive> m_drive;
     std::unique_ptr<UncachedFile> m_file;
     std::optional<std::uint64_t> m_disc;  // the kernel's number of what is in the device
-    std::uint32_t m_sectorBytes = 2048;
+    std::uint32_t m_sectorBytes = Mmc::dataSectorBytes;
     std::uint64_t m_capacity = 0;
     std::uint64_t m_firstSector = 0;
-    std::uint32_t m_runOutSectors = 2;
+    std::uint32_t m_runOutSectors = Mmc::runOutSectors;
     std::string m_remark;
 };

@@ -9,6 +9,8 @@
 #include <span>
 #include <string>
 
+#include "Mmc.h"
+
 class Medium {
 public:
     enum class State {
@@ -29,7 +31,7 @@ public:
     // Number of the first sector, as the drive counts; not 0 when only one track is imaged.
     virtual std::uint64_t firstSector() const { return 0; }
     // How many sectors at the end may be counted by the capacity though no drive reads them.
-    virtual std::uint32_t runOutSectors() const { return 2; }
+    virtual std::uint32_t runOutSectors() const { return Mmc::runOutSectors; }
     // What people should know about what is imaged and what is not, one sentence; empty: nothing.
     virtual std::string remark() const { return {}; }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Medium.h"
+#include "Mmc.h"
 #include "PracticeDrive.h"
 #include "UncachedFile.h"
 
@@ -25,7 +26,9 @@ public:
     std::uint32_t sectorBytes() const override { return m_drive.disc->sectorBytes(); }
     std::uint64_t capacity() const override { return m_drive.disc->bytes; }
     // Frames of sound have no file system that could say where the disc ends.
-    std::uint32_t runOutSectors() const override { return m_drive.disc->audio ? 0 : 2; }
+    std::uint32_t runOutSectors() const override {
+        return m_drive.disc->audio ? 0 : Mmc::runOutSectors;
+    }
     int read(std::uint64_t offset, std::span<std::byte> buffer) override;
     State state() override;
 

@@ -4,10 +4,12 @@
 #include <array>
 #include <cstring>
 
+#include "Mmc.h"
+
 namespace {
 
-constexpr std::size_t sectorBytes = 2048;
-using Sector = std::array<std::byte, sectorBytes>;
+using Mmc::dataSectorBytes;
+using Sector = std::array<std::byte, dataSectorBytes>;
 
 std::uint64_t little(const Sector& sector, std::size_t at, std::size_t bytes) {
     std::uint64_t value = 0;
@@ -42,7 +44,7 @@ std::optional<std::uint64_t> isoEnd(const ReadSector& read) {
             if (!known || blocks == 0) {
                 return std::nullopt;
             }
-            return (blocks * blockBytes + sectorBytes - 1) / sectorBytes;
+            return (blocks * blockBytes + dataSectorBytes - 1) / dataSectorBytes;
         }
         if (type == 255) {
             return std::nullopt;
@@ -67,7 +69,8 @@ struct Extent {
 };
 
 Extent extentAt(const Sector& sector, std::size_t at) {
-    return {little(sector, at + 4, 4), (little(sector, at, 4) + sectorBytes - 1) / sectorBytes};
+    return {little(sector, at + 4, 4),
+            (little(sector, at, 4) + dataSectorBytes - 1) / dataSectorBytes};
 }
 
 // The end of the partitions of one volume descriptor sequence.

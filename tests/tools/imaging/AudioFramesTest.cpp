@@ -1,4 +1,5 @@
 #include "AudioFrames.h"
+#include "Mmc.h"
 
 #include <gmock/gmock.h>
 
@@ -14,7 +15,7 @@ using testing::Pair;
 
 namespace {
 
-constexpr std::size_t frameBytes = AudioFrames::frameBytes;
+constexpr std::size_t frameBytes = Mmc::audioSectorBytes;
 
 class AudioFramesTest : public testing::Test {
 protected:
