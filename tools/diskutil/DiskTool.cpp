@@ -18,11 +18,9 @@ constexpr const char* usage =
 
 DiskTool::DiskTool(const DriveQuery& drives, Tray& tray) : m_drives(drives), m_tray(tray) {}
 
-int DiskTool::run(const std::vector<std::string>& arguments, std::string* output,
-                  std::string* errors) {
+CommandOutcome DiskTool::run(const std::vector<std::string>& arguments) {
     if (arguments == std::vector<std::string>{"--help"}) {
-        *output = usage;
-        return EXIT_SUCCESS;
+        return {EXIT_SUCCESS, usage, {}};
     }
     const bool asPropertyList = arguments.size() == 3 && arguments[1] == "-plist";
     const std::string verb = arguments.empty() ? std::string() : arguments.front();
@@ -30,47 +28,35 @@ int DiskTool::run(const std::vector<std::string>& arguments, std::string* output
                            ? verb == "info" || verb == "list"
                            : arguments.size() == 2 && (verb == "list" || verb == "eject");
     if (!known || arguments.back().empty() || arguments.back().front() == '-') {
-        *errors = usage;
-        return EX_USAGE;
+        return {EX_USAGE, {}, usage};
     }
+    const std::string& device = arguments.back();
     if (verb == "eject") {
-        return eject(arguments.back(), output, errors);
+        return eject(device);
     }
-    const auto drive = driveWithDisc(arguments.back(), errors);
+    const auto drive = m_drives.drive(device, DriveQuery::Wanted::TypeAndName);
     if (!drive) {
-        return EXIT_FAILURE;
+        return CommandOutcome::failed("diskutil", drive.failure());
+    }
+    if (!drive->disc) {
+        return CommandOutcome::failed("diskutil",
+                                      {Failure::Kind::Medium, "There is no disc in " + device});
     }
     if (!asPropertyList) {
-        *output = DiskReports::table(drive->node, *drive->disc);
-    } else if (verb == "info") {
-        *output = DiskReports::info(drive->node, *drive->disc);
-    } else {
-        *output = DiskReports::list(drive->node, *drive->disc);
+        return {EXIT_SUCCESS, DiskReports::table(drive->node, *drive->disc), {}};
     }
-    return EXIT_SUCCESS;
+    const auto report = verb == "info" ? DiskReports::info : DiskReports::list;
+    return {EXIT_SUCCESS, report(drive->node, *drive->disc), {}};
 }
 
-std::optional<DriveFacts> DiskTool::driveWithDisc(const std::string& device,
-                                                  std::string* errors) const {
-    std::string problem;
-    auto drive = m_drives.drive(device, DriveQuery::Wanted::TypeAndName, &problem);
-    if (drive && !drive->disc) {
-        problem = "There is no disc in " + device;
-        drive.reset();
+CommandOutcome DiskTool::eject(const std::string& device) {
+    const auto node = m_drives.node(device);
+    if (!node) {
+        return CommandOutcome::failed("diskutil", node.failure());
     }
-    if (!drive) {
-        *errors = "diskutil: " + problem + "\n";
+    const auto opened = m_tray.open(*node);
+    if (!opened) {
+        return CommandOutcome::failed("diskutil", opened.failure());
     }
-    return drive;
-}
-
-int DiskTool::eject(const std::string& device, std::string* output, std::string* errors) {
-    std::string problem;
-    const auto node = m_drives.node(device, &problem);
-    if (!node || !m_tray.open(*node, &problem)) {
-        *errors = "diskutil: " + problem + "\n";
-        return EXIT_FAILURE;
-    }
-    *output = "Disk /dev/" + *node + " ejected\n";
-    return EXIT_SUCCESS;
+    return {EXIT_SUCCESS, "Disk /dev/" + *node + " ejected\n", {}};
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "CommandOutcome.h"
 #include "DriveQuery.h"
 #include "Tray.h"
 
@@ -14,13 +15,10 @@ public:
     // Both must outlive this.
     DiskTool(const DriveQuery& drives, Tray& tray);
 
-    // Gives the exit status; *output is for standard output, *errors for standard error.
-    int run(const std::vector<std::string>& arguments, std::string* output, std::string* errors);
+    CommandOutcome run(const std::vector<std::string>& arguments);
 
 private:
-    // The drive with this device, with a disc in it; else absent, with the reason.
-    std::optional<DriveFacts> driveWithDisc(const std::string& device, std::string* errors) const;
-    int eject(const std::string& device, std::string* output, std::string* errors);
+    CommandOutcome eject(const std::string& device);
 
     const DriveQuery& m_drives;
     Tray& m_tray;

@@ -1,8 +1,5 @@
-#include <unistd.h>
-
 #include "DiskTool.h"
 #include "KernelDevice.h"
-#include "SmallFile.h"
 #include "UDisks.h"
 
 int main(int argc, char** argv) {
@@ -11,10 +8,5 @@ int main(int argc, char** argv) {
     drives.useEnvironment();
     UDisks service;
     Tray tray(SystemPaths{}, drives.practiceFolder(), devices, service);
-    std::string output;
-    std::string errors;
-    const int status = DiskTool(drives, tray)
-                           .run(std::vector<std::string>(argv + 1, argv + argc), &output, &errors);
-    SmallFile::writeAll(STDERR_FILENO, errors);
-    return SmallFile::writeAll(STDOUT_FILENO, output) ? status : 1;
+    return DiskTool(drives, tray).run({argv + 1, argv + argc}).print();
 }

@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 
+#include "Result.h"
+
 struct MediumFacts {
     bool present = false;
     bool optical = false;                  // an optical drive, not some other block device
@@ -19,25 +21,16 @@ struct MediumFacts {
 
 class DeviceAccess {
 public:
-    enum class Ejected {
-        Yes,
-        Busy,       // another program, or a mount, has the device open
-        Refused,    // the drive itself said no
-        NoAccess,   // this user may not open the device
-        NotADrive,  // the device has no tray
-        Failed,
-    };
-
     DeviceAccess() = default;
     DeviceAccess(const DeviceAccess&) = delete;
     DeviceAccess& operator=(const DeviceAccess&) = delete;
     virtual ~DeviceAccess() = default;
 
-    // Never moves the tray. Absent when the device cannot be asked; *error is then the reason
-    // ("Permission denied").
-    virtual std::optional<MediumFacts> medium(const std::string& node, std::string* error) = 0;
+    // Never moves the tray. The failure's sentence names no device.
+    virtual Result<MediumFacts> medium(const std::string& node) = 0;
     // The label of the file system on it; empty without one.
     virtual std::string label(const std::string& node) = 0;
-    // Unlocks the door and opens the tray; also when it is empty. *error is the reason on Failed.
-    virtual Ejected eject(const std::string& node, std::string* error) = 0;
+    // Unlocks the door and opens the tray; also when it is empty. Fails with Busy, Refused,
+    // NoAccess, NoDrive (the device has no tray) or System; the sentence names no device.
+    virtual Result<void> eject(const std::string& node) = 0;
 };

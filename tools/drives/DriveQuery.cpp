@@ -47,8 +47,12 @@ std::optional<unsigned> opticalNumber(std::string_view name) {
     return number;
 }
 
-std::string notFound(const std::string& device) {
-    return "Could not find disk: " + device;
+Failure notFound(const std::string& device) {
+    return {Failure::Kind::NoDrive, "Could not find disk: " + device};
+}
+
+Failure noDrive() {
+    return {Failure::Kind::NoDrive, DriveQuery::noDriveSentence};
 }
 
 bool isPlainName(std::string_view name) {
@@ -106,77 +110,72 @@ void DriveQuery::useEnvironment() {
     }
 }
 
-std::optional<DriveFacts> DriveQuery::defaultDrive(Wanted wanted, std::string* error) const {
-    error->clear();
+Result<DriveFacts> DriveQuery::defaultDrive(Wanted wanted) const {
     if (m_practiceFolder) {
-        return practiceDrive(wanted, error);
+        return practiceDrive(wanted);
     }
     if (m_preferredDrive) {
         const auto name = kernelName(*m_preferredDrive);
-        return name ? blockDevice(*name, wanted, error) : std::nullopt;
+        return name ? blockDevice(*name, wanted) : noDrive();
     }
-    std::optional<DriveFacts> first;
-    std::string firstError;
+    Result<DriveFacts> best = noDrive();
+    bool first = true;
     for (const std::string& name : opticalDrives()) {
-        std::string problem;
-        auto facts = blockDevice(name, wanted, &problem);
+        auto facts = blockDevice(name, wanted);
         if (facts && facts->disc) {
             return facts;
         }
-        if (!first) {
-            first = std::move(facts);
+        if (first || (facts && !best)) {
+            best = std::move(facts);
         }
-        if (firstError.empty()) {
-            firstError = problem;
-        }
+        first = false;
     }
-    if (!first) {
-        *error = firstError;
-    }
-    return first;
+    return best;
 }
 
-std::optional<std::string> DriveQuery::defaultNode(std::string* error) const {
-    if (const auto facts = defaultDrive(Wanted::Type, error)) {
+Result<std::string> DriveQuery::defaultNode() const {
+    const auto facts = defaultDrive(Wanted::Type);
+    if (facts) {
         return facts->node;
     }
-    if (m_practiceFolder || error->empty()) {
-        return std::nullopt;
+    if (m_practiceFolder || facts.failure().kind == Failure::Kind::NoDrive) {
+        return facts.failure();
     }
-    if (m_preferredDrive) {
-        return kernelName(*m_preferredDrive);
+    const auto preferred = m_preferredDrive ? kernelName(*m_preferredDrive) : std::nullopt;
+    if (preferred) {
+        return *preferred;
     }
     const auto names = opticalDrives();  // again: the drive may have been unplugged since
-    return names.empty() ? std::nullopt : std::optional(names.front());
+    if (m_preferredDrive || names.empty()) {
+        return facts.failure();
+    }
+    return names.front();
 }
 
-std::optional<DriveFacts> DriveQuery::drive(const std::string& device, Wanted wanted,
-                                            std::string* error) const {
-    const auto name = node(device, error);
+Result<DriveFacts> DriveQuery::drive(const std::string& device, Wanted wanted) const {
+    const auto name = node(device);
     if (!name) {
-        return std::nullopt;
+        return name.failure();
     }
     if (!isPractice(*name)) {
-        return blockDevice(*name, wanted, error);
+        return blockDevice(*name, wanted);
     }
-    auto facts = practiceDrive(wanted, error);
-    if (!facts && error->empty()) {
-        *error = notFound(device);
+    auto facts = practiceDrive(wanted);
+    if (!facts && facts.failure().kind == Failure::Kind::NoDrive) {
+        return notFound(device);
     }
     return facts;
 }
 
-std::optional<std::string> DriveQuery::node(const std::string& device, std::string* error) const {
-    error->clear();
+Result<std::string> DriveQuery::node(const std::string& device) const {
     const std::string name = withoutFolder(device);
     if (isPractice(name)) {
         return name;
     }
-    auto known = kernelName(name);
-    if (!known) {
-        *error = notFound(device);
+    if (auto known = kernelName(name)) {
+        return *std::move(known);
     }
-    return known;
+    return notFound(device);
 }
 
 bool DriveQuery::isOpticalDrive(const std::string& name) {
@@ -233,10 +232,13 @@ std::optional<std::string> DriveQuery::kernelName(const std::string& device) con
     return last;
 }
 
-std::optional<DriveFacts> DriveQuery::practiceDrive(Wanted wanted, std::string* error) const {
-    const auto practice = PracticeDrive::read(*m_practiceFolder, error);
-    if (!practice || practice->noDrive) {
-        return std::nullopt;
+Result<DriveFacts> DriveQuery::practiceDrive(Wanted wanted) const {
+    const auto practice = PracticeDrive::read(*m_practiceFolder);
+    if (!practice) {
+        return practice.failure();
+    }
+    if (practice->noDrive) {
+        return noDrive();
     }
     DriveFacts facts;
     facts.node = withoutFolder(PracticeDrive::deviceNode);
@@ -260,8 +262,7 @@ std::optional<DriveFacts> DriveQuery::practiceDrive(Wanted wanted, std::string* 
     return facts;
 }
 
-std::optional<DriveFacts> DriveQuery::blockDevice(const std::string& name, Wanted wanted,
-                                                  std::string* error) const {
+Result<DriveFacts> DriveQuery::blockDevice(const std::string& name, Wanted wanted) const {
     DriveFacts facts;
     facts.node = name;
     facts.vendor = attribute(name, "device/vendor");
@@ -277,11 +278,11 @@ std::optional<DriveFacts> DriveQuery::blockDevice(const std::string& name, Wante
         return facts;
     }
     const std::string node = m_paths.nodes + "/" + name;
-    std::string reason;
-    const auto medium = m_devices.medium(node, &reason);
+    const auto medium = m_devices.medium(node);
     if (!medium) {
-        *error = std::string(nodePrefix) + name + ": " + reason;
-        return std::nullopt;
+        Failure failure = medium.failure();
+        failure.sentence = std::string(nodePrefix) + name + ": " + failure.sentence;
+        return failure;
     }
     if (!medium->present) {
         return facts;

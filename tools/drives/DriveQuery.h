@@ -17,6 +17,8 @@
 
 class DriveQuery final {
 public:
+    static constexpr const char* noDriveSentence = "No optical drive found.";
+
     // Names are costly to find where there is no record: the disc must be read for them.
     enum class Wanted { Type, TypeAndName };
 
@@ -32,22 +34,20 @@ public:
     const std::optional<std::string>& practiceFolder() const { return m_practiceFolder; }
 
     // The drive that the tools use when none is named: the preferred one, else the first that holds
-    // a disc, else the first. Absent without a drive, with an empty *error, or when it cannot be
-    // asked, with the reason in *error.
-    std::optional<DriveFacts> defaultDrive(Wanted wanted, std::string* error) const;
+    // a disc, else the first. Fails with NoDrive without one, with another kind when it cannot be
+    // asked.
+    Result<DriveFacts> defaultDrive(Wanted wanted) const;
 
     // The same drive's name when it is only to be ejected, which can be possible where asking the
-    // drive is not. Absent as above.
-    std::optional<std::string> defaultNode(std::string* error) const;
+    // drive is not. Fails as above.
+    Result<std::string> defaultNode() const;
 
     // The drive with this device, with or without "/dev/"; other block devices are described as
-    // if they were drives that always hold a disc. Absent with the reason in *error.
-    std::optional<DriveFacts> drive(const std::string& device, Wanted wanted,
-                                    std::string* error) const;
+    // if they were drives that always hold a disc.
+    Result<DriveFacts> drive(const std::string& device, Wanted wanted) const;
 
-    // The name of the device that is meant, without "/dev/", whether or not it holds a disc. Absent
-    // with the reason in *error when there is no such device.
-    std::optional<std::string> node(const std::string& device, std::string* error) const;
+    // The name of the device that is meant, without "/dev/", whether or not it holds a disc.
+    Result<std::string> node(const std::string& device) const;
 
     // The kernel's optical drives that have a node, in the order of their numbers.
     std::vector<std::string> opticalDrives() const;
@@ -61,9 +61,8 @@ public:
 
 private:
     bool isPractice(const std::string& name) const;
-    std::optional<DriveFacts> practiceDrive(Wanted wanted, std::string* error) const;
-    std::optional<DriveFacts> blockDevice(const std::string& name, Wanted wanted,
-                                          std::string* error) const;
+    Result<DriveFacts> practiceDrive(Wanted wanted) const;
+    Result<DriveFacts> blockDevice(const std::string& name, Wanted wanted) const;
     std::string attribute(const std::string& name, const std::string& file) const;
     std::uint64_t kernelBytes(const std::string& name) const;
 

@@ -8,7 +8,6 @@
 
 #include <cerrno>
 #include <climits>
-#include <cstring>
 
 #include "DescriptorHolder.h"
 #include "FileSystemLabel.h"
@@ -37,15 +36,14 @@ DescriptorHolder openQuietly(const std::string& node) {
 
 }  // namespace
 
-std::optional<MediumFacts> KernelDevice::medium(const std::string& node, std::string* error) {
+Result<MediumFacts> KernelDevice::medium(const std::string& node) {
     const DescriptorHolder device = openQuietly(node);
     MediumFacts medium;
     if (!device.isOpen()) {
         if (errno == ENOMEDIUM) {
             return medium;
         }
-        *error = std::strerror(errno);
-        return std::nullopt;
+        return Failure::ofErrno(errno);
     }
     const int status = ioctl(device.get(), CDROM_DRIVE_STATUS, CDSL_CURRENT);
     if (status < 0) {
@@ -89,42 +87,31 @@ std::string KernelDevice::label(const std::string& node) {
     return device.isOpen() ? FileSystemLabel::read(device.get()) : std::string();
 }
 
-DeviceAccess::Ejected KernelDevice::eject(const std::string& node, std::string* error) {
+Result<void> KernelDevice::eject(const std::string& node) {
     const DescriptorHolder device = openQuietly(node);
     if (!device.isOpen()) {
-        *error = std::strerror(errno);
-        return errno == EACCES || errno == EPERM ? Ejected::NoAccess : Ejected::Failed;
+        return Failure::ofErrno(errno);
     }
     if (ioctl(device.get(), CDROM_DRIVE_STATUS, CDSL_CURRENT) < 0 && errno == ENOTTY) {
-        return Ejected::NotADrive;
+        return ejected(-1, ENOTTY);
     }
     // The device manager locks the door of every drive that it has looked at. When this fails,
     // ejecting fails too and says why.
     ioctl(device.get(), CDROM_LOCKDOOR, 0);
     const int result = ioctl(device.get(), CDROMEJECT, 0);
-    const int reason = errno;
-    *error = std::strerror(reason);
-    return ejected(result, reason);
+    return ejected(result, errno);
 }
 
-DeviceAccess::Ejected KernelDevice::ejected(int result, int error) {
+Result<void> KernelDevice::ejected(int result, int error) {
     if (result == 0) {
-        return Ejected::Yes;
+        return {};
     }
+    Failure failure = Failure::ofErrno(error);
     // The kernel hands a drive's refusal on as a positive number, not as -1.
     if (result > 0) {
-        return Ejected::Refused;
+        failure.kind = Failure::Kind::Refused;
+    } else if (error == ENOTTY || error == ENOSYS) {
+        failure.kind = Failure::Kind::NoDrive;
     }
-    switch (error) {
-        case EBUSY:
-            return Ejected::Busy;
-        case EACCES:
-        case EPERM:
-            return Ejected::NoAccess;
-        case ENOTTY:
-        case ENOSYS:
-            return Ejected::NotADrive;
-        default:
-            return Ejected::Failed;
-    }
+    return failure;
 }

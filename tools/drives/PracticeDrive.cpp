@@ -257,7 +257,7 @@ std::optional<std::string> PracticeDrive::chosenFolder() {
     return std::string(folder);
 }
 
-std::optional<PracticeDrive> PracticeDrive::read(const std::string& folder, std::string* error) {
+Result<PracticeDrive> PracticeDrive::read(const std::string& folder) {
     PracticeDrive drive;
     drive.folder = folder;
     while (drive.folder.size() > 1 && drive.folder.back() == '/') {
@@ -275,8 +275,7 @@ std::optional<PracticeDrive> PracticeDrive::read(const std::string& folder, std:
         readSettings(drive, disc);
         drive.disc = readDisc(drive, disc);
     } catch (const Wrong& wrong) {
-        *error = wrong.what();
-        return std::nullopt;
+        return Failure{Failure::Kind::System, wrong.what()};
     }
     return drive;
 }

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "Mmc.h"
+#include "Result.h"
 
 struct PracticeFault {
     enum class Kind {
@@ -67,7 +68,7 @@ struct PracticeDrive {
     // The folder that the environment names; absent when the tools are to use real drives.
     static std::optional<std::string> chosenFolder();
 
-    // Reads the folder as it is now. Absent when the folder, its drive.json or its disc.iso is not
-    // what it should be; *error then says what is wrong, in one sentence without a newline.
-    static std::optional<PracticeDrive> read(const std::string& folder, std::string* error);
+    // Reads the folder as it is now. Fails when the folder, its drive.json or its disc.iso is not
+    // what it should be; the sentence has no newline.
+    static Result<PracticeDrive> read(const std::string& folder);
 };

@@ -9,7 +9,7 @@
 
 #include "Mmc.h"
 
-ScsiCommand::Result ScsiCommand::run(int drive, std::span<const std::byte> command,
+ScsiCommand::Answer ScsiCommand::run(int drive, std::span<const std::byte> command,
                                      std::span<std::byte> answer, std::chrono::milliseconds limit) {
     std::array<unsigned char, 16> block{};
     std::transform(command.begin(), command.end(), block.begin(),

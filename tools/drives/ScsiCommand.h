@@ -7,7 +7,7 @@
 
 namespace ScsiCommand {
 
-struct Result {
+struct Answer {
     // 0, or the number of the error: ENOMEDIUM when the drive says that it holds no disc, EIO for
     // whatever else it complains of.
     int error = 0;
@@ -15,7 +15,7 @@ struct Result {
 };
 
 // Sends the command, of at most 16 bytes, and fills the answer. The descriptor is the drive's.
-Result run(int drive, std::span<const std::byte> command, std::span<std::byte> answer,
+Answer run(int drive, std::span<const std::byte> command, std::span<std::byte> answer,
            std::chrono::milliseconds limit);
 
 }  // namespace ScsiCommand

@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <utility>
 
 #include "DeviceHolders.h"
@@ -20,84 +19,75 @@ Tray::Tray(SystemPaths paths, std::optional<std::string> practiceFolder, DeviceA
       m_devices(devices),
       m_service(service) {}
 
-bool Tray::open(const std::string& node, std::string* problem) {
+Result<void> Tray::open(const std::string& node) {
     if (m_practiceFolder && "/dev/" + node == PracticeDrive::deviceNode) {
-        return openPractice(problem);
+        return openPractice();
     }
-    return openDrive(node, problem);
+    return openDrive(node);
 }
 
-bool Tray::openPractice(std::string* problem) const {
-    const auto drive = PracticeDrive::read(*m_practiceFolder, problem);
+Result<void> Tray::openPractice() const {
+    const auto drive = PracticeDrive::read(*m_practiceFolder);
     if (!drive) {
-        return false;
+        return drive.failure();
     }
     if (drive->noDrive) {
-        *problem = "No optical drive found.";
-        return false;
+        return Failure{Failure::Kind::NoDrive, DriveQuery::noDriveSentence};
     }
     if (drive->failEject) {
-        *problem = "The practice drive refused to open its tray.";
-        return false;
+        return Failure{Failure::Kind::Refused, "The practice drive refused to open its tray."};
     }
     if (!drive->disc) {
-        return true;
+        return {};
     }
     // The link itself moves, never the image that it points to.
     const std::string ejected = drive->folder + "/" + PracticeDrive::ejectedFile;
     if (rename(drive->disc->path.c_str(), ejected.c_str()) != 0) {
-        *problem = drive->disc->path + ": " + std::strerror(errno);
-        return false;
+        return Failure::ofErrno(errno, drive->disc->path);
     }
-    return true;
+    return {};
 }
 
-bool Tray::openDrive(const std::string& node, std::string* problem) {
+Result<void> Tray::openDrive(const std::string& node) {
+    using Kind = Failure::Kind;
+    const std::string shown = "/dev/" + node;
+    const Failure notADrive{Kind::NoDrive, shown + " is not an optical drive."};
     // Before anything is unmounted: the name can be any disk's.
     if (!DriveQuery::isOpticalDrive(node)) {
-        *problem = "/dev/" + node + " is not an optical drive.";
-        return false;
+        return notADrive;
     }
-    if (!unmountAll(node, problem)) {
-        return false;
+    if (auto unmounted = unmountAll(node); !unmounted) {
+        return unmounted;
     }
-    const std::string shown = "/dev/" + node;
-    std::string reason;
-    switch (m_devices.eject(nodePath(node), &reason)) {
-        case DeviceAccess::Ejected::Yes:
-            return true;
-        case DeviceAccess::Ejected::Busy:
-            *problem = busySentence(node);
-            return false;
-        case DeviceAccess::Ejected::Refused:
-            *problem = shown + ": the drive refused to open its tray.";
-            return false;
-        case DeviceAccess::Ejected::NotADrive:
-            *problem = shown + " is not an optical drive.";
-            return false;
-        case DeviceAccess::Ejected::NoAccess:
-            break;
-        case DeviceAccess::Ejected::Failed:
-            *problem = shown + ": " + reason;
-            return false;
+    const auto ejected = m_devices.eject(nodePath(node));
+    if (ejected) {
+        return {};
     }
-    // Who may not open the device may still be allowed to eject it by the service's rules.
-    std::string answer;
-    const DiscService::Result result = m_service.eject(node, &answer);
-    if (result == DiscService::Result::Busy) {
-        *problem = busySentence(node);
-    } else if (result == DiscService::Result::Failed) {
-        *problem = shown + ": " + answer;
-    } else {
-        *problem = shown + ": " + reason;
+    Failure failure = ejected.failure();
+    if (failure.kind == Kind::NoAccess) {
+        // Who may not open the device may still be allowed to eject it by the service's rules.
+        const auto served = m_service.eject(node);
+        if (served) {
+            return {};
+        }
+        if (served.failure().kind != Kind::Unavailable) {
+            failure = served.failure();
+        }
     }
-    return result == DiscService::Result::Done;
+    if (failure.kind == Kind::NoDrive) {
+        return notADrive;
+    }
+    failure.sentence = failure.kind == Kind::Busy ? busySentence(node)
+                       : failure.kind == Kind::Refused
+                           ? shown + ": the drive refused to open its tray."
+                           : shown + ": " + failure.sentence;
+    return failure;
 }
 
-bool Tray::unmountAll(const std::string& node, std::string* problem) {
+Result<void> Tray::unmountAll(const std::string& node) {
     const std::string number = deviceNumber(node);
     if (number.empty()) {
-        return true;
+        return {};
     }
     // Each round takes one mount away; a table that does not get shorter ends it.
     std::size_t before = SIZE_MAX;
@@ -105,40 +95,38 @@ bool Tray::unmountAll(const std::string& node, std::string* problem) {
     for (;;) {
         const auto folders = MountTable::read(m_paths.processes, number);
         if (folders.empty()) {
-            return true;
+            return {};
         }
         if (folders.size() >= before && !serviceHelps) {
-            *problem = "/dev/" + node + " is still mounted on " + folders.front() + ".";
-            return false;
+            return Failure{Failure::Kind::System,
+                           "/dev/" + node + " is still mounted on " + folders.front() + "."};
         }
         serviceHelps = serviceHelps && folders.size() < before;
         before = folders.size();
-        std::string reason;
-        auto result = DiscService::Result::Unavailable;
+        Result<void> unmounted;
         if (serviceHelps) {
-            result = m_service.unmount(node, &reason);
-            serviceHelps = result != DiscService::Result::Unavailable;
+            unmounted = m_service.unmount(node);
+            serviceHelps = unmounted || unmounted.failure().kind != Failure::Kind::Unavailable;
         }
         if (!serviceHelps) {
-            result = m_service.unmountFolder(folders.front(), &reason);
+            unmounted = m_service.unmountFolder(folders.front());
         }
-        if (result != DiscService::Result::Done) {
-            *problem = unmountProblem(node, folders, result, reason);
-            return false;
+        if (!unmounted) {
+            return unmountFailure(node, folders, unmounted.failure());
         }
     }
 }
 
-std::string Tray::unmountProblem(const std::string& node, const std::vector<std::string>& folders,
-                                 DiscService::Result result, const std::string& reason) const {
+Failure Tray::unmountFailure(const std::string& node, const std::vector<std::string>& folders,
+                             const Failure& cause) const {
     // The service does not always tell "busy" from other failures, so look in any case.
     const auto holders = DeviceHolders::find(m_paths.processes, nodePath(node), folders);
-    std::string sentence = "/dev/" + node;
-    if (result == DiscService::Result::Busy || !holders.empty()) {
-        return DeviceHolders::sentence(sentence, holders);
+    const std::string shown = "/dev/" + node;
+    if (cause.kind == Failure::Kind::Busy || !holders.empty()) {
+        return {Failure::Kind::Busy, DeviceHolders::sentence(shown, holders)};
     }
-    sentence += " is mounted on " + folders.front();
-    return sentence + " and cannot be unmounted: " + reason;
+    return {cause.kind, shown + " is mounted on " + folders.front() +
+                            " and cannot be unmounted: " + cause.sentence};
 }
 
 std::string Tray::busySentence(const std::string& node) const {

@@ -17,17 +17,16 @@ public:
     Tray(SystemPaths paths, std::optional<std::string> practiceFolder, DeviceAccess& devices,
          DiscService& service);
 
-    // Opens the tray of the drive with this name ("sr0"); an empty one opens too. False with the
-    // reason, a sentence, in *problem; a disc that is in use stays mounted or in its drive and the
-    // sentence names who uses it.
-    bool open(const std::string& node, std::string* problem);
+    // Opens the tray of the drive with this name ("sr0"); an empty one opens too. A disc that is in
+    // use stays mounted or in its drive, and the failure's sentence names who uses it.
+    Result<void> open(const std::string& node);
 
 private:
-    bool openPractice(std::string* problem) const;
-    bool openDrive(const std::string& node, std::string* problem);
-    bool unmountAll(const std::string& node, std::string* problem);
-    std::string unmountProblem(const std::string& node, const std::vector<std::string>& folders,
-                               DiscService::Result result, const std::string& reason) const;
+    Result<void> openPractice() const;
+    Result<void> openDrive(const std::string& node);
+    Result<void> unmountAll(const std::string& node);
+    Failure unmountFailure(const std::string& node, const std::vector<std::string>& folders,
+                           const Failure& cause) const;
     std::string busySentence(const std::string& node) const;
     std::string nodePath(const std::string& node) const;
     std::string deviceNumber(const std::string& node) const;

@@ -52,22 +52,21 @@ public:
     Connection& operator=(const Connection&) = delete;
 
     // Calls a method that takes only the (here empty) dictionary of options.
-    DiscService::Result call(const std::string& object, const char* interface, const char* method,
-                             std::string* problem) {
+    Result<void> call(const std::string& object, const char* interface, const char* method) {
         if (m_bus == nullptr) {
-            return DiscService::Result::Unavailable;
+            return unavailable();
         }
         sd_bus_error error{};
         const int result = m_library.call(m_bus, service, object.c_str(), interface, method, &error,
                                           nullptr, "a{sv}", 0);
-        return finish(result, error, problem);
+        return result >= 0 ? Result<void>() : finish(result, error);
     }
 
     // Reads a property that is an object's path.
-    DiscService::Result pathProperty(const std::string& object, const char* interface,
-                                     const char* name, std::string* value, std::string* problem) {
+    Result<std::string> pathProperty(const std::string& object, const char* interface,
+                                     const char* name) {
         if (m_bus == nullptr) {
-            return DiscService::Result::Unavailable;
+            return unavailable();
         }
         sd_bus_error error{};
         sd_bus_message* reply = nullptr;
@@ -77,22 +76,27 @@ public:
         if (result >= 0) {
             result = m_library.read(reply, "o", &text);
         }
-        if (result >= 0 && text != nullptr) {
-            *value = text;
-        }
+        const std::string path = result >= 0 && text != nullptr ? text : "";
         m_library.dropMessage(reply);
-        return finish(result, error, problem);
+        if (result < 0) {
+            if (const auto read = finish(result, error); !read) {
+                return read.failure();
+            }
+        }
+        return path;
     }
 
 private:
-    DiscService::Result finish(int result, sd_bus_error& error, std::string* problem) {
-        if (result >= 0) {
-            return DiscService::Result::Done;
-        }
-        const std::string name = error.name == nullptr ? "" : error.name;
-        *problem = error.message == nullptr ? std::strerror(-result) : Utf8::oneLine(error.message);
+    static Failure unavailable() {
+        return {Failure::Kind::Unavailable, "the disc service cannot be reached"};
+    }
+
+    Result<void> finish(int result, sd_bus_error& error) {
+        const auto kind = UDisks::kindOf(error.name == nullptr ? "" : error.name);
+        std::string text =
+            error.message == nullptr ? std::strerror(-result) : Utf8::oneLine(error.message);
         m_library.dropError(&error);
-        return UDisks::resultOf(name);
+        return kind ? Result<void>(Failure{*kind, std::move(text)}) : Result<void>();
     }
 
     BusLibrary m_library;
@@ -101,29 +105,25 @@ private:
 
 }  // namespace
 
-DiscService::Result UDisks::unmount(const std::string& device, std::string* problem) {
-    return Connection().call(objectPath(device), "org.freedesktop.UDisks2.Filesystem", "Unmount",
-                             problem);
+Result<void> UDisks::unmount(const std::string& device) {
+    return Connection().call(objectPath(device), "org.freedesktop.UDisks2.Filesystem", "Unmount");
 }
 
-DiscService::Result UDisks::eject(const std::string& device, std::string* problem) {
+Result<void> UDisks::eject(const std::string& device) {
     Connection connection;
-    std::string drive;
-    const Result found = connection.pathProperty(
-        objectPath(device), "org.freedesktop.UDisks2.Block", "Drive", &drive, problem);
-    if (found != Result::Done) {
-        return found;
+    const auto drive =
+        connection.pathProperty(objectPath(device), "org.freedesktop.UDisks2.Block", "Drive");
+    if (!drive) {
+        return drive.failure();
     }
-    return connection.call(drive, "org.freedesktop.UDisks2.Drive", "Eject", problem);
+    return connection.call(*drive, "org.freedesktop.UDisks2.Drive", "Eject");
 }
 
-DiscService::Result UDisks::unmountFolder(const std::string& folder, std::string* problem) {
+Result<void> UDisks::unmountFolder(const std::string& folder) {
     if (umount2(folder.c_str(), UMOUNT_NOFOLLOW) == 0) {
-        return Result::Done;
+        return {};
     }
-    const int error = errno;
-    *problem = std::strerror(error);
-    return error == EBUSY ? Result::Busy : Result::Failed;
+    return Failure::ofErrno(errno);
 }
 
 std::string UDisks::objectPath(std::string_view device) {
@@ -143,19 +143,20 @@ std::string UDisks::objectPath(std::string_view device) {
     return path;
 }
 
-DiscService::Result UDisks::resultOf(std::string_view errorName) {
+std::optional<Failure::Kind> UDisks::kindOf(std::string_view errorName) {
+    using Kind = Failure::Kind;
     constexpr std::string_view busPrefix = "org.freedesktop.DBus.Error.";
     if (errorName == "org.freedesktop.UDisks2.Error.DeviceBusy") {
-        return Result::Busy;
+        return Kind::Busy;
     }
     // Nothing to unmount is what the caller wanted; it looks at the mounts again anyway.
     if (errorName == "org.freedesktop.UDisks2.Error.NotMounted") {
-        return Result::Done;
+        return std::nullopt;
     }
-    if (errorName.substr(0, busPrefix.size()) != busPrefix) {
-        return Result::Failed;
+    if (!errorName.starts_with(busPrefix)) {
+        return Kind::System;
     }
-    const std::string_view kind = errorName.substr(busPrefix.size());
-    const bool isAnswer = kind == "AccessDenied" || kind == "NoReply" || kind == "Timeout";
-    return isAnswer ? Result::Failed : Result::Unavailable;
+    const std::string_view name = errorName.substr(busPrefix.size());
+    const bool isAnswer = name == "AccessDenied" || name == "NoReply" || name == "Timeout";
+    return isAnswer ? Kind::System : Kind::Unavailable;
 }

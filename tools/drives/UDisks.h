@@ -3,6 +3,7 @@
 // libsystemd, whose bus client this uses, is loaded on the first call to the service.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -10,14 +11,14 @@
 
 class UDisks final : public DiscService {
 public:
-    Result unmount(const std::string& device, std::string* problem) override;
-    Result eject(const std::string& device, std::string* problem) override;
-    Result unmountFolder(const std::string& folder, std::string* problem) override;
+    Result<void> unmount(const std::string& device) override;
+    Result<void> eject(const std::string& device) override;
+    Result<void> unmountFolder(const std::string& folder) override;
 
     // The service's object for a device: each byte that is no ASCII letter or digit is "_" and its
     // two hexadecimal digits.
     static std::string objectPath(std::string_view device);
 
-    // What an error with this name means.
-    static Result resultOf(std::string_view errorName);
+    // What an error with this name means; absent when what was asked for is so already.
+    static std::optional<Failure::Kind> kindOf(std::string_view errorName);
 };

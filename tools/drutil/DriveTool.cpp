@@ -17,48 +17,38 @@ constexpr const char* usage =
 
 DriveTool::DriveTool(const DriveQuery& drives, Tray& tray) : m_drives(drives), m_tray(tray) {}
 
-int DriveTool::run(const std::vector<std::string>& arguments, std::string* output,
-                   std::string* errors) {
+CommandOutcome DriveTool::run(const std::vector<std::string>& arguments) {
     if (arguments.size() == 1) {
         if (arguments[0] == "status") {
-            return status(output, errors);
+            return status();
         }
         if (arguments[0] == "eject") {
-            return eject(errors);
+            return eject();
         }
         if (arguments[0] == "--help") {
-            *output = usage;
-            return EXIT_SUCCESS;
+            return {EXIT_SUCCESS, usage, {}};
         }
     }
-    *errors = usage;
-    return EX_USAGE;
+    return {EX_USAGE, {}, usage};
 }
 
-int DriveTool::status(std::string* output, std::string* errors) const {
-    std::string problem;
-    const auto drive = m_drives.defaultDrive(DriveQuery::Wanted::Type, &problem);
-    if (!drive) {
-        // No drive at all is no problem to tell of: the exit status says it.
-        if (!problem.empty()) {
-            *errors = "drutil: " + problem + "\n";
-        }
-        return EXIT_FAILURE;
+CommandOutcome DriveTool::status() const {
+    const auto drive = m_drives.defaultDrive(DriveQuery::Wanted::Type);
+    if (drive) {
+        return {EXIT_SUCCESS, StatusReport::text(*drive), {}};
     }
-    *output = StatusReport::text(*drive);
-    return EXIT_SUCCESS;
+    // No drive at all is no problem to tell of: the exit status says it.
+    if (drive.failure().kind == Failure::Kind::NoDrive) {
+        return {EXIT_FAILURE, {}, {}};
+    }
+    return CommandOutcome::failed("drutil", drive.failure());
 }
 
-int DriveTool::eject(std::string* errors) {
-    std::string problem;
-    const auto node = m_drives.defaultNode(&problem);
+CommandOutcome DriveTool::eject() {
+    const auto node = m_drives.defaultNode();
     if (!node) {
-        *errors = "drutil: " + (problem.empty() ? "No optical drive found." : problem) + "\n";
-        return EXIT_FAILURE;
+        return CommandOutcome::failed("drutil", node.failure());
     }
-    if (!m_tray.open(*node, &problem)) {
-        *errors = "drutil: " + problem + "\n";
-        return EXIT_FAILURE;
-    }
-    return EXIT_SUCCESS;
+    const auto opened = m_tray.open(*node);
+    return opened ? CommandOutcome{} : CommandOutcome::failed("drutil", opened.failure());
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "CommandOutcome.h"
 #include "DriveQuery.h"
 #include "Tray.h"
 
@@ -14,12 +15,11 @@ public:
     // Both must outlive this.
     DriveTool(const DriveQuery& drives, Tray& tray);
 
-    // Gives the exit status; *output is for standard output, *errors for standard error.
-    int run(const std::vector<std::string>& arguments, std::string* output, std::string* errors);
+    CommandOutcome run(const std::vector<std::string>& arguments);
 
 private:
-    int status(std::string* output, std::string* errors) const;
-    int eject(std::string* errors);
+    CommandOutcome status() const;
+    CommandOutcome eject();
 
     const DriveQuery& m_drives;
     Tray& m_tray;

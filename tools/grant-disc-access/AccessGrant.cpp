@@ -16,7 +16,6 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
-#include <cstring>
 #include <limits>
 #include <memory>
 
@@ -229,17 +228,15 @@ std::vector<AccessGrant::Drive> AccessGrant::opticalDrives(const Places& places)
     return drives;
 }
 
-bool AccessGrant::grantReading(const Drive& drive, uid_t user, std::string* problem) {
+Result<void> AccessGrant::grantReading(const Drive& drive, uid_t user) {
     const std::string path = "/proc/self/fd/" + std::to_string(drive.location.get());
     const AclHolder before(acl_get_file(path.c_str(), ACL_TYPE_ACCESS), acl_free);
     acl_t list = before ? acl_dup(before.get()) : nullptr;
     const bool done = list != nullptr && allowReading(list, user) &&
                       acl_set_file(path.c_str(), ACL_TYPE_ACCESS, list) == 0;
-    if (!done) {
-        *problem = drive.node + ": " + std::strerror(errno);
-    }
+    const int error = errno;
     acl_free(list);
-    return done;
+    return done ? Result<void>() : Failure::ofErrno(error, drive.node);
 }
 
 std::optional<std::string> AccessGrant::groupForDiscs(gid_t group) {
@@ -254,9 +251,9 @@ bool AccessGrant::isGroupForDiscs(std::string_view name) {
     return name == "cdrom" || name == "optical";
 }
 
-bool AccessGrant::addToGroup(const User& user, const std::string& group,
-                             const std::vector<MembershipTool>& tools, std::string* problem) {
-    *problem = "no tool for that is installed";
+Result<void> AccessGrant::addToGroup(const User& user, const std::string& group,
+                                     const std::vector<MembershipTool>& tools) {
+    Failure failure{Failure::Kind::System, "no tool for that is installed"};
     for (const MembershipTool& tool : tools) {
         if (access(tool.program.c_str(), X_OK) != 0) {
             continue;
@@ -267,11 +264,11 @@ bool AccessGrant::addToGroup(const User& user, const std::string& group,
         }
         const int status = run(tool.program, arguments);
         if (status == 0) {
-            return true;
+            return {};
         }
-        *problem = tool.program + " failed with status " + std::to_string(status);
+        failure.sentence = tool.program + " failed with status " + std::to_string(status);
     }
-    return false;
+    return failure;
 }
 
 std::vector<AccessGrant::MembershipTool> AccessGrant::systemTools() {

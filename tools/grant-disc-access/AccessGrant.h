@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "DescriptorHolder.h"
+#include "Result.h"
 
 namespace AccessGrant {
 
@@ -52,8 +53,8 @@ std::optional<User> userWithNumber(uid_t number);
 std::vector<Drive> opticalDrives(const Places& places);
 
 // Adds reading for the user to the node's access control list. What the user could do before stays,
-// and nobody else's rights change. False with the reason in *problem.
-bool grantReading(const Drive& drive, uid_t user, std::string* problem);
+// and nobody else's rights change.
+Result<void> grantReading(const Drive& drive, uid_t user);
 
 // The name of the drive's owning group if it is one that exists for optical drives. Absent for any
 // other: membership in "disk" or "root" would be far more than reading discs.
@@ -61,10 +62,9 @@ std::optional<std::string> groupForDiscs(gid_t group);
 // The same decision for a name.
 bool isGroupForDiscs(std::string_view name);
 
-// Adds the user to the group by the first of these tools that is there and succeeds. False with the
-// reason in *problem.
-bool addToGroup(const User& user, const std::string& group,
-                const std::vector<MembershipTool>& tools, std::string* problem);
+// Adds the user to the group by the first of these tools that is there and succeeds.
+Result<void> addToGroup(const User& user, const std::string& group,
+                        const std::vector<MembershipTool>& tools);
 
 // The system's tools for that.
 std::vector<MembershipTool> systemTools();

@@ -14,7 +14,6 @@
 #include <climits>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 
 namespace {
 
@@ -26,9 +25,8 @@ bool isNeeded(unsigned capability) {
     return std::find(needed.begin(), needed.end(), capability) != needed.end();
 }
 
-bool failed(const char* step, std::string* problem) {
-    *problem = std::string(step) + ": " + std::strerror(errno);
-    return false;
+Failure failed(const char* step) {
+    return Failure::ofErrno(errno, step);
 }
 
 // A small limit of the caller's could cut the account files short, or end the account tool between
@@ -50,19 +48,19 @@ bool setLimits() {
 
 }  // namespace
 
-bool Privileges::shedInheritance(std::string* problem) {
+Result<void> Privileges::shedInheritance() {
     if (clearenv() != 0 || chdir("/") != 0) {
-        return failed("cannot leave the caller's surroundings", problem);
+        return failed("cannot leave the caller's surroundings");
     }
     umask(S_IWGRP | S_IWOTH);
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
         // A closed one would be given to the next file that is opened.
         if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", O_RDWR) != descriptor) {
-            return failed("cannot open /dev/null", problem);
+            return failed("cannot open /dev/null");
         }
     }
     if (syscall(SYS_close_range, STDERR_FILENO + 1, UINT_MAX, 0) != 0) {
-        return failed("cannot close the caller's files", problem);
+        return failed("cannot close the caller's files");
     }
     for (int number = 1; number < NSIG; ++number) {
         std::signal(number, SIG_DFL);
@@ -70,22 +68,22 @@ bool Privileges::shedInheritance(std::string* problem) {
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
-    return setLimits() || failed("cannot set the limits", problem);
+    return setLimits() ? Result<void>() : failed("cannot set the limits");
 }
 
-bool Privileges::keepOnlyNeeded(std::string* problem) {
+Result<void> Privileges::keepOnlyNeeded() {
     if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
-        return failed("cannot give up new rights", problem);
+        return failed("cannot give up new rights");
     }
     for (unsigned capability = 0; prctl(PR_CAPBSET_READ, capability, 0, 0, 0) >= 0; ++capability) {
         if (!isNeeded(capability) && prctl(PR_CAPBSET_DROP, capability, 0, 0, 0) != 0) {
-            return failed("cannot give up a right", problem);
+            return failed("cannot give up a right");
         }
     }
     __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
     std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> sets = {};
     if (syscall(SYS_capget, &header, sets.data()) != 0) {
-        return failed("cannot read the rights", problem);
+        return failed("cannot read the rights");
     }
     std::array<__u32, _LINUX_CAPABILITY_U32S_3> keep = {};
     for (const unsigned capability : needed) {
@@ -97,9 +95,9 @@ bool Privileges::keepOnlyNeeded(std::string* problem) {
         sets[index].inheritable = 0;
     }
     if (syscall(SYS_capset, &header, sets.data()) != 0) {
-        return failed("cannot give up the other rights", problem);
+        return failed("cannot give up the other rights");
     }
-    return true;
+    return {};
 }
 
 bool Privileges::isPlainRoot() {

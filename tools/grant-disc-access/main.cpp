@@ -61,12 +61,12 @@ int grantForTheFuture(const AccessGrant::User& user,
         if (!group || std::find(groups.begin(), groups.end(), drive.group) != groups.end()) {
             continue;
         }
-        std::string problem;
-        if (!AccessGrant::addToGroup(user, *group, AccessGrant::systemTools(), &problem)) {
+        const auto added = AccessGrant::addToGroup(user, *group, AccessGrant::systemTools());
+        if (!added) {
             return end(EXIT_FAILURE, user.name +
                                          " may read the optical drives until they are removed, "
                                          "but is not in the group " +
-                                         *group + ": " + problem);
+                                         *group + ": " + added.failure().sentence);
         }
         groups.push_back(drive.group);
     }
@@ -85,9 +85,10 @@ int main(int argc, char**) {
         return end(EX_NOPERM, "is started by pkexec.");
     }
     const auto number = AccessGrant::callingUser(std::getenv("PKEXEC_UID"));
-    std::string problem;
-    if (!Privileges::shedInheritance(&problem) || !Privileges::keepOnlyNeeded(&problem)) {
-        return end(EXIT_FAILURE, problem);
+    for (const auto prepare : {Privileges::shedInheritance, Privileges::keepOnlyNeeded}) {
+        if (const auto prepared = prepare(); !prepared) {
+            return end(EXIT_FAILURE, prepared.failure().sentence);
+        }
     }
     const auto user = number ? AccessGrant::userWithNumber(*number) : std::nullopt;
     if (!user) {
@@ -98,8 +99,8 @@ int main(int argc, char**) {
         return end(EXIT_FAILURE, "there is no optical drive.");
     }
     for (const AccessGrant::Drive& drive : drives) {
-        if (!AccessGrant::grantReading(drive, user->number, &problem)) {
-            return end(EXIT_FAILURE, problem);
+        if (const auto granted = AccessGrant::grantReading(drive, user->number); !granted) {
+            return end(EXIT_FAILURE, granted.failure().sentence);
         }
     }
     return grantForTheFuture(*user, drives);

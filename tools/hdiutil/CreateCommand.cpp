@@ -1,9 +1,17 @@
 #include "CreateCommand.h"
 
 #include <string_view>
+#include <utility>
 
-std::optional<CreateCommand> CreateCommand::parse(std::span<const char* const> arguments,
-                                                  std::string* problem) {
+namespace {
+
+Failure usageFailure(std::string sentence) {
+    return {Failure::Kind::Usage, std::move(sentence)};
+}
+
+}  // namespace
+
+Result<CreateCommand> CreateCommand::parse(std::span<const char* const> arguments) {
     constexpr std::string_view extension = ".cdr";
     CreateCommand command;
     std::string format;
@@ -18,31 +26,25 @@ std::optional<CreateCommand> CreateCommand::parse(std::span<const char* const> a
                              : option == "-o"       ? &command.image
                                                     : nullptr;
         if (value == nullptr) {
-            *problem = "unknown option " + std::string(option);
-            return std::nullopt;
+            return usageFailure("unknown option " + std::string(option));
         }
         if (i + 1 == arguments.size() || *arguments[i + 1] == '\0') {
-            *problem = std::string(option) + " needs a value";
-            return std::nullopt;
+            return usageFailure(std::string(option) + " needs a value");
         }
         if (!value->empty()) {
-            *problem = std::string(option) + " is given twice";
-            return std::nullopt;
+            return usageFailure(std::string(option) + " is given twice");
         }
         *value = arguments[++i];
     }
     if (command.device.empty() || format.empty() || command.image.empty()) {
-        *problem = "-srcdevice, -format and -o are all needed";
-        return std::nullopt;
+        return usageFailure("-srcdevice, -format and -o are all needed");
     }
     if (format != "UDTO") {
-        *problem = "the only format is UDTO, not " + format;
-        return std::nullopt;
+        return usageFailure("the only format is UDTO, not " + format);
     }
     // With ".cdr" added it would name a hidden file in that folder.
     if (command.image.ends_with('/')) {
-        *problem = "-o needs the name of a file, not of the folder " + command.image;
-        return std::nullopt;
+        return usageFailure("-o needs the name of a file, not of the folder " + command.image);
     }
     if (!command.image.ends_with(extension)) {
         command.image += extension;

@@ -69,28 +69,6 @@ private:
     _exit(status);
 }
 
-std::string folderOf(const std::string& path) {
-    const auto slash = path.rfind('/');
-    return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
-}
-
-std::string reasonOfCreate(const std::string& path, int error) {
-    if (error == ENOENT) {
-        return "the folder " + folderOf(path) + " does not exist";
-    }
-    // "Permission denied" is for the disc: whoever reads it there is sent to get access to the
-    // drive.
-    if (error == EACCES) {
-        return "the folder " + folderOf(path) + " may not be written to";
-    }
-    return path + ": " + std::strerror(error);
-}
-
-std::string reasonOfReserve(const std::string& path, int error, std::uint64_t bytes) {
-    return path + ": " + std::strerror(error) + "; the image needs " + std::to_string(bytes) +
-           " bytes";
-}
-
 std::string reasonOf(const CopyResult& result, const CreateCommand& command) {
     const auto& device = command.device;
     switch (result.kind) {
@@ -109,11 +87,6 @@ std::string reasonOf(const CopyResult& result, const CreateCommand& command) {
     }
     return "the copy was stopped";
 }
-
-struct OpenResult {
-    std::unique_ptr<Medium> medium;
-    std::string problem;
-};
 
 }  // namespace
 
@@ -134,31 +107,28 @@ int ImagingJob::imageDisc() {
     PuppetStrings lines(m_command.progress ? std::optional(STDOUT_FILENO) : std::nullopt);
     lines.unknown();
 
-    Background<OpenResult> opening([device = m_command.device] {
-        OpenResult result;
-        result.medium = openMedium(device, &result.problem);
-        return result;
-    });
+    Background<Result<std::unique_ptr<Medium>>> opening(
+        [device = m_command.device] { return openMedium(device); });
     while (!opening.isDoneWithin(PuppetStrings::interval)) {
         if (lines.readerIsGone()) {
             leave(EXIT_FAILURE);
         }
     }
-    const auto [medium, problem] = opening.take();
-    if (!medium) {
-        return fail(problem);
+    const auto opened = opening.take();
+    if (!opened) {
+        return fail(opened.failure().sentence);
     }
+    const auto& medium = *opened;
 
-    int error = 0;
-    const auto image = ImageFile::create(m_command.image, &error);
-    if (!image) {
-        return fail(reasonOfCreate(m_command.image, error));
+    const auto created = ImageFile::create(m_command.image);
+    if (!created) {
+        return fail(created.failure().sentence);
     }
+    const auto& image = *created;
     const std::uint64_t bytes = medium->capacity();
-    error = image->reserve(bytes);
-    if (error != 0) {
+    if (const auto reserved = image->reserve(bytes); !reserved) {
         image->remove();
-        return fail(reasonOfReserve(m_command.image, error, bytes));
+        return fail(reserved.failure().sentence);
     }
 
     Copier copier(*medium, *image);

@@ -53,13 +53,12 @@ int main(int argc, char** argv) {
     if (arguments.size() == 1 && std::string_view(arguments[0]) == "--help") {
         return writeText(STDOUT_FILENO, usage) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
     }
-    std::string problem = "the only command is create";
-    std::optional<CreateCommand> command;
+    Result<CreateCommand> command = Failure{Failure::Kind::Usage, "the only command is create"};
     if (!arguments.empty() && std::string_view(arguments[0]) == "create") {
-        command = CreateCommand::parse(std::span(arguments).subspan(1), &problem);
+        command = CreateCommand::parse(std::span(arguments).subspan(1));
     }
     if (!command) {
-        writeText(STDERR_FILENO, "hdiutil: " + problem + "\n" + usage);
+        writeText(STDERR_FILENO, "hdiutil: " + command.failure().sentence + "\n" + usage);
         return usageError;
     }
     return ImagingJob(*command).run();

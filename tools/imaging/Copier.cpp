@@ -124,8 +124,8 @@ private:
         }
     }
 
-    void fail(const IsolatingReader::Failure& failure) {
-        using Kind = IsolatingReader::Failure::Kind;
+    void fail(const IsolatingReader::ReadFailure& failure) {
+        using Kind = IsolatingReader::ReadFailure::Kind;
         m_result.error = failure.error;
         if (failure.kind == Kind::Changed) {
             m_result.kind = CopyResult::Kind::Changed;

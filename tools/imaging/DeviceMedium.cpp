@@ -7,26 +7,24 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 
 #include "Mmc.h"
 
-std::unique_ptr<DeviceMedium> DeviceMedium::open(const std::string& device,
-                                                 std::unique_ptr<OpticalDrive> drive,
-                                                 const DiscLayout& layout, std::string* problem) {
+Result<std::unique_ptr<Medium>> DeviceMedium::open(const std::string& device,
+                                                   std::unique_ptr<OpticalDrive> drive,
+                                                   const DiscLayout& layout) {
     // Without O_NONBLOCK: the kernel then takes a fresh look at the size, and locks the door.
     const int descriptor = ::open(device.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) {
-        *problem = device + ": " + std::strerror(errno);
-        return nullptr;
+        return Failure::ofErrno(errno, device);
     }
     int logicalBytes = 0;
     std::uint64_t bytes = 0;
     if (ioctl(descriptor, BLKSSZGET, &logicalBytes) != 0 ||
         ioctl(descriptor, BLKGETSIZE64, &bytes) != 0) {
-        *problem = device + ": " + std::strerror(errno);
+        Failure failure = Failure::ofErrno(errno, device);
         close(descriptor);
-        return nullptr;
+        return failure;
     }
     const auto alignment = static_cast<std::uint32_t>(std::max(logicalBytes, 512));
     std::unique_ptr<DeviceMedium> medium(

@@ -11,11 +11,10 @@
 
 class DeviceMedium final : public Medium {
 public:
-    // drive: the optical drive that the device is, absent for other block devices. Absent on
-    // failure; *problem is then one sentence.
-    static std::unique_ptr<DeviceMedium> open(const std::string& device,
-                                              std::unique_ptr<OpticalDrive> drive,
-                                              const DiscLayout& layout, std::string* problem);
+    // drive: the optical drive that the device is, absent for other block devices.
+    static Result<std::unique_ptr<Medium>> open(const std::string& device,
+                                                std::unique_ptr<OpticalDrive> drive,
+                                                const DiscLayout& layout);
 
     std::uint32_t sectorBytes() const override { return m_sectorBytes; }
     std::uint64_t capacity() const override { return m_capacity; }

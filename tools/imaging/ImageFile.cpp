@@ -13,16 +13,38 @@ namespace {
 
 constexpr std::uint64_t windowBytes = 8ULL * 1024 * 1024;
 
+std::string folderOf(const std::string& path) {
+    const auto slash = path.rfind('/');
+    return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
+}
+
+Failure createFailure(const std::string& path, int error) {
+    Failure failure = Failure::ofErrno(error, path);
+    // "Permission denied" is for the disc: whoever reads it there is sent to get access to the
+    // drive.
+    if (error == EACCES) {
+        failure.sentence = "the folder " + folderOf(path) + " may not be written to";
+    } else if (error == ENOENT) {
+        failure.sentence = "the folder " + folderOf(path) + " does not exist";
+    }
+    return failure;
+}
+
+Failure spaceFailure(const std::string& path, int error, std::uint64_t bytes) {
+    Failure failure = Failure::ofErrno(error, path);
+    failure.sentence += "; the image needs " + std::to_string(bytes) + " bytes";
+    return failure;
+}
+
 }  // namespace
 
-std::unique_ptr<ImageFile> ImageFile::create(const std::string& path, int* error, Caching caching) {
+Result<std::unique_ptr<ImageFile>> ImageFile::create(const std::string& path, Caching caching) {
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
     constexpr mode_t mode = 0666;
     // Created without O_DIRECT: where it is refused, an open that asks for it leaves an empty file.
     const int descriptor = open(path.c_str(), flags, mode);
     if (descriptor < 0) {
-        *error = errno;
-        return nullptr;
+        return createFailure(path, errno);
     }
     const bool uncached = caching == Caching::Avoid && fcntl(descriptor, F_SETFL, O_DIRECT) == 0;
     return std::unique_ptr<ImageFile>(new ImageFile(path, descriptor, uncached));
@@ -35,16 +57,16 @@ ImageFile::~ImageFile() {
     close(m_descriptor);
 }
 
-int ImageFile::reserve(std::uint64_t bytes) {
+Result<void> ImageFile::reserve(std::uint64_t bytes) {
     if (bytes == 0) {
-        return 0;
+        return {};
     }
     // Asked first: taking the space would fill the disk before it fails.
     struct statvfs space {};
     if (fstatvfs(m_descriptor, &space) == 0 && space.f_blocks > 0) {
         const std::uint64_t blocks = geteuid() == 0 ? space.f_bfree : space.f_bavail;
         if (bytes / space.f_frsize > blocks) {
-            return ENOSPC;
+            return spaceFailure(m_path, ENOSPC, bytes);
         }
     }
     int result = 0;
@@ -52,9 +74,9 @@ int ImageFile::reserve(std::uint64_t bytes) {
         result = fallocate(m_descriptor, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(bytes));
     } while (result != 0 && errno == EINTR);
     if (result == 0 || (errno != ENOSPC && errno != EDQUOT && errno != EFBIG)) {
-        return 0;
+        return {};
     }
-    return errno;
+    return spaceFailure(m_path, errno, bytes);
 }
 
 int ImageFile::stopUncached() {

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "ImageSink.h"
+#include "Result.h"
 
 class ImageFile final : public ImageSink {
 public:
@@ -17,14 +18,14 @@ public:
         Windows,  // cached writes, written back and dropped window by window
     };
 
-    // Creates the file; one that exists is never touched. Absent on failure; *error is its number.
-    static std::unique_ptr<ImageFile> create(const std::string& path, int* error,
-                                             Caching caching = Caching::Avoid);
+    // Creates the file; one that exists is never touched.
+    static Result<std::unique_ptr<ImageFile>> create(const std::string& path,
+                                                     Caching caching = Caching::Avoid);
     ~ImageFile() override;
 
     // Takes the space for so many bytes now, so that a full disk fails at once; the file's size
-    // still grows with what is written. 0 also where the file system cannot do that.
-    int reserve(std::uint64_t bytes);
+    // still grows with what is written. Succeeds also where the file system cannot do that.
+    Result<void> reserve(std::uint64_t bytes);
 
     int append(std::span<const std::byte> bytes) override;
     int finish() override;

@@ -11,19 +11,19 @@ constexpr std::size_t smallPiece = 64UL * 1024;  // bytes
 
 }  // namespace
 
-std::optional<IsolatingReader::Failure> IsolatingReader::discIsGone(int error) {
+std::optional<IsolatingReader::ReadFailure> IsolatingReader::discIsGone(int error) {
     const auto state = m_medium->confirmedState();
     if (state == Medium::State::Changed) {
-        return Failure{Failure::Kind::Changed, 0, error};
+        return ReadFailure{ReadFailure::Kind::Changed, 0, error};
     }
     if (state == Medium::State::Removed || error == ENOMEDIUM || error == ENODEV ||
         error == ENXIO) {
-        return Failure{Failure::Kind::Removed, 0, error};
+        return ReadFailure{ReadFailure::Kind::Removed, 0, error};
     }
     return std::nullopt;
 }
 
-std::optional<IsolatingReader::Failure> IsolatingReader::readOneSector(
+std::optional<IsolatingReader::ReadFailure> IsolatingReader::readOneSector(
     std::uint64_t offset, std::span<std::byte> buffer) {
     int error = 0;
     for (int attempt = 0; attempt < singleSectorAttempts; ++attempt) {
@@ -37,12 +37,11 @@ std::optional<IsolatingReader::Failure> IsolatingReader::readOneSector(
             return gone;
         }
     }
-    return Failure{Failure::Kind::Unreadable, offset / m_medium->sectorBytes(), error};
+    return ReadFailure{ReadFailure::Kind::Unreadable, offset / m_medium->sectorBytes(), error};
 }
 
-std::optional<IsolatingReader::Failure> IsolatingReader::readSectors(std::uint64_t offset,
-                                                                     std::span<std::byte> buffer,
-                                                                     std::size_t& good) {
+std::optional<IsolatingReader::ReadFailure> IsolatingReader::readSectors(
+    std::uint64_t offset, std::span<std::byte> buffer, std::size_t& good) {
     const std::size_t sector = m_medium->sectorBytes();
     good = 0;
     while (good < buffer.size()) {
@@ -58,11 +57,12 @@ std::optional<IsolatingReader::Failure> IsolatingReader::readSectors(std::uint64
     return std::nullopt;
 }
 
-IsolatingReader::Result IsolatingReader::read(std::uint64_t offset, std::span<std::byte> buffer) {
+IsolatingReader::ReadResult IsolatingReader::read(std::uint64_t offset,
+                                                  std::span<std::byte> buffer) {
     if (const auto state = m_medium->state(); state != Medium::State::Same) {
-        return {0, Failure{state == Medium::State::Changed ? Failure::Kind::Changed
-                                                           : Failure::Kind::Removed,
-                           0, 0}};
+        return {0, ReadFailure{state == Medium::State::Changed ? ReadFailure::Kind::Changed
+                                                               : ReadFailure::Kind::Removed,
+                               0, 0}};
     }
     int error = m_medium->read(offset, buffer);
     if (error == 0) {

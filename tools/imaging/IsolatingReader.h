@@ -17,30 +17,30 @@
 
 class IsolatingReader final {
 public:
-    struct Failure {
+    struct ReadFailure {
         enum class Kind { Unreadable, Changed, Removed };
         Kind kind = Kind::Unreadable;
         std::uint64_t sector = 0;  // counted from the start of what is imaged; for Unreadable
         int error = 0;             // the error number; for Unreadable
     };
-    struct Result {
-        std::size_t bytes = 0;           // good bytes at the buffer's start
-        std::optional<Failure> failure;  // why there are not more; absent when all are good
+    struct ReadResult {
+        std::size_t bytes = 0;               // good bytes at the buffer's start
+        std::optional<ReadFailure> failure;  // why there are not more; absent when all are good
     };
 
     explicit IsolatingReader(Medium& medium) : m_medium(&medium) {}
 
     // Fills the buffer from the byte offset, which is a sector's start.
-    Result read(std::uint64_t offset, std::span<std::byte> buffer);
+    ReadResult read(std::uint64_t offset, std::span<std::byte> buffer);
 
     // Whether this sector can be read now, in a single command.
     bool isReadable(std::uint64_t sector);
 
 private:
-    std::optional<Failure> readSectors(std::uint64_t offset, std::span<std::byte> buffer,
-                                       std::size_t& good);
-    std::optional<Failure> readOneSector(std::uint64_t offset, std::span<std::byte> buffer);
-    std::optional<Failure> discIsGone(int error);
+    std::optional<ReadFailure> readSectors(std::uint64_t offset, std::span<std::byte> buffer,
+                                           std::size_t& good);
+    std::optional<ReadFailure> readOneSector(std::uint64_t offset, std::span<std::byte> buffer);
+    std::optional<ReadFailure> discIsGone(int error);
 
     Medium* m_medium;
     bool m_pastTheBadSector = false;  // in the buffer that is being isolated

@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstring>
 
 #include "AudioMedium.h"
 #include "DeviceMedium.h"
@@ -12,63 +11,60 @@
 
 namespace {
 
-std::unique_ptr<Medium> openPractice(const std::string& device, std::string* problem) {
-    const auto folder = PracticeDrive::chosenFolder();
-    if (!folder) {
-        *problem = device + ": " + std::strerror(ENOENT);
-        return nullptr;
-    }
-    const auto drive = PracticeDrive::read(*folder, problem);
-    if (!drive) {
-        return nullptr;
-    }
-    if (drive->noDrive) {
-        *problem = device + ": " + std::strerror(ENOENT);
-        return nullptr;
-    }
-    if (!drive->disc) {
-        *problem = "there is no disc in " + device;
-        return nullptr;
-    }
-    return PracticeMedium::open(*drive, problem);
+using MediumResult = Result<std::unique_ptr<Medium>>;
+
+Failure badMedium(std::string sentence) {
+    return {Failure::Kind::Medium, std::move(sentence)};
 }
 
-std::unique_ptr<Medium> openDevice(const std::string& device, std::string* problem) {
+MediumResult openPractice(const std::string& device) {
+    const auto folder = PracticeDrive::chosenFolder();
+    if (!folder) {
+        return Failure::ofErrno(ENOENT, device);
+    }
+    const auto drive = PracticeDrive::read(*folder);
+    if (!drive) {
+        return drive.failure();
+    }
+    if (drive->noDrive) {
+        return Failure::ofErrno(ENOENT, device);
+    }
+    if (!drive->disc) {
+        return badMedium("there is no disc in " + device);
+    }
+    return PracticeMedium::open(*drive);
+}
+
+MediumResult openDevice(const std::string& device) {
     struct stat status {};
     if (stat(device.c_str(), &status) != 0) {
-        *problem = device + ": " + std::strerror(errno);
-        return nullptr;
+        return Failure::ofErrno(errno, device);
     }
     if (!S_ISBLK(status.st_mode)) {
-        *problem = device + ": it is not a block device";
-        return nullptr;
+        return Failure{Failure::Kind::NoDrive, device + ": it is not a block device"};
     }
-    auto drive = OpticalDrive::open(device, problem);
-    if (!problem->empty()) {
-        return nullptr;
-    }
+    auto drive = OpticalDrive::open(device);
     if (!drive) {
-        return DeviceMedium::open(device, nullptr, DiscLayout{}, problem);
+        return drive.failure().kind == Failure::Kind::NoDrive
+                   ? DeviceMedium::open(device, nullptr, DiscLayout{})
+                   : drive.failure();
     }
-    if (drive->discIsBlank()) {
-        *problem = "the disc in " + device + " is blank";
-        return nullptr;
+    if ((*drive)->discIsBlank()) {
+        return badMedium("the disc in " + device + " is blank");
     }
-    const DiscLayout layout = drive->layout();
+    const DiscLayout layout = (*drive)->layout();
     if (layout.kind == DiscLayout::Kind::Audio) {
-        return std::make_unique<AudioMedium>(std::move(drive), layout);
+        return std::make_unique<AudioMedium>(std::move(*drive), layout);
     }
-    return DeviceMedium::open(device, std::move(drive), layout, problem);
+    return DeviceMedium::open(device, std::move(*drive), layout);
 }
 
 }  // namespace
 
-std::unique_ptr<Medium> openMedium(const std::string& device, std::string* problem) {
-    auto medium = device == PracticeDrive::deviceNode ? openPractice(device, problem)
-                                                      : openDevice(device, problem);
-    if (medium && medium->capacity() == 0) {
-        *problem = "the disc in " + device + " holds no data";
-        return nullptr;
+MediumResult openMedium(const std::string& device) {
+    auto medium = device == PracticeDrive::deviceNode ? openPractice(device) : openDevice(device);
+    if (medium && (*medium)->capacity() == 0) {
+        return badMedium("the disc in " + device + " holds no data");
     }
     return medium;
 }

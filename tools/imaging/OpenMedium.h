@@ -6,8 +6,8 @@
 #include <string>
 
 #include "Medium.h"
+#include "Result.h"
 
 // The medium in this device, such as "/dev/sr0", ready to be imaged; may wait while a disc spins
-// up. Absent on failure; *problem is then one sentence, with "Permission denied" in it when the
-// reason is a missing permission.
-std::unique_ptr<Medium> openMedium(const std::string& device, std::string* problem);
+// up. A failure's sentence has "Permission denied" in it when the reason is a missing permission.
+Result<std::unique_ptr<Medium>> openMedium(const std::string& device);

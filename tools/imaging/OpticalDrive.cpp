@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <thread>
 
 #include "OpticalCommands.h"
@@ -41,16 +40,14 @@ std::optional<std::uint64_t> diskSequence(int descriptor) {
     return number;
 }
 
-std::unique_ptr<OpticalDrive> OpticalDrive::open(const std::string& device, std::string* problem) {
-    problem->clear();
+Result<std::unique_ptr<OpticalDrive>> OpticalDrive::open(const std::string& device) {
     const int descriptor = openQuietly(device);
     if (descriptor < 0) {
-        *problem = device + ": " + std::strerror(errno);
-        return nullptr;
+        return Failure::ofErrno(errno, device);
     }
     std::unique_ptr<OpticalDrive> drive(new OpticalDrive(device, descriptor));
     if (ioctl(descriptor, CDROM_GET_CAPABILITY, 0) < 0) {
-        return nullptr;
+        return Failure{Failure::Kind::NoDrive, device + " is not an optical drive"};
     }
     const auto giveUp = Clock::now() + spinUpLimit;
     int status = driveStatus(descriptor);
@@ -58,17 +55,17 @@ std::unique_ptr<OpticalDrive> OpticalDrive::open(const std::string& device, std:
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
         status = driveStatus(descriptor);
     }
-    if (status == CDS_TRAY_OPEN) {
-        *problem = "the tray of " + device + " is open";
-    } else if (status == CDS_NO_DISC) {
-        *problem = "there is no disc in " + device;
-    } else if (status == CDS_DRIVE_NOT_READY) {
-        *problem = device + " does not become ready";
-    } else if (status < 0) {
-        *problem = device + ": " + std::strerror(errno);
+    if (status < 0) {
+        return Failure::ofErrno(errno, device);
     }
-    if (!problem->empty()) {
-        return nullptr;
+    if (status == CDS_TRAY_OPEN) {
+        return Failure{Failure::Kind::Medium, "the tray of " + device + " is open"};
+    }
+    if (status == CDS_NO_DISC) {
+        return Failure{Failure::Kind::Medium, "there is no disc in " + device};
+    }
+    if (status == CDS_DRIVE_NOT_READY) {
+        return Failure{Failure::Kind::Medium, device + " does not become ready"};
     }
     // The kernel counts a fresh disc once more when its spinning up comes to an end and somebody
     // opens the drive; that must not look like a swap later.

@@ -11,12 +11,13 @@
 
 #include "DiscLayout.h"
 #include "Medium.h"
+#include "Result.h"
 
 class OpticalDrive final {
 public:
-    // Waits for a disc that is still spinning up. Absent on failure, also when the tray is empty;
-    // *problem is then one sentence, or empty when the device is no optical drive.
-    static std::unique_ptr<OpticalDrive> open(const std::string& device, std::string* problem);
+    // Waits for a disc that is still spinning up. Fails with Medium when the tray is empty, with
+    // NoDrive when the device is no optical drive.
+    static Result<std::unique_ptr<OpticalDrive>> open(const std::string& device);
     ~OpticalDrive();
     OpticalDrive(const OpticalDrive&) = delete;
     OpticalDrive& operator=(const OpticalDrive&) = delete;

@@ -10,7 +10,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <thread>
 
 namespace {
@@ -58,19 +57,19 @@ std::uint64_t countRun(const std::string& path, const std::string& disc) {
 
 }  // namespace
 
-std::unique_ptr<PracticeMedium> PracticeMedium::open(const PracticeDrive& drive,
-                                                     std::string* problem) {
-    int error = drive.denyAccess ? EACCES : 0;
-    std::unique_ptr<UncachedFile> image;
-    if (error == 0) {
-        image = UncachedFile::open(drive.disc->path, &error);
+Result<std::unique_ptr<Medium>> PracticeMedium::open(const PracticeDrive& drive) {
+    if (drive.denyAccess) {
+        return Failure::ofErrno(EACCES, PracticeDrive::deviceNode);
     }
+    auto image = UncachedFile::open(drive.disc->path);
     if (!image) {
-        *problem = std::string(PracticeDrive::deviceNode) + ": " + std::strerror(error);
-        return nullptr;
+        return Failure::ofErrno(errno, PracticeDrive::deviceNode);
     }
     std::unique_ptr<PracticeMedium> medium(new PracticeMedium(drive, std::move(image)));
-    return medium->beginRun(problem) ? std::move(medium) : nullptr;
+    if (const auto begun = medium->beginRun(); !begun) {
+        return begun.failure();
+    }
+    return Result<std::unique_ptr<Medium>>(std::move(medium));
 }
 
 PracticeMedium::PracticeMedium(const PracticeDrive& drive, std::unique_ptr<UncachedFile> image)
@@ -86,11 +85,10 @@ PracticeMedium::~PracticeMedium() {
     }
 }
 
-bool PracticeMedium::beginRun(std::string* problem) {
+Result<void> PracticeMedium::beginRun() {
     struct stat status {};
     if (fstat(m_image->descriptor(), &status) != 0) {
-        *problem = m_drive.disc->path + ": " + std::strerror(errno);
-        return false;
+        return Failure::ofErrno(errno, m_drive.disc->path);
     }
     m_device = status.st_dev;
     m_inode = status.st_ino;
@@ -98,8 +96,7 @@ bool PracticeMedium::beginRun(std::string* problem) {
     if (const char* path = std::getenv(readLogVariable); path != nullptr && *path != '\0') {
         m_log = ::open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
         if (m_log < 0) {
-            *problem = std::string(path) + ": " + std::strerror(errno);
-            return false;
+            return Failure::ofErrno(errno, path);
         }
     }
     if (std::any_of(m_drive.faults.begin(), m_drive.faults.end(), [](const PracticeFault& fault) {
@@ -111,12 +108,11 @@ bool PracticeMedium::beginRun(std::string* problem) {
                                  std::to_string(status.st_mtim.tv_nsec);
         const std::uint64_t run = countRun(path, disc);
         if (run == 0) {
-            *problem = path + ": " + std::strerror(errno);
-            return false;
+            return Failure::ofErrno(errno, path);
         }
         m_changedRun = run % 2 == 0;
     }
-    return true;
+    return {};
 }
 
 Medium::State PracticeMedium::state() {

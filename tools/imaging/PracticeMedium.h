@@ -18,9 +18,8 @@ public:
     // when the read failed.
     static constexpr const char* readLogVariable = "SPINDRIFT_PRACTICE_READ_LOG";
 
-    // Begins one imaging run of the disc in the drive's tray, which has one. Absent on failure;
-    // *problem is then one sentence.
-    static std::unique_ptr<PracticeMedium> open(const PracticeDrive& drive, std::string* problem);
+    // Begins one imaging run of the disc in the drive's tray, which has one.
+    static Result<std::unique_ptr<Medium>> open(const PracticeDrive& drive);
     ~PracticeMedium() override;
 
     std::uint32_t sectorBytes() const override { return m_drive.disc->sectorBytes(); }
@@ -34,7 +33,7 @@ public:
 
 private:
     PracticeMedium(const PracticeDrive& drive, std::unique_ptr<UncachedFile> image);
-    bool beginRun(std::string* problem);
+    Result<void> beginRun();
     void keepPace(std::size_t bytes);
     int misbehave(std::uint64_t sector, std::uint64_t count);
     void changeBytes(std::uint64_t offset, std::span<std::byte> buffer) const;

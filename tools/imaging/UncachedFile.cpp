@@ -9,13 +9,9 @@
 #include <cstdlib>
 #include <cstring>
 
-std::unique_ptr<UncachedFile> UncachedFile::open(const std::string& path, int* error) {
+std::unique_ptr<UncachedFile> UncachedFile::open(const std::string& path) {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) {
-        *error = errno;
-        return nullptr;
-    }
-    return std::make_unique<UncachedFile>(descriptor);
+    return descriptor < 0 ? nullptr : std::make_unique<UncachedFile>(descriptor);
 }
 
 UncachedFile::UncachedFile(int descriptor, std::size_t alignment)

@@ -15,8 +15,8 @@
 
 class UncachedFile final {
 public:
-    // Opens the file for reading. Absent on failure; *error is its number.
-    static std::unique_ptr<UncachedFile> open(const std::string& path, int* error);
+    // Opens the file for reading. Null on failure; errno tells why.
+    static std::unique_ptr<UncachedFile> open(const std::string& path);
     // Takes over an open descriptor. The alignment is what uncached reading of it needs, in bytes.
     explicit UncachedFile(int descriptor, std::size_t alignment = BufferRing::alignment);
     ~UncachedFile();

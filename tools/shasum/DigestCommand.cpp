@@ -2,11 +2,19 @@
 
 #include <charconv>
 #include <string_view>
+#include <utility>
 
 #include "FileDigest.h"
 
-std::optional<DigestCommand> DigestCommand::parse(std::span<const char* const> arguments,
-                                                  std::string* problem) {
+namespace {
+
+Failure usageFailure(std::string sentence) {
+    return {Failure::Kind::Usage, std::move(sentence)};
+}
+
+}  // namespace
+
+Result<DigestCommand> DigestCommand::parse(std::span<const char* const> arguments) {
     DigestCommand command;
     bool options = true;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
@@ -19,20 +27,17 @@ std::optional<DigestCommand> DigestCommand::parse(std::span<const char* const> a
             command.help = true;
         } else if (argument == "-a" || argument == "--algorithm") {
             if (i + 1 == arguments.size()) {
-                *problem = std::string(argument) + " needs a value";
-                return std::nullopt;
+                return usageFailure(std::string(argument) + " needs a value");
             }
             const std::string_view value = arguments[++i];
             const auto [end, error] =
                 std::from_chars(value.data(), value.data() + value.size(), command.algorithm);
             if (error != std::errc() || end != value.data() + value.size() ||
                 !FileDigest::isKnown(command.algorithm)) {
-                *problem = "unknown algorithm " + std::string(value);
-                return std::nullopt;
+                return usageFailure("unknown algorithm " + std::string(value));
             }
         } else {
-            *problem = "unknown option " + std::string(argument);
-            return std::nullopt;
+            return usageFailure("unknown option " + std::string(argument));
         }
     }
     if (command.files.empty()) {

@@ -7,7 +7,6 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <memory>
 #include <span>
 #include <vector>
@@ -46,12 +45,12 @@ public:
         m_good = m_good && EVP_DigestUpdate(m_context.get(), bytes.data(), bytes.size()) == 1;
     }
 
-    std::optional<std::string> text() {
+    Result<std::string> text() {
         constexpr const char* digits = "0123456789abcdef";
         std::array<unsigned char, EVP_MAX_MD_SIZE> value{};
         unsigned length = 0;
         if (!m_good || EVP_DigestFinal_ex(m_context.get(), value.data(), &length) != 1) {
-            return std::nullopt;
+            return Failure{Failure::Kind::System, "the digest cannot be computed"};
         }
         std::string result;
         for (const unsigned char byte : std::span(value).first(length)) {
@@ -107,7 +106,7 @@ bool isKnown(int algorithm) {
     return method(algorithm) != nullptr;
 }
 
-std::optional<std::string> ofFile(const std::string& path, int algorithm, std::string* problem) {
+Result<std::string> ofFile(const std::string& path, int algorithm) {
     Digest digest(algorithm);
     int error = 0;
     if (path == "-") {
@@ -117,14 +116,9 @@ std::optional<std::string> ofFile(const std::string& path, int algorithm, std::s
         error = descriptor < 0 ? errno : addFile(digest, descriptor);
     }
     if (error != 0) {
-        *problem = std::strerror(error);
-        return std::nullopt;
+        return Failure::ofErrno(error);
     }
-    auto text = digest.text();
-    if (!text) {
-        *problem = "the digest cannot be computed";
-    }
-    return text;
+    return digest.text();
 }
 
 }  // namespace FileDigest

@@ -24,10 +24,10 @@ bool print(const std::string& text) {
 int digestAll(const DigestCommand& command) {
     int status = EXIT_SUCCESS;
     for (const auto& file : command.files) {
-        std::string problem;
-        const auto digest = FileDigest::ofFile(file, command.algorithm, &problem);
+        const auto digest = FileDigest::ofFile(file, command.algorithm);
         if (!digest) {
-            std::fprintf(stderr, "shasum: %s: %s\n", file.c_str(), problem.c_str());
+            std::fprintf(stderr, "shasum: %s: %s\n", file.c_str(),
+                         digest.failure().sentence.c_str());
             status = EXIT_FAILURE;
         } else if (!print(*digest + "  " + file + "\n")) {
             std::perror("shasum: standard output");
@@ -43,10 +43,9 @@ int main(int argc, char** argv) {
     // The system-wide configuration of OpenSSL has nothing to say here and takes time to read.
     OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr);
     const std::vector<const char*> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
-    std::string problem;
-    const auto command = DigestCommand::parse(arguments, &problem);
+    const auto command = DigestCommand::parse(arguments);
     if (!command) {
-        std::fprintf(stderr, "shasum: %s\n%s", problem.c_str(), usage);
+        std::fprintf(stderr, "shasum: %s\n%s", command.failure().sentence.c_str(), usage);
         return usageError;
     }
     if (command->help) {

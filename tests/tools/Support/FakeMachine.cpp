@@ -41,11 +41,10 @@ Q:uaccess
 V:1
 )";
 
-std::optional<MediumFacts> FakeDevices::medium(const std::string& node, std::string* error) {
+Result<MediumFacts> FakeDevices::medium(const std::string& node) {
     questions.push_back("medium " + lastName(node));
     if (!mediumError.empty()) {
-        *error = mediumError;
-        return std::nullopt;
+        return Failure{Failure::Kind::System, mediumError};
     }
     return media[lastName(node)];
 }
@@ -55,31 +54,27 @@ std::string FakeDevices::label(const std::string& node) {
     return labels[lastName(node)];
 }
 
-DeviceAccess::Ejected FakeDevices::eject(const std::string& node, std::string* error) {
+Result<void> FakeDevices::eject(const std::string& node) {
     questions.push_back("eject " + lastName(node));
-    *error = ejectError;
     return ejected;
 }
 
-DiscService::Result FakeService::unmount(const std::string& device, std::string* problem) {
+Result<void> FakeService::unmount(const std::string& device) {
     calls.push_back("unmount " + device);
-    *problem = answer;
-    if (unmountResult == Result::Done) {
+    if (unmountResult) {
         dropLastMount();
     }
     return unmountResult;
 }
 
-DiscService::Result FakeService::eject(const std::string& device, std::string* problem) {
+Result<void> FakeService::eject(const std::string& device) {
     calls.push_back("eject " + device);
-    *problem = answer;
     return ejectResult;
 }
 
-DiscService::Result FakeService::unmountFolder(const std::string& folder, std::string* problem) {
+Result<void> FakeService::unmountFolder(const std::string& folder) {
     calls.push_back("unmountFolder " + folder);
-    *problem = answer;
-    if (unmountFolderResult == Result::Done) {
+    if (unmountFolderResult) {
         dropLastMount();
     }
     return unmountFolderResult;

@@ -13,15 +13,14 @@
 // Answers for devices from what a test put in, and notes every question.
 class FakeDevices final : public DeviceAccess {
 public:
-    std::optional<MediumFacts> medium(const std::string& node, std::string* error) override;
+    Result<MediumFacts> medium(const std::string& node) override;
     std::string label(const std::string& node) override;
-    Ejected eject(const std::string& node, std::string* error) override;
+    Result<void> eject(const std::string& node) override;
 
     std::map<std::string, MediumFacts> media;  // by the node's last name
     std::map<std::string, std::string> labels;
     std::string mediumError;  // not empty: no device can be asked
-    Ejected ejected = Ejected::Yes;
-    std::string ejectError;
+    Result<void> ejected;
     std::vector<std::string> questions;  // "medium sr0", "label sr0", "eject sr0"
 };
 
@@ -29,14 +28,13 @@ class FakeService final : public DiscService {
 public:
     explicit FakeService(std::string mountTable) : m_mountTable(std::move(mountTable)) {}
 
-    Result unmount(const std::string& device, std::string* problem) override;
-    Result eject(const std::string& device, std::string* problem) override;
-    Result unmountFolder(const std::string& folder, std::string* problem) override;
+    Result<void> unmount(const std::string& device) override;
+    Result<void> eject(const std::string& device) override;
+    Result<void> unmountFolder(const std::string& folder) override;
 
-    Result unmountResult = Result::Done;
-    Result ejectResult = Result::Unavailable;
-    Result unmountFolderResult = Result::Done;
-    std::string answer;
+    Result<void> unmountResult;
+    Result<void> ejectResult = Failure{Failure::Kind::Unavailable, "no service"};
+    Result<void> unmountFolderResult;
     bool removesMounts = true;       // whether a successful unmount is seen in the table
     std::vector<std::string> calls;  // "unmount sr0", "eject sr0", "unmountFolder /media/A"
 

@@ -15,11 +15,11 @@ constexpr std::uint64_t dualLayerBytes = 8'543'666'176;
 
 class DriveQueryTest : public testing::Test {
 protected:
-    std::optional<DriveFacts> byDefault(Wanted wanted = Wanted::TypeAndName) {
-        return query.defaultDrive(wanted, &error);
+    Result<DriveFacts> byDefault(Wanted wanted = Wanted::TypeAndName) {
+        return query.defaultDrive(wanted);
     }
-    std::optional<DriveFacts> named(const std::string& device) {
-        return query.drive(device, Wanted::TypeAndName, &error);
+    Result<DriveFacts> named(const std::string& device) {
+        return query.drive(device, Wanted::TypeAndName);
     }
     MediumFacts opticalMedium(std::uint16_t profile, std::uint64_t bytes) {
         MediumFacts medium;
@@ -33,12 +33,14 @@ protected:
     FakeMachine machine;
     FakeDevices devices;
     DriveQuery query{machine.paths(), devices};
-    std::string error;
 };
 
-TEST_F(DriveQueryTest, WithoutADriveThereIsNothingAndNoReason) {
-    EXPECT_EQ(byDefault(), std::nullopt);
-    EXPECT_EQ(error, "");
+Failure noDrive() {
+    return {Failure::Kind::NoDrive, "No optical drive found."};
+}
+
+TEST_F(DriveQueryTest, WithoutADriveTheFailureIsThatThereIsNone) {
+    EXPECT_EQ(byDefault(), noDrive());
 }
 
 TEST_F(DriveQueryTest, WithTheRecordTheDeviceIsNeverAsked) {
@@ -147,22 +149,20 @@ TEST_F(DriveQueryTest, AnAudioOrBlankDiscIsNotReadForALabel) {
 TEST_F(DriveQueryTest, ADeviceThatCannotBeAskedIsAnErrorWithItsNode) {
     machine.addDrive("sr0", "11:0");
     devices.mediumError = "Permission denied";
-    EXPECT_EQ(byDefault(), std::nullopt);
-    EXPECT_EQ(error, "/dev/sr0: Permission denied");
+    EXPECT_EQ(byDefault(), (Failure{Failure::Kind::System, "/dev/sr0: Permission denied"}));
 }
 
 TEST_F(DriveQueryTest, ADriveThatCannotBeAskedCanStillBeNamedToEjectIt) {
     machine.addDrive("sr1", "11:1");
     machine.addDrive("sr0", "11:0");
     devices.mediumError = "Permission denied";
-    EXPECT_EQ(query.defaultNode(&error), "sr0");
+    EXPECT_EQ(query.defaultNode(), "sr0");
     query.setPreferredDrive("sr1");
-    EXPECT_EQ(query.defaultNode(&error), "sr1");
+    EXPECT_EQ(query.defaultNode(), "sr1");
 }
 
 TEST_F(DriveQueryTest, WithoutADriveThereIsNoneToEject) {
-    EXPECT_EQ(query.defaultNode(&error), std::nullopt);
-    EXPECT_EQ(error, "");
+    EXPECT_EQ(query.defaultNode(), noDrive());
 }
 
 TEST_F(DriveQueryTest, OfSeveralDrivesTheFirstWithADiscIsTakenInTheOrderOfNumbers) {
@@ -190,7 +190,6 @@ TEST_F(DriveQueryTest, AnEmptyDriveThatAnswersIsBetterThanOneThatDoesNot) {
     const auto drive = byDefault();
     ASSERT_TRUE(drive);
     EXPECT_EQ(drive->node, "sr1");
-    EXPECT_EQ(error, "");
 }
 
 TEST_F(DriveQueryTest, ThePreferredDriveIsTakenWithOrWithoutItsFolder) {
@@ -202,8 +201,7 @@ TEST_F(DriveQueryTest, ThePreferredDriveIsTakenWithOrWithoutItsFolder) {
         EXPECT_EQ(byDefault()->node, "sr1") << name;
     }
     query.setPreferredDrive("sr7");
-    EXPECT_EQ(byDefault(), std::nullopt);
-    EXPECT_EQ(error, "");
+    EXPECT_EQ(byDefault(), noDrive());
 }
 
 TEST_F(DriveQueryTest, ADriveWithoutANodeAndOtherDisksAreNoDrives) {
@@ -213,7 +211,7 @@ TEST_F(DriveQueryTest, ADriveWithoutANodeAndOtherDisksAreNoDrives) {
     machine.addDrive("sram", "9:0");
     machine.addDrive("sr", "9:1");
     EXPECT_THAT(query.opticalDrives(), IsEmpty());
-    EXPECT_EQ(byDefault(), std::nullopt);
+    EXPECT_EQ(byDefault(), noDrive());
 }
 
 TEST_F(DriveQueryTest, ADriveThatVanishesWhileItIsDescribedIsAnError) {
@@ -221,8 +219,8 @@ TEST_F(DriveQueryTest, ADriveThatVanishesWhileItIsDescribedIsAnError) {
     unlink(machine.path("sys/sr0/dev").c_str());
     unlink(machine.path("sys/sr0/device/vendor").c_str());
     devices.mediumError = "No such device or address";
-    EXPECT_EQ(named("sr0"), std::nullopt);
-    EXPECT_EQ(error, "/dev/sr0: No such device or address");
+    EXPECT_EQ(named("sr0"),
+              (Failure{Failure::Kind::System, "/dev/sr0: No such device or address"}));
 }
 
 TEST_F(DriveQueryTest, ALinkToADriveNamesTheDrive) {
@@ -234,14 +232,14 @@ TEST_F(DriveQueryTest, ALinkToADriveNamesTheDrive) {
 
 TEST_F(DriveQueryTest, ADeviceThatDoesNotExistIsNotFound) {
     for (const char* name : {"/dev/sr9", "sr9", "/dev/", "", "..", "/dev/../sda", "/etc/passwd"}) {
-        EXPECT_EQ(named(name), std::nullopt) << name;
-        EXPECT_EQ(error, std::string("Could not find disk: ") + name);
+        EXPECT_EQ(named(name),
+                  (Failure{Failure::Kind::NoDrive, std::string("Could not find disk: ") + name}));
     }
 }
 
 TEST_F(DriveQueryTest, ThePracticeDriveIsOnlyThereWhenItWasChosen) {
-    EXPECT_EQ(named("/dev/practice0"), std::nullopt);
-    EXPECT_EQ(error, "Could not find disk: /dev/practice0");
+    EXPECT_EQ(named("/dev/practice0"),
+              (Failure{Failure::Kind::NoDrive, "Could not find disk: /dev/practice0"}));
 }
 
 TEST_F(DriveQueryTest, ThePracticeDriveStandsInForAllRealOnes) {

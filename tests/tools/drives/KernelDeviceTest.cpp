@@ -8,35 +8,38 @@
 
 namespace {
 
-using Ejected = DeviceAccess::Ejected;
+using Kind = Failure::Kind;
+
+Kind ejectFailure(int result, int error) {
+    return KernelDevice::ejected(result, error).failure().kind;
+}
 
 TEST(KernelDeviceTest, ADriveThatAnswersTwoHasRefusedToEject) {
-    EXPECT_EQ(KernelDevice::ejected(2, 0), Ejected::Refused);
-    EXPECT_EQ(KernelDevice::ejected(0, EBUSY), Ejected::Yes);
+    EXPECT_EQ(ejectFailure(2, 0), Kind::Refused);
+    EXPECT_TRUE(KernelDevice::ejected(0, EBUSY));
 }
 
 TEST(KernelDeviceTest, TheErrorTellsWhyNothingWasEjected) {
-    EXPECT_EQ(KernelDevice::ejected(-1, EBUSY), Ejected::Busy);
-    EXPECT_EQ(KernelDevice::ejected(-1, EPERM), Ejected::NoAccess);
-    EXPECT_EQ(KernelDevice::ejected(-1, EACCES), Ejected::NoAccess);
-    EXPECT_EQ(KernelDevice::ejected(-1, ENOTTY), Ejected::NotADrive);
-    EXPECT_EQ(KernelDevice::ejected(-1, EIO), Ejected::Failed);
+    EXPECT_EQ(ejectFailure(-1, EBUSY), Kind::Busy);
+    EXPECT_EQ(ejectFailure(-1, EPERM), Kind::NoAccess);
+    EXPECT_EQ(ejectFailure(-1, EACCES), Kind::NoAccess);
+    EXPECT_EQ(ejectFailure(-1, ENOTTY), Kind::NoDrive);
+    EXPECT_EQ(ejectFailure(-1, EIO), Kind::System);
 }
 
 TEST(KernelDeviceTest, ANodeThatHasVanishedIsAnErrorWithItsReason) {
     KernelDevice device;
-    std::string error;
-    EXPECT_EQ(device.medium("/nonexistent/sr0", &error), std::nullopt);
-    EXPECT_EQ(error, "No such file or directory");
+    const auto medium = device.medium("/nonexistent/sr0");
+    ASSERT_FALSE(medium);
+    EXPECT_EQ(medium.failure(), (Failure{Kind::System, "No such file or directory"}));
     EXPECT_EQ(device.label("/nonexistent/sr0"), "");
-    EXPECT_EQ(device.eject("/nonexistent/sr0", &error), Ejected::Failed);
+    EXPECT_EQ(device.eject("/nonexistent/sr0").failure().kind, Kind::System);
 }
 
 TEST(KernelDeviceTest, AFileIsNoDriveToEject) {
     const ScratchFolder folder;
     KernelDevice device;
-    std::string error;
-    EXPECT_EQ(device.eject(folder.write("file", "x"), &error), Ejected::NotADrive);
+    EXPECT_EQ(device.eject(folder.write("file", "x")).failure().kind, Kind::NoDrive);
 }
 
 }  // namespace

@@ -15,14 +15,17 @@ namespace {
 class PracticeDriveTest : public testing::Test {
 protected:
     // The drive with this drive.json, and what was wrong with it.
-    std::optional<PracticeDrive> readWith(const std::string& json) {
+    Result<PracticeDrive> readWith(const std::string& json) {
         m_folder.write("drive.json", json);
         return read();
     }
 
-    std::optional<PracticeDrive> read() {
-        m_error.clear();
-        return PracticeDrive::read(m_folder.path(), &m_error);
+    Result<PracticeDrive> read() { return readFrom(m_folder.path()); }
+
+    Result<PracticeDrive> readFrom(const std::string& folder) {
+        auto drive = PracticeDrive::read(folder);
+        m_error = drive ? "" : drive.failure().sentence;
+        return drive;
     }
 
     ScratchFolder m_folder;
@@ -221,15 +224,15 @@ TEST_F(PracticeDriveTest, SettingsThatCannotBeReadAreAnError) {
 }
 
 TEST_F(PracticeDriveTest, AFolderThatIsNotThereIsAnError) {
-    EXPECT_FALSE(PracticeDrive::read(m_folder.path("none"), &m_error));
+    EXPECT_FALSE(readFrom(m_folder.path("none")));
     EXPECT_THAT(m_error, HasSubstr("No such file or directory"));
     m_folder.write("file", "x");
-    EXPECT_FALSE(PracticeDrive::read(m_folder.path("file"), &m_error));
+    EXPECT_FALSE(readFrom(m_folder.path("file")));
     EXPECT_THAT(m_error, HasSubstr("is not a folder"));
 }
 
 TEST_F(PracticeDriveTest, SlashesAtTheFoldersEndAreDropped) {
-    const auto drive = PracticeDrive::read(m_folder.path() + "//", &m_error);
+    const auto drive = readFrom(m_folder.path() + "//");
     ASSERT_TRUE(drive) << m_error;
     EXPECT_EQ(drive->folder, m_folder.path());
 }

@@ -10,6 +10,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using Kind = Failure::Kind;
 
 const char* const mountedOnce = "30 28 11:0 / /media/A ro - iso9660 /dev/sr0 ro\n";
 const char* const mountedTwice =
@@ -21,7 +22,9 @@ protected:
     TrayTest() { machine.addDrive("sr0", "11:0"); }
 
     bool open(const std::string& node = "sr0") {
-        return Tray(machine.paths(), std::nullopt, devices, service).open(node, &problem);
+        const auto opened = Tray(machine.paths(), std::nullopt, devices, service).open(node);
+        problem = opened ? "" : opened.failure().sentence;
+        return static_cast<bool>(opened);
     }
     std::string holderNode() const { return machine.path("dev/sr0"); }
 
@@ -46,7 +49,7 @@ TEST_F(TrayTest, AMountedDiscIsUnmountedByTheServiceFirst) {
 
 TEST_F(TrayTest, WithoutTheServiceTheDiscIsUnmountedDirectlyTheLastMountFirst) {
     machine.setMounts(mountedTwice);
-    service.unmountResult = DiscService::Result::Unavailable;
+    service.unmountResult = Failure{Kind::Unavailable, ""};
     EXPECT_TRUE(open());
     EXPECT_THAT(service.calls,
                 ElementsAre("unmount sr0", "unmountFolder /media/B", "unmountFolder /media/A"));
@@ -64,7 +67,7 @@ TEST_F(TrayTest, AServiceThatSaysDoneAndDidNothingIsNotAskedForever) {
 TEST_F(TrayTest, ABusyMountNamesItsHolderAndEjectsNothing) {
     machine.setMounts(mountedOnce);
     machine.addProcess(77, "bash", {{"cwd", "/media/A/folder"}});
-    service.unmountResult = DiscService::Result::Busy;
+    service.unmountResult = Failure{Kind::Busy, ""};
     EXPECT_FALSE(open());
     EXPECT_EQ(problem, "/dev/sr0 is in use by bash (process 77).");
     EXPECT_THAT(devices.questions, IsEmpty());
@@ -73,16 +76,14 @@ TEST_F(TrayTest, ABusyMountNamesItsHolderAndEjectsNothing) {
 TEST_F(TrayTest, AFailedUnmountOfADiscThatSomeoneUsesNamesTheUser) {
     machine.setMounts(mountedOnce);
     machine.addProcess(77, "bash", {{"cwd", "/media/A"}});
-    service.unmountResult = DiscService::Result::Failed;
-    service.answer = "target is busy";
+    service.unmountResult = Failure{Kind::System, "target is busy"};
     EXPECT_FALSE(open());
     EXPECT_EQ(problem, "/dev/sr0 is in use by bash (process 77).");
 }
 
 TEST_F(TrayTest, AFailedUnmountGivesTheServicesReason) {
     machine.setMounts(mountedOnce);
-    service.unmountResult = DiscService::Result::Failed;
-    service.answer = "Not authorized to perform operation";
+    service.unmountResult = Failure{Kind::System, "Not authorized to perform operation"};
     EXPECT_FALSE(open());
     EXPECT_EQ(problem,
               "/dev/sr0 is mounted on /media/A and cannot be unmounted: Not authorized to perform "
@@ -92,28 +93,26 @@ TEST_F(TrayTest, AFailedUnmountGivesTheServicesReason) {
 TEST_F(TrayTest, AHeldDriveNamesItsHolders) {
     machine.addProcess(12, "hdiutil", {{"fd/3", holderNode()}});
     machine.addProcess(34, "vlc", {{"fd/9", holderNode()}});
-    devices.ejected = DeviceAccess::Ejected::Busy;
+    devices.ejected = Failure{Kind::Busy, ""};
     EXPECT_FALSE(open());
     EXPECT_EQ(problem, "/dev/sr0 is in use by hdiutil (process 12) and vlc (process 34).");
 }
 
 TEST_F(TrayTest, ADriveThatRefusesIsAFailure) {
-    devices.ejected = DeviceAccess::Ejected::Refused;
+    devices.ejected = Failure{Kind::Refused, ""};
     EXPECT_FALSE(open());
     EXPECT_EQ(problem, "/dev/sr0: the drive refused to open its tray.");
 }
 
 TEST_F(TrayTest, WhoMayNotOpenTheDeviceEjectsThroughTheService) {
-    devices.ejected = DeviceAccess::Ejected::NoAccess;
-    devices.ejectError = "Permission denied";
-    service.ejectResult = DiscService::Result::Done;
+    devices.ejected = Failure{Kind::NoAccess, "Permission denied"};
+    service.ejectResult = {};
     EXPECT_TRUE(open());
     EXPECT_THAT(service.calls, ElementsAre("eject sr0"));
 }
 
 TEST_F(TrayTest, WithoutAccessAndWithoutTheServiceTheReasonIsTheMissingPermission) {
-    devices.ejected = DeviceAccess::Ejected::NoAccess;
-    devices.ejectError = "Permission denied";
+    devices.ejected = Failure{Kind::NoAccess, "Permission denied"};
     EXPECT_FALSE(open());
     EXPECT_EQ(problem, "/dev/sr0: Permission denied");
 }
@@ -132,7 +131,10 @@ TEST_F(TrayTest, ADeviceThatIsNoOpticalDriveIsNeitherUnmountedNorEjected) {
 class PracticeTrayTest : public testing::Test {
 protected:
     bool open() {
-        return Tray(machine.paths(), folder.path(), devices, service).open("practice0", &problem);
+        const auto opened =
+            Tray(machine.paths(), folder.path(), devices, service).open("practice0");
+        problem = opened ? "" : opened.failure().sentence;
+        return static_cast<bool>(opened);
     }
 
     FakeMachine machine;

@@ -14,7 +14,7 @@
 namespace {
 
 using testing::HasSubstr;
-using Result = DiscService::Result;
+using Kind = Failure::Kind;
 
 // A child whose standard output the test reads; ended with the test.
 class Child final {
@@ -83,7 +83,6 @@ protected:
 
     ScratchFolder folder;
     UDisks disks;
-    std::string problem;
 
 private:
     Child m_bus;
@@ -92,37 +91,36 @@ private:
 
 TEST_F(UDisksBusTest, UnmountingCallsTheServiceForTheDevice) {
     ASSERT_NO_FATAL_FAILURE(startService());
-    EXPECT_EQ(disks.unmount("sr0", &problem), Result::Done);
+    EXPECT_TRUE(disks.unmount("sr0"));
     EXPECT_EQ(calls(), "Unmount {}\n");
 }
 
 TEST_F(UDisksBusTest, EjectingCallsTheDriveOfTheDevice) {
     ASSERT_NO_FATAL_FAILURE(startService());
-    EXPECT_EQ(disks.eject("sr0", &problem), Result::Done);
+    EXPECT_TRUE(disks.eject("sr0"));
     EXPECT_EQ(calls(), "Eject {}\n");
 }
 
 TEST_F(UDisksBusTest, TheServicesErrorIsToldWithItsText) {
     ASSERT_NO_FATAL_FAILURE(startService("org.freedesktop.UDisks2.Error.DeviceBusy"));
-    EXPECT_EQ(disks.unmount("sr0", &problem), Result::Busy);
-    EXPECT_EQ(problem, "The service says no");
+    EXPECT_EQ(disks.unmount("sr0").failure(), (Failure{Kind::Busy, "The service says no"}));
 }
 
 TEST_F(UDisksBusTest, ADeviceThatTheServiceDoesNotKnowIsUnavailable) {
     ASSERT_NO_FATAL_FAILURE(startService());
-    EXPECT_EQ(disks.unmount("sr1", &problem), Result::Unavailable);
-    EXPECT_EQ(disks.eject("sr1", &problem), Result::Unavailable);
+    EXPECT_EQ(disks.unmount("sr1").failure().kind, Kind::Unavailable);
+    EXPECT_EQ(disks.eject("sr1").failure().kind, Kind::Unavailable);
 }
 
 TEST_F(UDisksBusTest, ABusWithoutTheServiceIsUnavailable) {
-    EXPECT_EQ(disks.unmount("sr0", &problem), Result::Unavailable);
-    EXPECT_EQ(disks.eject("sr0", &problem), Result::Unavailable);
+    EXPECT_EQ(disks.unmount("sr0").failure().kind, Kind::Unavailable);
+    EXPECT_EQ(disks.eject("sr0").failure().kind, Kind::Unavailable);
 }
 
 TEST_F(UDisksBusTest, AMissingBusIsUnavailable) {
     setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);
-    EXPECT_EQ(disks.unmount("sr0", &problem), Result::Unavailable);
-    EXPECT_EQ(disks.eject("sr0", &problem), Result::Unavailable);
+    EXPECT_EQ(disks.unmount("sr0").failure().kind, Kind::Unavailable);
+    EXPECT_EQ(disks.eject("sr0").failure().kind, Kind::Unavailable);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 namespace {
 
-using Result = DiscService::Result;
+using Kind = Failure::Kind;
 
 TEST(UDisksTest, ADevicesObjectIsNamedByItsLettersAndDigits) {
     EXPECT_EQ(UDisks::objectPath("sr0"), "/org/freedesktop/UDisks2/block_devices/sr0");
@@ -14,30 +14,30 @@ TEST(UDisksTest, ADevicesObjectIsNamedByItsLettersAndDigits) {
 TEST(UDisksTest, AServiceThatIsNotThereIsUnavailableNotAFailure) {
     for (const char* name : {"ServiceUnknown", "NameHasNoOwner", "Spawn.ServiceNotFound",
                              "UnknownObject", "UnknownMethod", "Disconnected"}) {
-        EXPECT_EQ(UDisks::resultOf(std::string("org.freedesktop.DBus.Error.") + name),
-                  Result::Unavailable)
+        EXPECT_EQ(UDisks::kindOf(std::string("org.freedesktop.DBus.Error.") + name),
+                  Kind::Unavailable)
             << name;
     }
 }
 
 TEST(UDisksTest, TheServicesOwnErrorsAreFailures) {
-    EXPECT_EQ(UDisks::resultOf("org.freedesktop.UDisks2.Error.Failed"), Result::Failed);
-    EXPECT_EQ(UDisks::resultOf("org.freedesktop.UDisks2.Error.NotAuthorized"), Result::Failed);
-    EXPECT_EQ(UDisks::resultOf("org.freedesktop.DBus.Error.AccessDenied"), Result::Failed);
-    EXPECT_EQ(UDisks::resultOf("org.freedesktop.DBus.Error.NoReply"), Result::Failed);
-    EXPECT_EQ(UDisks::resultOf(""), Result::Failed);
+    EXPECT_EQ(UDisks::kindOf("org.freedesktop.UDisks2.Error.Failed"), Kind::System);
+    EXPECT_EQ(UDisks::kindOf("org.freedesktop.UDisks2.Error.NotAuthorized"), Kind::System);
+    EXPECT_EQ(UDisks::kindOf("org.freedesktop.DBus.Error.AccessDenied"), Kind::System);
+    EXPECT_EQ(UDisks::kindOf("org.freedesktop.DBus.Error.NoReply"), Kind::System);
+    EXPECT_EQ(UDisks::kindOf(""), Kind::System);
 }
 
 TEST(UDisksTest, ABusyDeviceIsToldApartAndAnUnmountedOneIsDone) {
-    EXPECT_EQ(UDisks::resultOf("org.freedesktop.UDisks2.Error.DeviceBusy"), Result::Busy);
-    EXPECT_EQ(UDisks::resultOf("org.freedesktop.UDisks2.Error.NotMounted"), Result::Done);
+    EXPECT_EQ(UDisks::kindOf("org.freedesktop.UDisks2.Error.DeviceBusy"), Kind::Busy);
+    EXPECT_EQ(UDisks::kindOf("org.freedesktop.UDisks2.Error.NotMounted"), std::nullopt);
 }
 
 TEST(UDisksTest, AFolderThatIsNotMountedCannotBeUnmounted) {
     UDisks service;
-    std::string problem;
-    EXPECT_EQ(service.unmountFolder("/nonexistent", &problem), Result::Failed);
-    EXPECT_NE(problem, "");
+    const auto unmounted = service.unmountFolder("/nonexistent");
+    ASSERT_FALSE(unmounted);
+    EXPECT_NE(unmounted.failure().sentence, "");
 }
 
 }  // namespace

@@ -73,13 +73,12 @@ protected:
 
     ScratchFolder folder;
     AccessGrant::User user{1000, "-r x;$HOME", {}};
-    std::string problem;
 };
 
 TEST_F(MembershipTest, TheToolGetsItsArgumentsWholeAndACleanEnvironment) {
     ASSERT_EQ(setenv("SPINDRIFT_TEST_SECRET", "leaks", 1), 0);
-    EXPECT_TRUE(AccessGrant::addToGroup(
-        user, "cdrom", {tool("usermod", 0, {"--groups", "%g", "--", "%u"})}, &problem));
+    EXPECT_TRUE(AccessGrant::addToGroup(user, "cdrom",
+                                        {tool("usermod", 0, {"--groups", "%g", "--", "%u"})}));
     unsetenv("SPINDRIFT_TEST_SECRET");
     EXPECT_THAT(log("usermod"), HasSubstr("<--groups>\n<cdrom>\n<-->\n<-r x;$HOME>\n"));
     EXPECT_THAT(log("usermod"), HasSubstr("PATH=/usr/sbin:/usr/bin:/sbin:/bin\n"));
@@ -89,26 +88,26 @@ TEST_F(MembershipTest, TheToolGetsItsArgumentsWholeAndACleanEnvironment) {
 
 TEST_F(MembershipTest, TheSecondToolIsTriedWhenTheFirstIsMissingOrFails) {
     const auto second = tool("second", 0, {"%u"});
-    EXPECT_TRUE(
-        AccessGrant::addToGroup(user, "cdrom", {{"/nonexistent/usermod", {}}, second}, &problem));
+    EXPECT_TRUE(AccessGrant::addToGroup(user, "cdrom", {{"/nonexistent/usermod", {}}, second}));
     unlink(folder.path("second.log").c_str());
-    EXPECT_TRUE(
-        AccessGrant::addToGroup(user, "cdrom", {tool("first", 6, {"%u"}), second}, &problem));
+    EXPECT_TRUE(AccessGrant::addToGroup(user, "cdrom", {tool("first", 6, {"%u"}), second}));
     EXPECT_NE(log("first"), "not run");
     EXPECT_NE(log("second"), "not run");
 }
 
 TEST_F(MembershipTest, AfterASuccessNoOtherToolIsRun) {
-    EXPECT_TRUE(AccessGrant::addToGroup(user, "cdrom",
-                                        {tool("first", 0, {}), tool("second", 0, {})}, &problem));
+    EXPECT_TRUE(
+        AccessGrant::addToGroup(user, "cdrom", {tool("first", 0, {}), tool("second", 0, {})}));
     EXPECT_EQ(log("second"), "not run");
 }
 
 TEST_F(MembershipTest, TheReasonNamesTheToolThatFailedLast) {
-    EXPECT_FALSE(AccessGrant::addToGroup(user, "cdrom", {tool("first", 6, {})}, &problem));
-    EXPECT_EQ(problem, folder.path("first") + " failed with status 6");
-    EXPECT_FALSE(AccessGrant::addToGroup(user, "cdrom", {}, &problem));
-    EXPECT_EQ(problem, "no tool for that is installed");
+    const auto added = AccessGrant::addToGroup(user, "cdrom", {tool("first", 6, {})});
+    ASSERT_FALSE(added);
+    EXPECT_EQ(added.failure().sentence, folder.path("first") + " failed with status 6");
+    const auto without = AccessGrant::addToGroup(user, "cdrom", {});
+    ASSERT_FALSE(without);
+    EXPECT_EQ(without.failure().sentence, "no tool for that is installed");
 }
 
 TEST_F(MembershipTest, TheSystemsToolsAreNamedByAbsolutePathAndTakeNoNameForAnOption) {
@@ -162,8 +161,8 @@ protected:
     void grant(uid_t user) {
         const auto drives = AccessGrant::opticalDrives(places());
         ASSERT_THAT(drives, SizeIs(1));
-        std::string problem;
-        ASSERT_TRUE(AccessGrant::grantReading(drives.front(), user, &problem)) << problem;
+        const auto granted = AccessGrant::grantReading(drives.front(), user);
+        ASSERT_TRUE(granted) << granted.failure().sentence;
     }
 
     FakeMachine machine;
@@ -236,8 +235,7 @@ TEST_F(NodeTest, TheNodeThatWasCheckedIsChangedWhateverTakesItsName) {
     ASSERT_THAT(drives, SizeIs(1));
     ASSERT_EQ(rename(machine.path("dev/sr0").c_str(), machine.path("dev/moved").c_str()), 0);
     ASSERT_EQ(mknod(machine.path("dev/sr0").c_str(), S_IFBLK | 0600, makedev(8, 0)), 0);
-    std::string problem;
-    EXPECT_TRUE(AccessGrant::grantReading(drives.front(), 1000, &problem));
+    EXPECT_TRUE(AccessGrant::grantReading(drives.front(), 1000));
     EXPECT_THAT(list("moved"), HasSubstr("u:1000:r--"));
     EXPECT_THAT(list("sr0"), Not(HasSubstr("1000")));
 }

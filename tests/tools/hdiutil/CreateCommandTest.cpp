@@ -8,10 +8,8 @@ using testing::HasSubstr;
 
 namespace {
 
-std::optional<CreateCommand> parse(const std::vector<const char*>& arguments,
-                                   std::string* problem = nullptr) {
-    std::string ignored;
-    return CreateCommand::parse(arguments, problem != nullptr ? problem : &ignored);
+Result<CreateCommand> parse(const std::vector<const char*>& arguments) {
+    return CreateCommand::parse(arguments);
 }
 
 TEST(CreateCommandTest, TheOptionsMayComeInAnyOrder) {
@@ -50,9 +48,10 @@ TEST(CreateCommandTest, WhateverElseIsAskedIsAUsageError) {
         {{"file"}, "unknown option file"},
     };
     for (const auto& [arguments, expected] : cases) {
-        std::string problem;
-        EXPECT_FALSE(parse(arguments, &problem));
-        EXPECT_THAT(problem, HasSubstr(expected));
+        const auto command = parse(arguments);
+        ASSERT_FALSE(command) << expected;
+        EXPECT_EQ(command.failure().kind, Failure::Kind::Usage);
+        EXPECT_THAT(command.failure().sentence, HasSubstr(expected));
     }
 }
 

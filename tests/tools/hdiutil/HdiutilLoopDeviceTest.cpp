@@ -61,9 +61,9 @@ TEST_F(HdiutilLoopDeviceTest, DevicesWithOtherSectorsAreImagedToTheirLastOne) {
 TEST_F(HdiutilLoopDeviceTest, AFileThatIsExchangedUnderTheDeviceIsAnotherDisc) {
     SKIP_WITHOUT_LOOP_DEVICES();
     const LoopDevice device(folder.write("disc", patternBytes(mebibyte)));
-    std::string problem;
-    const auto medium = DeviceMedium::open(device.node(), nullptr, DiscLayout{}, &problem);
-    ASSERT_TRUE(medium) << problem;
+    const auto opened = DeviceMedium::open(device.node(), nullptr, DiscLayout{});
+    ASSERT_TRUE(opened) << opened.failure().sentence;
+    const auto& medium = *opened;
     EXPECT_EQ(medium->state(), Medium::State::Same);
     const int node = open(device.node().c_str(), O_RDONLY | O_CLOEXEC);
     const int other =
@@ -80,9 +80,9 @@ TEST_F(HdiutilLoopDeviceTest, TheDataOfADiscWithSoundIsReadFromItsOwnSectors) {
     const std::string content = patternBytes(mebibyte);
     const LoopDevice device(folder.write("disc", content));
     const DiscLayout layout{DiscLayout::Kind::Mixed, 100, 50, 7};
-    std::string problem;
-    const auto medium = DeviceMedium::open(device.node(), nullptr, layout, &problem);
-    ASSERT_TRUE(medium) << problem;
+    const auto opened = DeviceMedium::open(device.node(), nullptr, layout);
+    ASSERT_TRUE(opened) << opened.failure().sentence;
+    const auto& medium = *opened;
     EXPECT_EQ(medium->firstSector(), 100U);
     EXPECT_EQ(medium->capacity(), 50U * 2048);
     EXPECT_EQ(medium->runOutSectors(), 9U);
@@ -100,9 +100,9 @@ TEST_F(HdiutilLoopDeviceTest, TheDataOfADiscWithSoundIsReadFromItsOwnSectors) {
 TEST_F(HdiutilLoopDeviceTest, LessThanWasAskedForIsAnErrorAndNeverASector) {
     SKIP_WITHOUT_LOOP_DEVICES();
     const LoopDevice device(folder.write("disc", patternBytes(mebibyte)));
-    std::string problem;
-    const auto medium = DeviceMedium::open(device.node(), nullptr, DiscLayout{}, &problem);
-    ASSERT_TRUE(medium) << problem;
+    const auto opened = DeviceMedium::open(device.node(), nullptr, DiscLayout{});
+    ASSERT_TRUE(opened) << opened.failure().sentence;
+    const auto& medium = *opened;
     std::vector<std::byte> buffer(4096);
     EXPECT_EQ(medium->read(mebibyte - 4096, buffer), 0);
     EXPECT_EQ(medium->read(mebibyte - 2048, buffer), EIO);

@@ -12,6 +12,10 @@
 #include "CachedPages.h"
 #include "ScratchFolder.h"
 
+using testing::AllOf;
+using testing::AnyOf;
+using testing::HasSubstr;
+
 namespace {
 
 constexpr std::size_t mebibyte = 1024UL * 1024;
@@ -33,11 +37,13 @@ int appendAll(ImageFile& image, const std::string& content, std::size_t piece = 
 class ImageFileTest : public testing::TestWithParam<ImageFile::Caching> {
 protected:
     std::unique_ptr<ImageFile> create() {
-        return ImageFile::create(m_folder.path("image"), &m_error, GetParam());
+        auto image = ImageFile::create(m_folder.path("image"), GetParam());
+        m_failure = image ? Failure() : image.failure();
+        return image ? std::move(*image) : nullptr;
     }
 
     ScratchFolder m_folder;
-    int m_error = 0;
+    Failure m_failure;
 };
 
 INSTANTIATE_TEST_SUITE_P(AvoidingTheCacheAndInWindows, ImageFileTest,
@@ -51,9 +57,9 @@ TEST_P(ImageFileTest, WhatIsAppendedIsInTheFileAtEverySize) {
          {std::size_t{0}, std::size_t{1}, std::size_t{511}, std::size_t{2048}, std::size_t{4096},
           std::size_t{6144}, mebibyte - 1, mebibyte, 3 * mebibyte + 2048, 20 * mebibyte}) {
         const auto image = create();
-        ASSERT_TRUE(image) << m_error;
+        ASSERT_TRUE(image) << m_failure.sentence;
         const std::string content = patternBytes(size);
-        EXPECT_EQ(image->reserve(size), 0);
+        EXPECT_TRUE(image->reserve(size));
         EXPECT_EQ(appendAll(*image, content), 0);
         EXPECT_EQ(image->finish(), 0);
         EXPECT_TRUE(ScratchFolder::read(m_folder.path("image")) == content) << size;
@@ -74,26 +80,27 @@ TEST_P(ImageFileTest, PiecesOffTheAlignmentAreWrittenToo) {
 TEST_P(ImageFileTest, AnExistingFileIsNeverTouched) {
     m_folder.write("image", "precious");
     EXPECT_FALSE(create());
-    EXPECT_EQ(m_error, EEXIST);
+    EXPECT_EQ(m_failure.sentence, m_folder.path("image") + ": File exists");
     EXPECT_EQ(ScratchFolder::read(m_folder.path("image")), "precious");
 }
 
 TEST_P(ImageFileTest, ALinkThatPointsNowhereIsNotFollowed) {
     std::filesystem::create_symlink(m_folder.path("target"), m_folder.path("image"));
     EXPECT_FALSE(create());
-    EXPECT_EQ(m_error, EEXIST);
+    EXPECT_EQ(m_failure.sentence, m_folder.path("image") + ": File exists");
     EXPECT_FALSE(std::filesystem::exists(m_folder.path("target")));
 }
 
 TEST_P(ImageFileTest, AMissingFolderIsTheErrorItIs) {
-    EXPECT_FALSE(ImageFile::create(m_folder.path("none/image"), &m_error, GetParam()));
-    EXPECT_EQ(m_error, ENOENT);
+    const auto image = ImageFile::create(m_folder.path("none/image"), GetParam());
+    ASSERT_FALSE(image);
+    EXPECT_EQ(image.failure().sentence, "the folder " + m_folder.path("none") + " does not exist");
 }
 
 TEST_P(ImageFileTest, WhatIsReservedDoesNotShowInTheSizeAndIsGivenBack) {
     const auto image = create();
     ASSERT_TRUE(image);
-    ASSERT_EQ(image->reserve(64 * mebibyte), 0);
+    ASSERT_TRUE(image->reserve(64 * mebibyte));
     ASSERT_EQ(appendAll(*image, patternBytes(2 * mebibyte)), 0);
     const auto status = [this] {
         struct stat result {};
@@ -110,8 +117,11 @@ TEST_P(ImageFileTest, WhatIsReservedDoesNotShowInTheSizeAndIsGivenBack) {
 TEST_P(ImageFileTest, ADiskThatIsTooSmallFailsAtOnce) {
     const auto image = create();
     ASSERT_TRUE(image);
-    const int error = image->reserve(std::uint64_t{1} << 50);
-    EXPECT_TRUE(error == ENOSPC || error == EFBIG) << error;
+    const auto reserved = image->reserve(std::uint64_t{1} << 50);
+    ASSERT_FALSE(reserved);
+    EXPECT_THAT(reserved.failure().sentence,
+                AllOf(AnyOf(HasSubstr(": No space left"), HasSubstr(": File too large")),
+                      HasSubstr("; the image needs 1125899906842624 bytes")));
 }
 
 TEST_P(ImageFileTest, AFileThatMayNotGrowAnyMoreIsAnError) {

@@ -12,14 +12,14 @@ using testing::SizeIs;
 namespace {
 
 using Command = FaultyMedium::Command;
-using Kind = IsolatingReader::Failure::Kind;
+using Kind = IsolatingReader::ReadFailure::Kind;
 
 constexpr std::size_t sectorBytes = 2048;
 constexpr std::size_t sectors = 512;
 
 class IsolatingReaderTest : public testing::Test {
 protected:
-    IsolatingReader::Result readAll() {
+    IsolatingReader::ReadResult readAll() {
         buffer.assign(medium.bytes.size(), std::byte{0});
         return IsolatingReader(medium).read(0, buffer);
     }

@@ -20,20 +20,19 @@ class PracticeMediumTest : public testing::Test {
 protected:
     PracticeMediumTest() { m_folder.write("disc.iso", disc); }
 
-    std::unique_ptr<PracticeMedium> insert(const std::vector<PracticeFault>& faults) {
-        std::string problem;
-        auto drive = PracticeDrive::read(m_folder.path(), &problem);
+    std::unique_ptr<Medium> insert(const std::vector<PracticeFault>& faults) {
+        auto drive = PracticeDrive::read(m_folder.path());
         drive->faults = faults;
-        auto medium = PracticeMedium::open(*drive, &problem);
-        EXPECT_TRUE(medium) << problem;
-        return medium;
+        auto medium = PracticeMedium::open(*drive);
+        EXPECT_TRUE(medium) << medium.failure().sentence;
+        return std::move(*medium);
     }
-    static int read(PracticeMedium& medium, std::size_t sector, std::size_t count = 1) {
+    static int read(Medium& medium, std::size_t sector, std::size_t count = 1) {
         std::vector<std::byte> buffer(count * sectorBytes);
         return medium.read(sector * sectorBytes, buffer);
     }
     // The sectors that cannot be read on their own, each tried once.
-    static std::vector<std::size_t> unreadable(PracticeMedium& medium) {
+    static std::vector<std::size_t> unreadable(Medium& medium) {
         std::vector<std::size_t> found;
         for (std::size_t sector = 0; sector < sectors; ++sector) {
             if (read(medium, sector) != 0) {

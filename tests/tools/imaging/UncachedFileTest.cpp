@@ -11,8 +11,7 @@ namespace {
 constexpr std::size_t mebibyte = 1024UL * 1024;
 
 std::string readAhead(const std::string& path) {
-    int error = 0;
-    ReadAhead file(UncachedFile::open(path, &error));
+    ReadAhead file(UncachedFile::open(path));
     std::string content;
     for (auto bytes = file.next(); !bytes.empty(); bytes = file.next()) {
         content.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
@@ -44,8 +43,7 @@ INSTANTIATE_TEST_SUITE_P(OnDiskAndInMemory, UncachedFileTest, testing::Values(""
 
 TEST_P(UncachedFileTest, AnyPieceOfTheFileCanBeRead) {
     const std::string content = patternBytes(mebibyte + 1234);
-    int error = 0;
-    const auto file = UncachedFile::open(m_folder->write("file", content), &error);
+    const auto file = UncachedFile::open(m_folder->write("file", content));
     ASSERT_TRUE(file);
     const struct {
         std::size_t offset;
@@ -66,8 +64,7 @@ TEST_P(UncachedFileTest, AnyPieceOfTheFileCanBeRead) {
 
 TEST_P(UncachedFileTest, ThereIsLessAtTheEndAndNothingBeyondIt) {
     const std::string content = patternBytes(5000);
-    int error = 0;
-    const auto file = UncachedFile::open(m_folder->write("file", content), &error);
+    const auto file = UncachedFile::open(m_folder->write("file", content));
     ASSERT_TRUE(file);
     for (const std::size_t offset :
          {0UL, 4096UL, 4100UL, 4999UL, 5000UL, 5001UL, 8192UL, 100'000UL}) {
@@ -87,9 +84,7 @@ TEST_P(UncachedFileTest, AWholeFileIsReadAheadAtEverySize) {
 }
 
 TEST_P(UncachedFileTest, ReadingAheadMayEndEarly) {
-    int error = 0;
-    ReadAhead file(
-        UncachedFile::open(m_folder->write("file", patternBytes(20 * mebibyte)), &error));
+    ReadAhead file(UncachedFile::open(m_folder->write("file", patternBytes(20 * mebibyte))));
     EXPECT_EQ(file.next().size(), mebibyte);
 }
 
@@ -103,9 +98,8 @@ TEST(UncachedFileOnDiskTest, ReadingLeavesNothingInMemory) {
 
 TEST(UncachedFileOnDiskTest, AFileThatIsNotThereIsTheErrorItIs) {
     const ScratchFolder folder;
-    int error = 0;
-    EXPECT_FALSE(UncachedFile::open(folder.path("none"), &error));
-    EXPECT_EQ(error, ENOENT);
+    EXPECT_FALSE(UncachedFile::open(folder.path("none")));
+    EXPECT_EQ(errno, ENOENT);
 }
 
 }  // namespace

@@ -1,0 +1,16 @@
+#include "CommandOutcome.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "SmallFile.h"
+
+CommandOutcome CommandOutcome::failed(const std::string& tool, const Failure& failure) {
+    return {EXIT_FAILURE, {}, tool + ": " + failure.sentence + "\n"};
+}
+
+int CommandOutcome::print() const {
+    SmallFile::writeAll(STDERR_FILENO, errors);
+    return SmallFile::writeAll(STDOUT_FILENO, output) ? status : EXIT_FAILURE;
+}
