@@ -21,7 +21,7 @@
 
 namespace {
 
-constexpr int kSettleMilliseconds = 1000;
+constexpr int settleMilliseconds = 1000;
 
 double processorSeconds() {
     rusage usage{};
@@ -35,7 +35,7 @@ double processorSeconds() {
 // Lets the window be for a moment, then measures it for `seconds` and calls `next`.
 template <typename Next>
 void measure(const char* name, int seconds, Next next) {
-    QTimer::singleShot(kSettleMilliseconds, qApp, [=] {
+    QTimer::singleShot(settleMilliseconds, qApp, [=] {
         const double before = processorSeconds();
         QElapsedTimer wall;
         wall.start();

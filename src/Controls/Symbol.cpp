@@ -16,8 +16,8 @@ static void registerSymbols() {
 
 namespace {
 
-constexpr qreal kSidePerPoint = 1.25;
-constexpr qreal kDisabledOpacity = 0.35;
+constexpr qreal sidePerPoint = 1.25;
+constexpr qreal disabledOpacity = 0.35;
 
 void ensureResources() {
     static const bool registered = [] {
@@ -83,7 +83,7 @@ public:
                          qreal ratio) override {
         QColor colour = m_colour;
         if (mode == QIcon::Disabled && colour.isValid())
-            colour.setAlphaF(colour.alphaF() * static_cast<float>(kDisabledOpacity));
+            colour.setAlphaF(colour.alphaF() * static_cast<float>(disabledOpacity));
         QPixmap result = rendered(m_file, size, colour);
         result.setDevicePixelRatio(ratio);
         return result;
@@ -110,7 +110,7 @@ QStringList Symbol::names() {
 }
 
 int Symbol::side(qreal points) {
-    return static_cast<int>(std::lround(points * kSidePerPoint));
+    return static_cast<int>(std::lround(points * sidePerPoint));
 }
 
 QPixmap Symbol::pixmap(const QString& name, qreal points, const QColor& colour,

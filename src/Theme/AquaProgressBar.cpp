@@ -7,9 +7,9 @@
 
 namespace {
 
-constexpr int kSteps = 1000;
-constexpr int kUsualWidth = 200;
-constexpr int kLeastWidth = 40;
+constexpr int steps = 1000;
+constexpr int usualWidth = 200;
+constexpr int leastWidth = 40;
 
 }  // namespace
 
@@ -32,18 +32,18 @@ qreal AquaProgressBar::phase() const {
 }
 
 QSize AquaProgressBar::sizeHint() const {
-    return {kUsualWidth, barHeight()};
+    return {usualWidth, barHeight()};
 }
 
 QSize AquaProgressBar::minimumSizeHint() const {
-    return {kLeastWidth, barHeight()};
+    return {leastWidth, barHeight()};
 }
 
 void AquaProgressBar::refresh() {
     const double filled = GelBar::fillWidth(m_fraction, 1);
     if (m_fraction) {
-        setRange(0, kSteps);
-        setValue(static_cast<int>(std::lround(filled * kSteps)));
+        setRange(0, steps);
+        setValue(static_cast<int>(std::lround(filled * steps)));
     } else {
         setRange(0, 0);
     }

@@ -14,13 +14,13 @@
 
 namespace {
 
-constexpr double kOneWaySeconds = 0.9;
-constexpr qreal kBlurRadius = 6;
-constexpr qreal kReach = 3 * kBlurRadius;
-constexpr qreal kSeenReach = 2 * kBlurRadius;
-constexpr qreal kDimOpacity = 0.35;
-constexpr qreal kBrightOpacity = 0.9;
-constexpr qreal kBrightScale = 1.08;
+constexpr double oneWaySeconds = 0.9;
+constexpr qreal blurRadius = 6;
+constexpr qreal glowReach = 3 * blurRadius;
+constexpr qreal seenReach = 2 * blurRadius;
+constexpr qreal dimOpacity = 0.35;
+constexpr qreal brightOpacity = 0.9;
+constexpr qreal brightScale = 1.08;
 
 const QEasingCurve& easeInOut() {
     static const QEasingCurve curve = [] {
@@ -34,7 +34,7 @@ const QEasingCurve& easeInOut() {
 // What a frame and its glow of this reach take at their largest.
 QRect withGlow(const QRect& frame, qreal reach) {
     const QPointF centre = QRectF(frame).center();
-    const QSizeF size = (QSizeF(frame.size()) + QSizeF(2 * reach, 2 * reach)) * kBrightScale;
+    const QSizeF size = (QSizeF(frame.size()) + QSizeF(2 * reach, 2 * reach)) * brightScale;
     return QRectF(centre - QPointF(size.width() / 2, size.height() / 2), size).toAlignedRect();
 }
 
@@ -65,25 +65,27 @@ AquaPulse::AquaPulse(QWidget* view) : Surround(view, Layer::Glow), m_clock(new F
 }
 
 qreal AquaPulse::brightness(double seconds) {
-    const double turn = std::fmod(std::max(seconds, 0.0), 2 * kOneWaySeconds) / kOneWaySeconds;
+    const double turn = std::fmod(std::max(seconds, 0.0), 2 * oneWaySeconds) / oneWaySeconds;
     return easeInOut().valueForProgress(turn <= 1 ? turn : 2 - turn);
 }
 
 qreal AquaPulse::opacity(qreal brightness) {
-    return kDimOpacity + (kBrightOpacity - kDimOpacity) * brightness;
+    return dimOpacity + (brightOpacity - dimOpacity) * brightness;
 }
 
 qreal AquaPulse::scale(qreal brightness) {
-    return 1 + (kBrightScale - 1) * brightness;
+    return 1 + (brightScale - 1) * brightness;
 }
 
 QImage AquaPulse::glow(const QSizeF& size, qreal ratio) {
-    QImage capsule = ImageOperations::transparent(size + QSizeF(2 * kReach, 2 * kReach), ratio);
+    QImage capsule =
+        ImageOperations::transparent(size + QSizeF(2 * glowReach, 2 * glowReach), ratio);
     QPainter painter(&capsule);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.fillPath(continuousCapsule(QRectF(QPointF(kReach, kReach), size)), Aqua::blueMid());
+    painter.fillPath(continuousCapsule(QRectF(QPointF(glowReach, glowReach), size)),
+                     Aqua::blueMid());
     painter.end();
-    return ImageOperations::blurredSilhouette(capsule, kBlurRadius * ratio, Aqua::blueMid());
+    return ImageOperations::blurredSilhouette(capsule, blurRadius * ratio, Aqua::blueMid());
 }
 
 void AquaPulse::paint(QPainter& painter, const QPointF& centre, const QImage& glow,
@@ -95,12 +97,12 @@ void AquaPulse::paint(QPainter& painter, const QPointF& centre, const QImage& gl
 }
 
 QRect AquaPulse::extent(const QRect& frame) const {
-    return withGlow(frame, kReach);
+    return withGlow(frame, glowReach);
 }
 
 // Further out the glow is too faint for anyone to see that it is cut off.
 QRect AquaPulse::needed(const QRect& frame) const {
-    return withGlow(frame, kSeenReach);
+    return withGlow(frame, seenReach);
 }
 
 void AquaPulse::placed() {

@@ -10,17 +10,17 @@ namespace {
 // An exponent above 2 makes the curvature nothing where an end meets the straight side. The ends
 // are longer than a half circle to make up for the fuller shoulders, so they look neither boxy nor
 // like the halves of an egg.
-constexpr qreal kExponent = 2.18;
-constexpr qreal kEndLength = 1.2;  // times half the capsule's thickness
-constexpr int kPointsAQuarter = 24;
+constexpr qreal exponent = 2.18;
+constexpr qreal endLength = 1.2;  // times half the capsule's thickness
+constexpr int pointsAQuarter = 24;
 
 // A point of the first quarter of the unit superellipse, from (1, 0) to (0, 1).
 QPointF unitPoint(int index) {
-    const qreal angle = std::numbers::pi / 2 * index / kPointsAQuarter;
+    const qreal angle = std::numbers::pi / 2 * index / pointsAQuarter;
     // Beyond the rounding of cosine and sine, the very ends must lie on the axes.
-    const qreal x = index == kPointsAQuarter ? 0 : std::cos(angle);
+    const qreal x = index == pointsAQuarter ? 0 : std::cos(angle);
     const qreal y = std::sin(angle);
-    return {std::pow(x, 2 / kExponent), std::pow(y, 2 / kExponent)};
+    return {std::pow(x, 2 / exponent), std::pow(y, 2 / exponent)};
 }
 
 }  // namespace
@@ -28,7 +28,7 @@ QPointF unitPoint(int index) {
 qreal capsuleEndLength(const QSizeF& size) {
     const qreal thickness = std::min(size.width(), size.height());
     const qreal length = std::max(size.width(), size.height());
-    return std::min(thickness / 2 * kEndLength, length / 2);
+    return std::min(thickness / 2 * endLength, length / 2);
 }
 
 QPainterPath continuousCapsule(const QRectF& rect) {
@@ -42,7 +42,7 @@ QPainterPath continuousCapsule(const QRectF& rect) {
 
     // One quarter after the other, clockwise on the screen from the right end's middle.
     QPolygonF outline;
-    outline.reserve(4L * (kPointsAQuarter + 1));
+    outline.reserve(4L * (pointsAQuarter + 1));
     const auto add = [&](qreal centreX, qreal signX, qreal centreY, qreal signY, int index) {
         const QPointF point = unitPoint(index);
         outline << QPointF(centreX + signX * rx * point.x(), centreY + signY * ry * point.y());
@@ -51,13 +51,13 @@ QPainterPath continuousCapsule(const QRectF& rect) {
     const qreal right = rect.right() - rx;
     const qreal top = rect.top() + ry;
     const qreal bottom = rect.bottom() - ry;
-    for (int i = 0; i <= kPointsAQuarter; ++i)
+    for (int i = 0; i <= pointsAQuarter; ++i)
         add(right, 1, bottom, 1, i);
-    for (int i = kPointsAQuarter; i >= 0; --i)
+    for (int i = pointsAQuarter; i >= 0; --i)
         add(left, -1, bottom, 1, i);
-    for (int i = 0; i <= kPointsAQuarter; ++i)
+    for (int i = 0; i <= pointsAQuarter; ++i)
         add(left, -1, top, -1, i);
-    for (int i = kPointsAQuarter; i >= 0; --i)
+    for (int i = pointsAQuarter; i >= 0; --i)
         add(right, 1, top, -1, i);
     path.addPolygon(outline);
     path.closeSubpath();

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int kFrameMilliseconds = 33;
+constexpr int frameMilliseconds = 33;
 
 struct Shared {
     std::vector<FrameClock*> clocks;
@@ -52,7 +52,7 @@ void startOrStopTimer() {
     if (needed && !state.timer) {
         state.timer = new QTimer(QCoreApplication::instance());
         state.timer->setTimerType(Qt::PreciseTimer);
-        state.timer->setInterval(kFrameMilliseconds);
+        state.timer->setInterval(frameMilliseconds);
         QObject::connect(state.timer, &QTimer::timeout, state.timer, tick);
     }
     if (state.timer && needed != state.timer->isActive())

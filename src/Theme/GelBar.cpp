@@ -14,13 +14,13 @@
 
 namespace {
 
-constexpr double kPeriodSeconds = 0.5;
-constexpr qreal kTrackTop = 0.78;
-constexpr qreal kTrackBottom = 0.92;
-constexpr qreal kTrackBorder = 0.55;
-constexpr qreal kStripeOpacity = 0.35;
-constexpr qreal kGlossOpacity = 0.70;
-constexpr qreal kFillBorderOpacity = 0.70;
+constexpr double periodSeconds = 0.5;
+constexpr qreal trackTop = 0.78;
+constexpr qreal trackBottom = 0.92;
+constexpr qreal trackBorder = 0.55;
+constexpr qreal stripeOpacity = 0.35;
+constexpr qreal glossOpacity = 0.70;
+constexpr qreal fillBorderOpacity = 0.70;
 
 // The share of a pixel that lies beyond an edge of 45 degrees, which passes the pixel's middle at
 // this distance (along a column or row, in pixels; negative when the middle is not beyond it).
@@ -68,7 +68,7 @@ std::vector<float> GelBar::stripeCoverage(int diagonals, qreal height, qreal pha
 }
 
 qreal GelBar::phase(double seconds) const {
-    return std::fmod(std::max(seconds, 0.0), kPeriodSeconds) / kPeriodSeconds * 2 * m_stripeWidth;
+    return std::fmod(std::max(seconds, 0.0), periodSeconds) / periodSeconds * 2 * m_stripeWidth;
 }
 
 void GelBar::paint(QPainter& painter, const QRectF& rect, std::optional<double> value, qreal phase,
@@ -106,7 +106,7 @@ void GelBar::paint(QPainter& painter, const QRectF& rect, std::optional<double> 
 // White over what is there, which keeps its coverage: the stripes end where the capsule does. By
 // hand, because Qt wakes its painting threads for each stripe, at ten times the cost.
 void GelBar::drawStripes(QImage& fill, qreal phase) const {
-    constexpr int kOne = 1 << 15;
+    constexpr int one = 1 << 15;
     const int left = qRound(m_key.fill.left() * m_key.ratio);
     const int columns = std::min(qCeil(m_key.fill.width() * m_key.ratio), fill.width() - left);
     const std::vector<float> coverage =
@@ -114,14 +114,14 @@ void GelBar::drawStripes(QImage& fill, qreal phase) const {
     std::vector<int> opacity;
     opacity.reserve(coverage.size());
     for (const float covered : coverage)
-        opacity.push_back(qRound(covered * kStripeOpacity * kOne));
+        opacity.push_back(qRound(covered * stripeOpacity * one));
     for (int y = 0; y < fill.height(); ++y) {
         QRgb* line = reinterpret_cast<QRgb*>(fill.scanLine(y)) + left;
         const int* share = opacity.data() + y;
         for (int x = 0; x < columns; ++x) {
             const int alpha = qAlpha(line[x]);
             const auto lightened = [&](int value) {
-                return value + (((alpha - value) * share[x] + kOne / 2) >> 15);
+                return value + (((alpha - value) * share[x] + one / 2) >> 15);
             };
             line[x] = qRgba(lightened(qRed(line[x])), lightened(qGreen(line[x])),
                             lightened(qBlue(line[x])), alpha);
@@ -141,10 +141,10 @@ void GelBar::drawLayers(const Key& key) {
     QPainter track(&m_track);
     track.setRenderHint(QPainter::Antialiasing);
     QLinearGradient groove(bar.topLeft(), bar.bottomLeft());
-    groove.setColorAt(0, Gel::whiteLevel(kTrackTop));
-    groove.setColorAt(1, Gel::whiteLevel(kTrackBottom));
+    groove.setColorAt(0, Gel::whiteLevel(trackTop));
+    groove.setColorAt(1, Gel::whiteLevel(trackBottom));
     track.fillPath(continuousCapsule(bar), groove);
-    Gel::strokeInside(track, bar, Gel::whiteLevel(kTrackBorder), line);
+    Gel::strokeInside(track, bar, Gel::whiteLevel(trackBorder), line);
     track.end();
 
     m_fill = ImageOperations::transparent(key.size, key.ratio);
@@ -158,12 +158,12 @@ void GelBar::drawLayers(const Key& key) {
     fill.fillPath(continuousCapsule(part), gel);
     // Gloss and stripes are both white, so which of them is painted first makes no difference.
     fill.setCompositionMode(QPainter::CompositionMode_SourceAtop);
-    fill.fillRect(bar, Gel::gloss(bar, kGlossOpacity));
+    fill.fillRect(bar, Gel::gloss(bar, glossOpacity));
     fill.end();
 
     QPainter border(&m_border);
     border.setRenderHint(QPainter::Antialiasing);
-    Gel::strokeInside(border, part, Gel::withOpacity(Aqua::blueBottom(), kFillBorderOpacity), line);
+    Gel::strokeInside(border, part, Gel::withOpacity(Aqua::blueBottom(), fillBorderOpacity), line);
     border.end();
 
     // A fill that is shorter than the track's own round end must not stick out of it.

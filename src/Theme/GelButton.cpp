@@ -12,17 +12,17 @@
 
 namespace {
 
-constexpr int kFontPoints = 13;
-constexpr qreal kGlossInset = 1;
-constexpr qreal kGlossOpacity = 0.85;
-constexpr qreal kShadowOpacity = 0.18;
-constexpr qreal kShadowRadius = 1;
-constexpr qreal kShadowOffset = 1;
-constexpr qreal kPressedBrightness = -0.08;
-constexpr qreal kPressedScale = 0.98;
-constexpr qreal kDisabledOpacity = 0.45;
-constexpr qreal kDisabledSaturation = 0.3;
-constexpr qreal kFocusWidth = 3;
+constexpr int fontPoints = 13;
+constexpr qreal glossInset = 1;
+constexpr qreal buttonGloss = 0.85;
+constexpr qreal shadowOpacity = 0.18;
+constexpr qreal shadowRadius = 1;
+constexpr qreal shadowOffset = 1;
+constexpr qreal pressedBrightness = -0.08;
+constexpr qreal pressedScale = 0.98;
+constexpr qreal disabledOpacity = 0.45;
+constexpr qreal disabledSaturation = 0.3;
+constexpr qreal focusWidth = 3;
 
 QColor labelColour(Tint tint) {
     return tint == Tint::blue ? QColor(Qt::white) : Gel::whiteLevel(0.15);
@@ -41,7 +41,7 @@ QLinearGradient body(Tint tint, const QRectF& rect) {
 }  // namespace
 
 QFont GelButton::labelFont() {
-    return Aqua::font(kFontPoints);
+    return Aqua::font(fontPoints);
 }
 
 QImage GelButton::image(qreal ratio) const {
@@ -50,7 +50,7 @@ QImage GelButton::image(qreal ratio) const {
 
     QPainter painter(&face);
     painter.setRenderHint(QPainter::Antialiasing);
-    const qreal scale = 1 - (1 - kPressedScale) * pressed;
+    const qreal scale = 1 - (1 - pressedScale) * pressed;
     const QPointF centre(whole.width() / 2, whole.height() / 2);
     painter.translate(centre);
     painter.scale(scale, scale);
@@ -62,8 +62,8 @@ QImage GelButton::image(qreal ratio) const {
                        QPointF(snapped(margins().left() + size.width()),
                                snapped(margins().top() + size.height())));
     painter.fillPath(continuousCapsule(frame), body(tint, frame));
-    const QRectF glossFrame = frame.adjusted(kGlossInset, kGlossInset, -kGlossInset, -kGlossInset);
-    painter.fillPath(continuousCapsule(glossFrame), Gel::gloss(glossFrame, kGlossOpacity));
+    const QRectF glossFrame = frame.adjusted(glossInset, glossInset, -glossInset, -glossInset);
+    painter.fillPath(continuousCapsule(glossFrame), Gel::gloss(glossFrame, buttonGloss));
 
     // On a whole device pixel, or the label would hop up and down while the button shrinks.
     const QFontMetricsF metrics(font);
@@ -90,23 +90,22 @@ QImage GelButton::image(qreal ratio) const {
 
     QImage result = ImageOperations::transparent(whole, ratio);
     QPainter composer(&result);
-    composer.drawImage(
-        QPointF(0, snapped(kShadowOffset * scale)),
-        ImageOperations::blurredSilhouette(face, kShadowRadius * ratio,
-                                           Gel::withOpacity(Qt::black, kShadowOpacity)));
+    composer.drawImage(QPointF(0, snapped(shadowOffset * scale)),
+                       ImageOperations::blurredSilhouette(
+                           face, shadowRadius * ratio, Gel::withOpacity(Qt::black, shadowOpacity)));
     composer.drawImage(QPointF(0, 0), face);
     if (focused) {
         composer.setRenderHint(QPainter::Antialiasing);
-        const QRectF ring = frame.adjusted(-kFocusWidth, -kFocusWidth, kFocusWidth, kFocusWidth);
-        Gel::strokeInside(composer, ring, Gel::withOpacity(Aqua::blueMid(), 0.75), kFocusWidth);
+        const QRectF ring = frame.adjusted(-focusWidth, -focusWidth, focusWidth, focusWidth);
+        Gel::strokeInside(composer, ring, Gel::withOpacity(Aqua::blueMid(), 0.75), focusWidth);
     }
     composer.end();
 
     if (pressed > 0)
-        ImageOperations::addBrightness(result, kPressedBrightness * pressed);
+        ImageOperations::addBrightness(result, pressedBrightness * pressed);
     if (!enabled) {
-        ImageOperations::scaleSaturation(result, kDisabledSaturation);
-        ImageOperations::scaleOpacity(result, kDisabledOpacity);
+        ImageOperations::scaleSaturation(result, disabledSaturation);
+        ImageOperations::scaleOpacity(result, disabledOpacity);
     }
     return result;
 }

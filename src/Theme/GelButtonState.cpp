@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int kPressMilliseconds = 100;
+constexpr int pressMilliseconds = 100;
 
 QEasingCurve easeOut() {
     QEasingCurve curve(QEasingCurve::BezierSpline);
@@ -23,7 +23,7 @@ QEasingCurve easeOut() {
 GelButtonState::GelButtonState(Tint tint, QObject* parent)
     : QObject(parent), m_pressing(new QVariantAnimation(this)) {
     m_look.tint = tint;
-    m_pressing->setDuration(kPressMilliseconds);
+    m_pressing->setDuration(pressMilliseconds);
     m_pressing->setEasingCurve(easeOut());
     m_pressing->setStartValue(0.0);
     m_pressing->setEndValue(0.0);
@@ -69,7 +69,7 @@ void GelButtonState::showPressed(bool pressed, bool visible) {
     m_pressing->setStartValue(from);
     m_pressing->setEndValue(target);
     if (still) {
-        m_pressing->setCurrentTime(kPressMilliseconds);
+        m_pressing->setCurrentTime(pressMilliseconds);
     } else {
         m_pressing->start();
     }

@@ -8,11 +8,11 @@
 namespace {
 
 // Where a Gaussian is cut off, in standard deviations.
-constexpr qreal kReach = 3;
-constexpr int kBandRows = 32;
+constexpr qreal sigmas = 3;
+constexpr int bandRows = 32;
 
 std::vector<float> gaussianKernel(qreal sigma) {
-    const int reach = static_cast<int>(std::ceil(sigma * kReach));
+    const int reach = static_cast<int>(std::ceil(sigma * sigmas));
     std::vector<float> kernel(static_cast<size_t>(2 * reach + 1));
     double sum = 0;
     for (int i = -reach; i <= reach; ++i) {
@@ -167,9 +167,9 @@ void ImageOperations::drawScaled(QPainter& painter, const QPointF& centre, const
     // In bands: Qt spreads the painting of more rows over threads, and to wake those costs more
     // than they help with so small an image.
     const QRect area = target.toAlignedRect();
-    for (int top = area.top(); top <= area.bottom(); top += kBandRows) {
+    for (int top = area.top(); top <= area.bottom(); top += bandRows) {
         painter.save();
-        painter.setClipRect(QRect(area.left(), top, area.width(), kBandRows), Qt::IntersectClip);
+        painter.setClipRect(QRect(area.left(), top, area.width(), bandRows), Qt::IntersectClip);
         painter.drawImage(target, image);
         painter.restore();
     }

@@ -9,10 +9,10 @@
 
 namespace {
 
-constexpr qreal kPeriod = 4;
-constexpr qreal kLine = 1;
-constexpr QColor kBase(237, 240, 245);
-constexpr QColor kStripe(255, 255, 255, 153);  // 60 %
+constexpr qreal period = 4;
+constexpr qreal line = 1;
+constexpr QColor base(237, 240, 245);
+constexpr QColor stripe(255, 255, 255, 153);  // 60 %
 
 }  // namespace
 
@@ -29,15 +29,15 @@ QList<QRectF> PinstripeBackground::stripes(const QSizeF& size) {
     QList<QRectF> result;
     if (!(size.height() > 0))
         return result;
-    for (int i = 0; i * kPeriod < size.height(); ++i)
-        result.append(QRectF(0, i * kPeriod, size.width(), kLine));
+    for (int i = 0; i * period < size.height(); ++i)
+        result.append(QRectF(0, i * period, size.width(), line));
     return result;
 }
 
 void PinstripeBackground::paint(QPainter& painter, const QRectF& rect) {
     painter.save();
     painter.setPen(Qt::NoPen);
-    painter.fillRect(rect, kBase);
+    painter.fillRect(rect, base);
 
     // Device pixels from here on: what is painted covers whole ones.
     const QTransform toDevice = painter.deviceTransform();
@@ -59,7 +59,7 @@ void PinstripeBackground::paint(QPainter& painter, const QRectF& rect) {
         visible.append(toPoints.mapRect(pixels));
     }
     painter.setRenderHint(QPainter::Antialiasing, false);
-    painter.setBrush(kStripe);
+    painter.setBrush(stripe);
     painter.drawRects(visible);
     painter.restore();
 }
