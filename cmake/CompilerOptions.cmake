@@ -32,6 +32,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
     # Wrong in GCC 12 for a literal plus a std::string when it optimises fully.
     target_compile_options(spindrift_options INTERFACE -Wno-restrict)
 endif()
+if(SPINDRIFT_UNITY AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # Sources that are compiled together look like headers to it.
+    target_compile_options(spindrift_options INTERFACE -Wno-subobject-linkage)
+endif()
 target_compile_definitions(spindrift_options INTERFACE _FILE_OFFSET_BITS=64 _GNU_SOURCE)
 
 option(SPINDRIFT_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)

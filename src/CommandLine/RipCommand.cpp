@@ -12,7 +12,6 @@
 
 namespace {
 
-constexpr int readerCheckInterval = 500;       // milliseconds
 constexpr int cancelAgainInterval = 200;       // milliseconds
 constexpr int longestNotificationWait = 1000;  // milliseconds
 // The verification removes its second image, of up to 100 GB, after it has told its verdict.
@@ -79,7 +78,7 @@ int RipCommand::run() {
         QStringLiteral("Ripping “%1” to %2").arg(m_monitor.disc()->displayName(), m_target));
     QTimer readerCheck;
     connect(&readerCheck, &QTimer::timeout, this, &RipCommand::cancelWithoutAReader);
-    readerCheck.start(readerCheckInterval);
+    readerCheck.start(TextOutput::readerCheckInterval);
     m_session.setDestination(m_target);
     m_session.startRip();
     const int status = m_loop.exec();

@@ -8,12 +8,6 @@
 #include "Interruption.h"
 #include "JsonText.h"
 
-namespace {
-
-constexpr int readerCheckInterval = 500;  // milliseconds
-
-}  // namespace
-
 SpeedTestCommand::SpeedTestCommand(const CommandContext& context, Interruption& interruption)
     : m_context(context), m_printer(context.output, [this] { return progressState(); }) {
     if (context.invocation.json) {
@@ -69,7 +63,7 @@ int SpeedTestCommand::run() {
     }
     QTimer readerCheck;
     connect(&readerCheck, &QTimer::timeout, this, &SpeedTestCommand::cancelWithoutAReader);
-    readerCheck.start(readerCheckInterval);
+    readerCheck.start(TextOutput::readerCheckInterval);
     m_elapsed.start();
     m_tester.start(disc->imageSourceBSDName, *drive, disc->kind, disc->totalBytes);
     m_loop.exec();

@@ -10,6 +10,8 @@
 
 class TextOutput final {
 public:
+    static constexpr int readerCheckInterval = 500;  // milliseconds, for who asks readerIsGone()
+
     explicit TextOutput(int descriptor);
 
     // Whether lines can be drawn over: a terminal that is not a dumb one.

@@ -16,7 +16,7 @@ namespace {
 
 // Below this the thread costs more than the wait.
 constexpr off_t worthAThread = off_t(64) * 1024 * 1024;
-constexpr off_t blockSize = 512;  // of stat()
+constexpr off_t bytesOfABlock = 512;  // of stat()
 
 }  // namespace
 
@@ -28,7 +28,7 @@ Descriptor FileRemoval::hold(const QString& path) {
     // By the space that it takes, too: an image has all of its own from the start.
     if (!content.isOpen() || fstat(content.number(), &attributes) != 0 ||
         !S_ISREG(attributes.st_mode) ||
-        std::max<off_t>(attributes.st_size, attributes.st_blocks * blockSize) < worthAThread) {
+        std::max<off_t>(attributes.st_size, attributes.st_blocks * bytesOfABlock) < worthAThread) {
         return Descriptor();
     }
     return content;

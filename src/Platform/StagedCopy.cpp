@@ -19,14 +19,14 @@
 
 namespace {
 
-constexpr size_t blockSize = size_t(1024) * 1024;
+constexpr size_t copyBlock = size_t(1024) * 1024;
 // How much may wait in memory for a slow disk: bounds what the last flush has to do.
 constexpr off_t flushWindow = off_t(16) * 1024 * 1024;
 
 ssize_t readSome(int descriptor, std::vector<char>& buffer) {
     ssize_t count = 0;
     do {
-        count = read(descriptor, buffer.data(), buffer.size());
+        count = ::read(descriptor, buffer.data(), buffer.size());
     } while (count < 0 && errno == EINTR);
     return count;
 }
@@ -149,7 +149,7 @@ int StagedCopy::copyContent(int input, int output) const {
     if (const int error = makeRoom(output, original.st_size); error != 0) {
         return error;
     }
-    std::vector<char> buffer(blockSize);
+    std::vector<char> buffer(copyBlock);
     off_t position = 0;
     off_t flushed = 0;
     while (true) {

@@ -15,9 +15,9 @@
 
 namespace {
 
-constexpr const char* service = "org.freedesktop.portal.Desktop";
-constexpr const char* object = "/org/freedesktop/portal/desktop";
-constexpr const char* interface = "org.freedesktop.portal.Settings";
+constexpr const char* portalService = "org.freedesktop.portal.Desktop";
+constexpr const char* portalObject = "/org/freedesktop/portal/desktop";
+constexpr const char* portalInterface = "org.freedesktop.portal.Settings";
 
 std::atomic<bool> prefersDark = false;
 std::atomic<bool> prefersStill = false;
@@ -87,14 +87,14 @@ int settingRead(sd_bus_message* reply, void* setting, sd_bus_error* /*error*/) {
 }
 
 bool ask(sd_bus* bus) {
-    if (sd_bus_match_signal_async(bus, nullptr, nullptr, object, interface, "SettingChanged",
-                                  settingChanged, nullptr, nullptr) < 0) {
+    if (sd_bus_match_signal_async(bus, nullptr, nullptr, portalObject, portalInterface,
+                                  "SettingChanged", settingChanged, nullptr, nullptr) < 0) {
         return false;
     }
     // Without waiting for the answers: a portal that owes one may still tell of changes.
     return std::all_of(std::begin(settings), std::end(settings), [bus](const Setting& setting) {
-        return sd_bus_call_method_async(bus, nullptr, service, object, interface, "Read",
-                                        settingRead, const_cast<Setting*>(&setting), "ss",
+        return sd_bus_call_method_async(bus, nullptr, portalService, portalObject, portalInterface,
+                                        "Read", settingRead, const_cast<Setting*>(&setting), "ss",
                                         setting.space, setting.key) >= 0;
     });
 }

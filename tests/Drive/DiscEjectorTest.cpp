@@ -11,8 +11,8 @@ namespace {
 
 using testing::ElementsAre;
 
-const QString diskutil = QStringLiteral("/usr/sbin/diskutil");
-const QString drutil = QStringLiteral("/usr/bin/drutil");
+using StubTools::diskutil;
+using StubTools::drutil;
 
 class DiscEjectorTest : public testing::Test {
 protected:

@@ -15,7 +15,7 @@ using DriveStatus::parseVolumeName;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const QString diskutil = QStringLiteral("/usr/sbin/diskutil");
+using StubTools::diskutil;
 const QString disk4 = QStringLiteral("disk4");
 
 QByteArray document(const QByteArray& entries) {

@@ -15,8 +15,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const QString drutil = QStringLiteral("/usr/bin/drutil");
-const QString diskutil = QStringLiteral("/usr/sbin/diskutil");
+using StubTools::diskutil;
+using StubTools::drutil;
 
 constexpr const char* head =
     " Vendor   Product           Rev \n ACME     Test Drive        1.0 \n\n";

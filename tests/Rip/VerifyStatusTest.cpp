@@ -4,13 +4,13 @@
 
 namespace {
 
-const QString notRead = QStringLiteral("Could not re-read the disc to verify.");
-const QString noDigest = QStringLiteral("Could not compute checksum.");
+const QString notReadAgain = QStringLiteral("Could not re-read the disc to verify.");
+const QString noChecksum = QStringLiteral("Could not compute checksum.");
 
 TEST(VerifyStatusTest, FailuresAreEqualOnlyWhenTheirTextsAre) {
-    EXPECT_EQ(VerifyStatus::failed(noDigest), VerifyStatus::failed(noDigest));
-    EXPECT_NE(VerifyStatus::failed(noDigest), VerifyStatus::failed(notRead));
-    EXPECT_EQ(VerifyStatus::failed(noDigest).text(), noDigest);
+    EXPECT_EQ(VerifyStatus::failed(noChecksum), VerifyStatus::failed(noChecksum));
+    EXPECT_NE(VerifyStatus::failed(noChecksum), VerifyStatus::failed(notReadAgain));
+    EXPECT_EQ(VerifyStatus::failed(noChecksum).text(), noChecksum);
 }
 
 TEST(VerifyStatusTest, DifferentVerdictsAreDifferent) {

@@ -9,6 +9,10 @@
 
 namespace StubTools {
 
+// The paths by which the program names its tools.
+inline const QString drutil = QStringLiteral("/usr/bin/drutil");
+inline const QString diskutil = QStringLiteral("/usr/sbin/diskutil");
+
 // Writes <tool root>/<fixedPath> as an executable "#!/bin/sh" script with this body. Each run first
 // appends its name and its arguments, one line a run, blank-separated, to <tool root>/log.
 void write(const TestFolder& folder, const QString& fixedPath, const QByteArray& body);

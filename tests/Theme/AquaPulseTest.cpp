@@ -17,13 +17,13 @@
 
 namespace {
 
-double g_now = 0;
+double g_pulseTime = 0;
 
 class AquaPulseTest : public testing::Test {
 protected:
     AquaPulseTest() {
-        g_now = 100;
-        FrameClock::setTimeSource([] { return g_now; });
+        g_pulseTime = 100;
+        FrameClock::setTimeSource([] { return g_pulseTime; });
     }
     ~AquaPulseTest() override {
         FrameClock::setTimeSource({});
@@ -172,10 +172,10 @@ TEST_F(PulsingWindow, TheGlowBeginsDimAndGrowsBright) {
         return qBlue(pixel) - qRed(pixel);
     };
     const int dim = aboveTheButton();
-    g_now += 0.9;
+    g_pulseTime += 0.9;
     const int bright = aboveTheButton();
     EXPECT_GT(bright, dim * 2);
-    g_now += 0.9;
+    g_pulseTime += 0.9;
     EXPECT_EQ(aboveTheButton(), dim);
 }
 
@@ -184,7 +184,7 @@ TEST_F(PulsingWindow, InTheWindowLieTheGlowTheShadowAndTheButtonInThisOrder) {
     white.setColor(QPalette::Window, Qt::white);
     window.setPalette(white);
     for (const double seconds : {0.0, 0.45, 0.9, 1.35}) {
-        g_now = 100 + seconds;
+        g_pulseTime = 100 + seconds;
         QImage expected(window.size(), QImage::Format_RGB32);
         expected.fill(Qt::white);
         QPainter painter(&expected);
@@ -214,7 +214,7 @@ TEST_F(PulsingWindow, InTheWindowLieTheGlowTheShadowAndTheButtonInThisOrder) {
 
 TEST_F(PulsingWindow, TakenAwayItIsGoneAndComesBackDim) {
     const QImage dim = window.grab().toImage();
-    g_now += 0.7;
+    g_pulseTime += 0.7;
     const QImage later = window.grab().toImage();
     EXPECT_NE(later, dim);
     aquaPulse(&button, true);
@@ -263,7 +263,7 @@ TEST_F(PulsingWindow, TheGlowHidesAndEndsWithTheView) {
 TEST_F(PulsingWindow, ReducedMotionLeavesAStillGlow) {
     FrameClock::setReducedMotion(true);
     const QImage first = window.grab().toImage();
-    g_now += 0.4;
+    g_pulseTime += 0.4;
     EXPECT_EQ(window.grab().toImage(), first);
     EXPECT_EQ(glowIn(window)->findChild<FrameClock*>()->isRunning(), false);
 }
@@ -286,14 +286,14 @@ TEST_F(AquaPulseTest, ThePulseBeginsWhenTheViewAppearsHoweverLongItWasMadeBefore
     button.setGeometry(84, 44, 132, 26);
     aquaPulse(&button, true);
     const auto shown = [&window] { return window.grab().toImage(); };
-    g_now += 0.7;
+    g_pulseTime += 0.7;
     window.show();
     const QImage first = shown();
-    g_now += 0.7;
+    g_pulseTime += 0.7;
     const QImage later = shown();
     EXPECT_NE(later, first);
     window.hide();
-    g_now += 1.8;
+    g_pulseTime += 1.8;
     window.show();
     EXPECT_EQ(shown(), later) << "hidden, it went on";
     aquaPulse(&button, false);
@@ -367,7 +367,7 @@ TEST_F(AquaPulseTest, AGlowIsSeenOnPinstripesThatWereThereBefore) {
     scene.window.show();
     const int without = scene.beside();
     aquaPulse(&scene.button, true);
-    g_now += 0.9;
+    g_pulseTime += 0.9;
     EXPECT_EQ(glowIn(scene.window)->parentWidget(), &scene.content);
     EXPECT_GT(scene.beside(), without + 40);
 }
@@ -376,7 +376,7 @@ TEST_F(AquaPulseTest, AGlowIsSeenOnPinstripesThatComeLater) {
     RowInAContent scene;
     scene.window.show();
     aquaPulse(&scene.button, true);
-    g_now += 0.9;
+    g_pulseTime += 0.9;
     const int before = scene.beside();
     EXPECT_GT(before, 40);
     PinstripeBackground background(&scene.content);

@@ -74,8 +74,8 @@ TEST(ImageOperationsTest, OpacityScalesTheCoverageAndKeepsTheColour) {
 TEST(ImageOperationsTest, ABlurHasTheAskedStandardDeviation) {
     for (const double sigma : {1.0, 3.0, 6.0, 18.0}) {
         // A half plane: its blurred edge is the integral of the kernel.
-        const int width = 320;
-        QImage image(width, 3 * 60 + 1, QImage::Format_ARGB32_Premultiplied);
+        const int columns = 320;
+        QImage image(columns, 3 * 60 + 1, QImage::Format_ARGB32_Premultiplied);
         image.fill(Qt::transparent);
         QPainter(&image).fillRect(120, 0, 200, image.height(), Qt::black);
         const QImage blurred = ImageOperations::blurredSilhouette(image, sigma, Qt::black);

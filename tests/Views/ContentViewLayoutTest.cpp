@@ -7,6 +7,7 @@
 #include "Appearance.h"
 #include "IconButton.h"
 #include "RipProgressView.h"
+#include "SheetLayout.h"
 #include "Symbol.h"
 #include "SymbolIcon.h"
 #include "TextStyle.h"
@@ -38,10 +39,6 @@ protected:
     TestFolder folder;
     HostWindow window;
 };
-
-int gapBelow(const QRect& upper, const QRect& lower) {
-    return lower.top() - upper.bottom() - 1;
-}
 
 int gapBeside(const QRect& left, const QRect& right) {
     return right.left() - left.right() - 1;
