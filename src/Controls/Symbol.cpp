@@ -35,16 +35,18 @@ QString fileOf(const QString& name) {
 // colours; null when there is no such file.
 QPixmap rendered(const QString& file, QSize pixels, const QColor& colour) {
     ensureResources();
-    if (pixels.isEmpty() || !QFile::exists(file))
+    if (pixels.isEmpty() || !QFile::exists(file)) {
         return {};
+    }
     const QString key = QStringLiteral("%1/%2x%3/%4")
                             .arg(file)
                             .arg(pixels.width())
                             .arg(pixels.height())
                             .arg(colour.isValid() ? colour.name(QColor::HexArgb) : QString());
     QPixmap pixmap;
-    if (QPixmapCache::find(key, &pixmap))
+    if (QPixmapCache::find(key, &pixmap)) {
         return pixmap;
+    }
 
     QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
@@ -82,8 +84,9 @@ public:
     QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State /*state*/,
                          qreal ratio) override {
         QColor colour = m_colour;
-        if (mode == QIcon::Disabled && colour.isValid())
+        if (mode == QIcon::Disabled && colour.isValid()) {
             colour.setAlphaF(colour.alphaF() * static_cast<float>(disabledOpacity));
+        }
         QPixmap result = rendered(m_file, size, colour);
         result.setDevicePixelRatio(ratio);
         return result;
@@ -103,8 +106,9 @@ QStringList Symbol::names() {
     ensureResources();
     QStringList names;
     const QStringList files = QDir(QStringLiteral(":/symbols")).entryList(QDir::Files, QDir::Name);
-    for (const QString& file : files)
+    for (const QString& file : files) {
         names.append(file.chopped(4));  // ".svg"
+    }
     names.sort();
     return names;
 }
@@ -123,8 +127,9 @@ QPixmap Symbol::pixmap(const QString& name, qreal points, const QColor& colour,
 
 QIcon Symbol::icon(const QString& name, const QColor& colour) {
     ensureResources();
-    if (!QFile::exists(fileOf(name)))
+    if (!QFile::exists(fileOf(name))) {
         return {};
+    }
     return QIcon(new SymbolIconEngine(fileOf(name), colour));
 }
 

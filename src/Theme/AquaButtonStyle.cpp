@@ -32,8 +32,9 @@ protected:
     }
 
     void paintEvent(QPaintEvent* /*event*/) override {
-        if (!m_button || !m_state)
+        if (!m_button || !m_state) {
             return;
+        }
         QPainter painter(this);
         painter.setClipRegion(QRegion(rect()) - QRegion(frame()));
         ImageOperations::drawAligned(painter, frame().topLeft() - imageOffset(),
@@ -56,15 +57,17 @@ public:
 
     static GelLook* of(const QPushButton* button) {
         for (QObject* child : button->children()) {
-            if (auto* look = dynamic_cast<GelLook*>(child))
+            if (auto* look = dynamic_cast<GelLook*>(child)) {
                 return look;
+            }
         }
         return nullptr;
     }
 
     void apply(QPushButton* button, Tint tint) {
-        if (m_style && m_style->state().tint() == tint)
+        if (m_style && m_style->state().tint() == tint) {
             return;
+        }
         // The old style must outlive its use by the button.
         const std::unique_ptr<AquaButtonStyle> old = std::move(m_style);
         m_style = std::make_unique<AquaButtonStyle>(tint);
@@ -106,16 +109,18 @@ void AquaButtonStyle::drawControl(ControlElement element, const QStyleOption* op
 
 QSize AquaButtonStyle::sizeFromContents(ContentsType type, const QStyleOption* option,
                                         const QSize& contents, const QWidget* widget) const {
-    if (type != CT_PushButton)
+    if (type != CT_PushButton) {
         return QProxyStyle::sizeFromContents(type, option, contents, widget);
+    }
     return contents.grownBy(GelButton::padding());
 }
 
 void aquaButton(QPushButton* button, bool enabled, Tint tint) {
     GelLook* look = GelLook::of(button);
     if (enabled) {
-        if (look == nullptr)
+        if (look == nullptr) {
             look = new GelLook(button);
+        }
         look->apply(button, tint);
     } else if (look != nullptr) {
         look->restore(button);

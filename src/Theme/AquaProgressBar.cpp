@@ -61,8 +61,9 @@ void AquaProgressBar::paintEvent(QPaintEvent* /*event*/) {
 }
 
 void AquaProgressBar::showEvent(QShowEvent* event) {
-    if (!m_appeared)
+    if (!m_appeared) {
         m_clock->restart();
+    }
     m_appeared = true;
     QProgressBar::showEvent(event);
 }

@@ -46,8 +46,9 @@ public:
 
     static PulseHolder* of(const QWidget* view) {
         for (QObject* child : view->children()) {
-            if (auto* holder = dynamic_cast<PulseHolder*>(child))
+            if (auto* holder = dynamic_cast<PulseHolder*>(child)) {
                 return holder;
+            }
         }
         return nullptr;
     }
@@ -116,8 +117,9 @@ qreal AquaPulse::currentBrightness() const {
 
 void AquaPulse::paintEvent(QPaintEvent* /*event*/) {
     const QSizeF size(frame().size());
-    if (size.isEmpty())
+    if (size.isEmpty()) {
         return;
+    }
     const qreal ratio = devicePixelRatioF();
     if (m_glow.isNull() || m_glowSize != size || m_glow.devicePixelRatio() != ratio) {
         m_glowSize = size;
@@ -128,16 +130,18 @@ void AquaPulse::paintEvent(QPaintEvent* /*event*/) {
 }
 
 void AquaPulse::showEvent(QShowEvent* event) {
-    if (!m_appeared)
+    if (!m_appeared) {
         m_clock->restart();
+    }
     m_appeared = true;
     QWidget::showEvent(event);
 }
 
 void aquaPulse(QWidget* view, bool enabled) {
     PulseHolder* holder = PulseHolder::of(view);
-    if (enabled && holder == nullptr)
+    if (enabled && holder == nullptr) {
         new PulseHolder(view);
-    else if (!enabled)
+    } else if (!enabled) {
         delete holder;
+    }
 }

@@ -33,8 +33,9 @@ qreal capsuleEndLength(const QSizeF& size) {
 
 QPainterPath continuousCapsule(const QRectF& rect) {
     QPainterPath path;
-    if (!(rect.width() > 0 && rect.height() > 0))
+    if (!(rect.width() > 0 && rect.height() > 0)) {
         return path;
+    }
     const bool lying = rect.width() >= rect.height();
     const qreal end = capsuleEndLength(rect.size());
     const qreal rx = lying ? end : rect.width() / 2;
@@ -51,14 +52,18 @@ QPainterPath continuousCapsule(const QRectF& rect) {
     const qreal right = rect.right() - rx;
     const qreal top = rect.top() + ry;
     const qreal bottom = rect.bottom() - ry;
-    for (int i = 0; i <= pointsAQuarter; ++i)
+    for (int i = 0; i <= pointsAQuarter; ++i) {
         add(right, 1, bottom, 1, i);
-    for (int i = pointsAQuarter; i >= 0; --i)
+    }
+    for (int i = pointsAQuarter; i >= 0; --i) {
         add(left, -1, bottom, 1, i);
-    for (int i = 0; i <= pointsAQuarter; ++i)
+    }
+    for (int i = 0; i <= pointsAQuarter; ++i) {
         add(left, -1, top, -1, i);
-    for (int i = pointsAQuarter; i >= 0; --i)
+    }
+    for (int i = pointsAQuarter; i >= 0; --i) {
         add(right, 1, top, -1, i);
+    }
     path.addPolygon(outline);
     path.closeSubpath();
     return path;

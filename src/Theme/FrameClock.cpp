@@ -26,8 +26,9 @@ Shared& shared() {
 }
 
 double now() {
-    if (shared().timeSource)
+    if (shared().timeSource) {
         return shared().timeSource();
+    }
     static const QElapsedTimer timer = [] {
         QElapsedTimer started;
         started.start();
@@ -40,8 +41,9 @@ void tick() {
     // A frame may end clocks, so walk over what there was.
     const std::vector<QPointer<FrameClock>> clocks(shared().clocks.begin(), shared().clocks.end());
     for (const QPointer<FrameClock>& clock : clocks) {
-        if (clock && clock->isRunning())
+        if (clock && clock->isRunning()) {
             emit clock->frame();
+        }
     }
 }
 
@@ -55,8 +57,9 @@ void startOrStopTimer() {
         state.timer->setInterval(frameMilliseconds);
         QObject::connect(state.timer, &QTimer::timeout, state.timer, tick);
     }
-    if (state.timer && needed != state.timer->isActive())
+    if (state.timer && needed != state.timer->isActive()) {
         needed ? state.timer->start() : state.timer->stop();
+    }
 }
 
 }  // namespace
@@ -86,13 +89,15 @@ void FrameClock::restart() {
 }
 
 void FrameClock::setReducedMotion(bool reduced) {
-    if (shared().reducedMotion == reduced)
+    if (shared().reducedMotion == reduced) {
         return;
+    }
     shared().reducedMotion = reduced;
     const std::vector<QPointer<FrameClock>> clocks(shared().clocks.begin(), shared().clocks.end());
     for (const QPointer<FrameClock>& clock : clocks) {
-        if (!clock)
+        if (!clock) {
             continue;
+        }
         clock->refresh();
         emit clock->motionChanged();
     }
@@ -129,13 +134,16 @@ void FrameClock::watchWindow() {
     // The widget itself is watched already, for good.
     const auto isWidget = [this](const QObject* object) { return object == m_widget; };
     const auto watch = [this, isWidget](auto& current, auto* next) {
-        if (current == next)
+        if (current == next) {
             return;
-        if (current && !isWidget(current))
+        }
+        if (current && !isWidget(current)) {
             current->removeEventFilter(this);
+        }
         current = next;
-        if (next != nullptr && !isWidget(next))
+        if (next != nullptr && !isWidget(next)) {
             next->installEventFilter(this);
+        }
     };
     watch(m_window, m_widget->window());
     watch(m_surface, m_widget->window()->windowHandle());
@@ -145,8 +153,9 @@ void FrameClock::refresh() {
     const bool seen = m_widget->isVisible() && m_widget->isEnabled() && m_window &&
                       !m_window->isMinimized() && (!m_surface || m_surface->isExposed());
     const bool running = m_wanted && seen && !isMotionReduced();
-    if (running == m_running)
+    if (running == m_running) {
         return;
+    }
     m_running = running;
     startOrStopTimer();
 }

@@ -25,10 +25,12 @@ constexpr qreal fillBorderOpacity = 0.70;
 // The share of a pixel that lies beyond an edge of 45 degrees, which passes the pixel's middle at
 // this distance (along a column or row, in pixels; negative when the middle is not beyond it).
 qreal beyondEdge(qreal distance) {
-    if (distance <= -1)
+    if (distance <= -1) {
         return 0;
-    if (distance >= 1)
+    }
+    if (distance >= 1) {
         return 1;
+    }
     return distance < 0 ? (1 + distance) * (1 + distance) / 2
                         : 1 - (1 - distance) * (1 - distance) / 2;
 }
@@ -40,8 +42,9 @@ GelBar::GelBar(qreal stripeWidth) : m_stripeWidth(stripeWidth) {
 }
 
 qreal GelBar::fillWidth(std::optional<double> value, qreal width) {
-    if (!value)
+    if (!value) {
         return width;
+    }
     const double v = *value;
     const double atLeastNothing = v >= 0 ? v : 0;
     // On v itself, so that what is not a number fails both comparisons and fills the bar.
@@ -84,16 +87,19 @@ void GelBar::paint(QPainter& painter, const QRectF& rect, std::optional<double> 
     Key key;
     key.ratio = painter.device()->devicePixelRatioF();
     key.size = QSizeF(extent.x(), extent.y()) / key.ratio;
-    if (key.size.isEmpty())
+    if (key.size.isEmpty()) {
         return;
+    }
     const qreal width = fillWidth(value, key.size.width());
     key.fill = QRectF(direction == Qt::RightToLeft ? key.size.width() - width : 0, 0, width,
                       key.size.height());
-    if (m_track.isNull() || !(key == m_key))
+    if (m_track.isNull() || !(key == m_key)) {
         drawLayers(key);
+    }
     ImageOperations::drawAligned(painter, rect.topLeft(), m_track);
-    if (key.fill.isEmpty())
+    if (key.fill.isEmpty()) {
         return;
+    }
 
     m_frame = m_fill;
     drawStripes(m_frame, phase);
@@ -113,8 +119,9 @@ void GelBar::drawStripes(QImage& fill, qreal phase) const {
         stripeCoverage(columns + fill.height(), m_key.size.height(), phase, m_key.ratio);
     std::vector<int> opacity;
     opacity.reserve(coverage.size());
-    for (const float covered : coverage)
+    for (const float covered : coverage) {
         opacity.push_back(qRound(covered * stripeOpacity * one));
+    }
     for (int y = 0; y < fill.height(); ++y) {
         QRgb* line = reinterpret_cast<QRgb*>(fill.scanLine(y)) + left;
         const int* share = opacity.data() + y;
@@ -149,8 +156,9 @@ void GelBar::drawLayers(const Key& key) {
 
     m_fill = ImageOperations::transparent(key.size, key.ratio);
     m_border = m_fill;
-    if (part.isEmpty())
+    if (part.isEmpty()) {
         return;
+    }
     QPainter fill(&m_fill);
     fill.setRenderHint(QPainter::Antialiasing);
     const QLinearGradient gel =

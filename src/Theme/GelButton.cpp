@@ -101,8 +101,9 @@ QImage GelButton::image(qreal ratio) const {
     }
     composer.end();
 
-    if (pressed > 0)
+    if (pressed > 0) {
         ImageOperations::addBrightness(result, pressedBrightness * pressed);
+    }
     if (!enabled) {
         ImageOperations::scaleSaturation(result, disabledSaturation);
         ImageOperations::scaleOpacity(result, disabledOpacity);

@@ -59,8 +59,9 @@ qreal GelButtonState::pressedAmount() const {
 }
 
 void GelButtonState::showPressed(bool pressed, bool visible) {
-    if (pressed == m_shownPressed)
+    if (pressed == m_shownPressed) {
         return;
+    }
     m_shownPressed = pressed;
     const qreal target = pressed ? 1 : 0;
     const bool still = FrameClock::isMotionReduced() || !visible;

@@ -20,8 +20,9 @@ std::vector<float> gaussianKernel(qreal sigma) {
         kernel.data()[i + reach] = static_cast<float>(weight);
         sum += weight;
     }
-    for (float& weight : kernel)
+    for (float& weight : kernel) {
         weight = static_cast<float>(weight / sum);
+    }
     return kernel;
 }
 
@@ -37,8 +38,9 @@ std::vector<float> blurredAndTurned(const std::vector<float>& values, int rows, 
             float sum = 0;
             const int first = std::max(0, i - reach);
             const int last = std::min(length - 1, i + reach);
-            for (int k = first; k <= last; ++k)
+            for (int k = first; k <= last; ++k) {
                 sum += line[k] * kernel.data()[k - i + reach];
+            }
             result[static_cast<size_t>(i) * static_cast<size_t>(rows) + static_cast<size_t>(row)] =
                 sum;
         }
@@ -51,8 +53,9 @@ void changePixels(QImage& image, Change change) {
     for (int y = 0; y < image.height(); ++y) {
         QRgb* line = reinterpret_cast<QRgb*>(image.scanLine(y));
         for (int x = 0; x < image.width(); ++x) {
-            if (line[x] != 0)
+            if (line[x] != 0) {
                 line[x] = change(line[x]);
+            }
         }
     }
 }
@@ -86,8 +89,9 @@ QImage ImageOperations::blurredSilhouette(const QImage& image, qreal sigma, cons
     coverage.reserve(static_cast<size_t>(width) * static_cast<size_t>(height));
     for (int y = 0; y < height; ++y) {
         const QRgb* line = reinterpret_cast<const QRgb*>(image.constScanLine(y));
-        for (int x = 0; x < width; ++x)
+        for (int x = 0; x < width; ++x) {
             coverage.push_back(static_cast<float>(qAlpha(line[x])) / 255);
+        }
     }
     if (sigma > 0) {
         const std::vector<float> kernel = gaussianKernel(sigma);

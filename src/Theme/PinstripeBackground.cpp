@@ -10,9 +10,9 @@
 namespace {
 
 constexpr qreal period = 4;
-constexpr qreal line = 1;
+constexpr qreal lineHeight = 1;
 constexpr QColor base(237, 240, 245);
-constexpr QColor stripe(255, 255, 255, 153);  // 60 %
+constexpr QColor stripeColor(255, 255, 255, 153);  // 60 %
 
 }  // namespace
 
@@ -27,10 +27,12 @@ PinstripeBackground::PinstripeBackground(QWidget* parent) : QWidget(parent) {
 
 QList<QRectF> PinstripeBackground::stripes(const QSizeF& size) {
     QList<QRectF> result;
-    if (!(size.height() > 0))
+    if (!(size.height() > 0)) {
         return result;
-    for (int i = 0; i * period < size.height(); ++i)
-        result.append(QRectF(0, i * period, size.width(), line));
+    }
+    for (int i = 0; i * period < size.height(); ++i) {
+        result.append(QRectF(0, i * period, size.width(), lineHeight));
+    }
     return result;
 }
 
@@ -49,8 +51,9 @@ void PinstripeBackground::paint(QPainter& painter, const QRectF& rect) {
     QList<QRectF> visible;
     for (const QRectF& stripe : stripes(rect.size())) {
         const QRectF points = stripe.translated(rect.topLeft());
-        if (points.bottom() < clip.top() || points.top() > clip.bottom())
+        if (points.bottom() < clip.top() || points.top() > clip.bottom()) {
             continue;
+        }
         const QPointF corner = toDevice.map(points.topLeft());
         const qreal top = std::round(corner.y());
         const qreal height = std::min<qreal>(line, std::max<qreal>(bottom - top, 0));
@@ -59,15 +62,16 @@ void PinstripeBackground::paint(QPainter& painter, const QRectF& rect) {
         visible.append(toPoints.mapRect(pixels));
     }
     painter.setRenderHint(QPainter::Antialiasing, false);
-    painter.setBrush(stripe);
+    painter.setBrush(stripeColor);
     painter.drawRects(visible);
     painter.restore();
 }
 
 bool PinstripeBackground::eventFilter(QObject* watched, QEvent* event) {
     if (watched == parent() &&
-        (event->type() == QEvent::Resize || event->type() == QEvent::ChildAdded))
+        (event->type() == QEvent::Resize || event->type() == QEvent::ChildAdded)) {
         fillParent();
+    }
     return QWidget::eventFilter(watched, event);
 }
 
