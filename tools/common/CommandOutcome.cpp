@@ -12,5 +12,5 @@ CommandOutcome CommandOutcome::failed(const std::string& tool, const Failure& fa
 
 int CommandOutcome::print() const {
     SmallFile::writeAll(STDERR_FILENO, errors);
-    return SmallFile::writeAll(STDOUT_FILENO, output) ? status : EXIT_FAILURE;
+    return SmallFile::writeAll(STDOUT_FILENO, output) == 0 ? status : EXIT_FAILURE;
 }

@@ -1,8 +1,9 @@
-// Owns one file descriptor and closes it.
+// Owns one file descriptor and closes it, which leaves errno as it was.
 #pragma once
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <utility>
 
 class DescriptorHolder final {
@@ -11,7 +12,9 @@ public:
     explicit DescriptorHolder(int descriptor) : m_descriptor(descriptor) {}
     ~DescriptorHolder() {
         if (m_descriptor >= 0) {
+            const int error = errno;
             close(m_descriptor);
+            errno = error;
         }
     }
     DescriptorHolder(DescriptorHolder&& other) noexcept

@@ -11,7 +11,7 @@ namespace SmallFile {
 // The file's content; absent when it cannot be opened or read. errno tells why.
 std::optional<std::string> read(const std::string& path);
 
-// Writes all of it; false when the other end is gone or the disk is full.
-bool writeAll(int descriptor, std::string_view text);
+// Writes all of it, waiting where the descriptor would not block: 0, or the number of the error.
+int writeAll(int descriptor, std::string_view text);
 
 }  // namespace SmallFile

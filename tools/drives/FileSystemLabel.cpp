@@ -2,11 +2,11 @@
 
 #include <blkid.h>
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <array>
 #include <string>
 
+#include "DescriptorHolder.h"
 #include "LateLibrary.h"
 #include "Utf8.h"
 
@@ -71,11 +71,6 @@ std::string FileSystemLabel::read(int descriptor) {
 }
 
 std::string FileSystemLabel::readFile(const std::string& path) {
-    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) {
-        return {};
-    }
-    std::string label = read(descriptor);
-    close(descriptor);
-    return label;
+    const DescriptorHolder file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    return file.isOpen() ? read(file.get()) : std::string();
 }

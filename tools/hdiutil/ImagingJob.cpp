@@ -15,6 +15,7 @@
 #include "ImageFile.h"
 #include "OpenMedium.h"
 #include "PuppetStrings.h"
+#include "SmallFile.h"
 
 namespace {
 
@@ -91,7 +92,7 @@ std::string reasonOf(const CopyResult& result, const CreateCommand& command) {
 }  // namespace
 
 int ImagingJob::fail(const std::string& reason) const {
-    writeText(STDERR_FILENO, "hdiutil: create failed - " + reason + "\n");
+    SmallFile::writeAll(STDERR_FILENO, "hdiutil: create failed - " + reason + "\n");
     return EXIT_FAILURE;
 }
 
@@ -148,21 +149,22 @@ int ImagingJob::imageDisc() {
         return fail(reasonOf(result, m_command));
     }
     if (const auto remark = medium->remark(); !remark.empty()) {
-        writeText(STDERR_FILENO, "hdiutil: " + remark + "\n");
+        SmallFile::writeAll(STDERR_FILENO, "hdiutil: " + remark + "\n");
     }
     if (result.sectorsLeftOut > 0) {
         const std::uint64_t first = medium->firstSector() + result.bytes / medium->sectorBytes();
-        writeText(STDERR_FILENO,
-                  "hdiutil: left out the last " + std::to_string(result.sectorsLeftOut) +
-                      " sectors, from sector " + std::to_string(first) +
-                      ": no drive reads them, and the file system ends before them\n");
+        SmallFile::writeAll(STDERR_FILENO,
+                            "hdiutil: left out the last " + std::to_string(result.sectorsLeftOut) +
+                                " sectors, from sector " + std::to_string(first) +
+                                ": no drive reads them, and the file system ends before them\n");
     }
     if (result.fileSystemSectors) {
-        writeText(STDERR_FILENO, "hdiutil: the file system claims " +
-                                     std::to_string(*result.fileSystemSectors) +
-                                     " sectors, but the disc has only " +
-                                     std::to_string(bytes / medium->sectorBytes()) + "\n");
+        SmallFile::writeAll(STDERR_FILENO, "hdiutil: the file system claims " +
+                                               std::to_string(*result.fileSystemSectors) +
+                                               " sectors, but the disc has only " +
+                                               std::to_string(bytes / medium->sectorBytes()) +
+                                               "\n");
     }
-    writeText(STDOUT_FILENO, "created: " + m_command.image + "\n");
+    SmallFile::writeAll(STDOUT_FILENO, "created: " + m_command.image + "\n");
     return EXIT_SUCCESS;
 }

@@ -1,28 +1,13 @@
 #include "PuppetStrings.h"
 
 #include <poll.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
 
-int writeText(int descriptor, const std::string& text) {
-    std::size_t done = 0;
-    while (done < text.size()) {
-        const ssize_t count = write(descriptor, text.data() + done, text.size() - done);
-        if (count >= 0) {
-            done += static_cast<std::size_t>(count);
-        } else if (errno == EAGAIN) {
-            pollfd waiting{descriptor, POLLOUT, 0};
-            poll(&waiting, 1, -1);
-        } else if (errno != EINTR) {
-            return errno;
-        }
-    }
-    return 0;
-}
+#include "SmallFile.h"
 
 void PuppetStrings::done(std::uint64_t bytes, std::uint64_t of) {
     const double percent =
@@ -37,7 +22,7 @@ void PuppetStrings::print(const std::string& line) {
         return;
     }
     m_last = line;
-    const int error = writeText(*m_descriptor, line);
+    const int error = SmallFile::writeAll(*m_descriptor, line);
     m_gone = error == EPIPE || error == EIO;
 }
 

@@ -31,6 +31,3 @@ private:
     std::string m_last;
     bool m_gone = false;
 };
-
-// Writes it all, or tells why not: 0, or the number of the error.
-int writeText(int descriptor, const std::string& text);

@@ -10,7 +10,7 @@
 
 #include "CreateCommand.h"
 #include "ImagingJob.h"
-#include "PuppetStrings.h"
+#include "SmallFile.h"
 
 namespace {
 
@@ -22,12 +22,11 @@ constexpr const char* usage =
 
 // Otherwise the image could become standard output.
 void keepStandardStreamsOpen() {
-    int descriptor = -1;
-    do {
-        descriptor = open("/dev/null", O_RDWR);
-    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
-    if (descriptor > STDERR_FILENO) {
-        close(descriptor);
+    while (fcntl(STDIN_FILENO, F_GETFD) < 0 || fcntl(STDOUT_FILENO, F_GETFD) < 0 ||
+           fcntl(STDERR_FILENO, F_GETFD) < 0) {
+        if (open("/dev/null", O_RDWR) < 0) {
+            return;
+        }
     }
 }
 
@@ -51,14 +50,14 @@ int main(int argc, char** argv) {
 
     const std::vector<const char*> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     if (arguments.size() == 1 && std::string_view(arguments[0]) == "--help") {
-        return writeText(STDOUT_FILENO, usage) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+        return SmallFile::writeAll(STDOUT_FILENO, usage) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
     }
     Result<CreateCommand> command = Failure{Failure::Kind::Usage, "the only command is create"};
     if (!arguments.empty() && std::string_view(arguments[0]) == "create") {
         command = CreateCommand::parse(std::span(arguments).subspan(1));
     }
     if (!command) {
-        writeText(STDERR_FILENO, "hdiutil: " + command.failure().sentence + "\n" + usage);
+        SmallFile::writeAll(STDERR_FILENO, "hdiutil: " + command.failure().sentence + "\n" + usage);
         return usageError;
     }
     return ImagingJob(*command).run();

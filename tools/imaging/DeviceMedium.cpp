@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -14,21 +13,19 @@ Result<std::unique_ptr<Medium>> DeviceMedium::open(const std::string& device,
                                                    std::unique_ptr<OpticalDrive> drive,
                                                    const DiscLayout& layout) {
     // Without O_NONBLOCK: the kernel then takes a fresh look at the size, and locks the door.
-    const int descriptor = ::open(device.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) {
+    DescriptorHolder descriptor(::open(device.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!descriptor.isOpen()) {
         return Failure::ofErrno(errno, device);
     }
     int logicalBytes = 0;
     std::uint64_t bytes = 0;
-    if (ioctl(descriptor, BLKSSZGET, &logicalBytes) != 0 ||
-        ioctl(descriptor, BLKGETSIZE64, &bytes) != 0) {
-        Failure failure = Failure::ofErrno(errno, device);
-        close(descriptor);
-        return failure;
+    if (ioctl(descriptor.get(), BLKSSZGET, &logicalBytes) != 0 ||
+        ioctl(descriptor.get(), BLKGETSIZE64, &bytes) != 0) {
+        return Failure::ofErrno(errno, device);
     }
     const auto alignment = static_cast<std::uint32_t>(std::max(logicalBytes, 512));
-    std::unique_ptr<DeviceMedium> medium(
-        new DeviceMedium(std::move(drive), std::make_unique<UncachedFile>(descriptor, alignment)));
+    std::unique_ptr<DeviceMedium> medium(new DeviceMedium(
+        std::move(drive), std::make_unique<UncachedFile>(std::move(descriptor), alignment)));
     medium->m_sectorBytes = std::max(Mmc::dataSectorBytes, alignment);
     medium->m_capacity = bytes;
     if (layout.kind == DiscLayout::Kind::Mixed) {
@@ -40,7 +37,7 @@ Result<std::unique_ptr<Medium>> DeviceMedium::open(const std::string& device,
                            std::to_string(layout.sectors) + " sectors from sector " +
                            std::to_string(layout.firstSector);
     }
-    medium->m_disc = diskSequence(descriptor);
+    medium->m_disc = diskSequence(medium->m_file->descriptor());
     return medium;
 }
 

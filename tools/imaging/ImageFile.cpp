@@ -42,20 +42,17 @@ Result<std::unique_ptr<ImageFile>> ImageFile::create(const std::string& path, Ca
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
     constexpr mode_t mode = 0666;
     // Created without O_DIRECT: where it is refused, an open that asks for it leaves an empty file.
-    const int descriptor = open(path.c_str(), flags, mode);
-    if (descriptor < 0) {
+    DescriptorHolder descriptor(open(path.c_str(), flags, mode));
+    if (!descriptor.isOpen()) {
         return createFailure(path, errno);
     }
-    const bool uncached = caching == Caching::Avoid && fcntl(descriptor, F_SETFL, O_DIRECT) == 0;
-    return std::unique_ptr<ImageFile>(new ImageFile(path, descriptor, uncached));
+    const bool uncached =
+        caching == Caching::Avoid && fcntl(descriptor.get(), F_SETFL, O_DIRECT) == 0;
+    return std::unique_ptr<ImageFile>(new ImageFile(path, std::move(descriptor), uncached));
 }
 
-ImageFile::ImageFile(std::string path, int descriptor, bool uncached)
-    : m_path(std::move(path)), m_descriptor(descriptor), m_uncached(uncached) {}
-
-ImageFile::~ImageFile() {
-    close(m_descriptor);
-}
+ImageFile::ImageFile(std::string path, DescriptorHolder descriptor, bool uncached)
+    : m_path(std::move(path)), m_descriptor(std::move(descriptor)), m_uncached(uncached) {}
 
 Result<void> ImageFile::reserve(std::uint64_t bytes) {
     if (bytes == 0) {
@@ -63,7 +60,7 @@ Result<void> ImageFile::reserve(std::uint64_t bytes) {
     }
     // Asked first: taking the space would fill the disk before it fails.
     struct statvfs space {};
-    if (fstatvfs(m_descriptor, &space) == 0 && space.f_blocks > 0) {
+    if (fstatvfs(m_descriptor.get(), &space) == 0 && space.f_blocks > 0) {
         const std::uint64_t blocks = geteuid() == 0 ? space.f_bfree : space.f_bavail;
         if (bytes / space.f_frsize > blocks) {
             return spaceFailure(m_path, ENOSPC, bytes);
@@ -71,7 +68,7 @@ Result<void> ImageFile::reserve(std::uint64_t bytes) {
     }
     int result = 0;
     do {
-        result = fallocate(m_descriptor, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(bytes));
+        result = fallocate(m_descriptor.get(), FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(bytes));
     } while (result != 0 && errno == EINTR);
     if (result == 0 || (errno != ENOSPC && errno != EDQUOT && errno != EFBIG)) {
         return {};
@@ -82,13 +79,13 @@ Result<void> ImageFile::reserve(std::uint64_t bytes) {
 int ImageFile::stopUncached() {
     m_uncached = false;
     m_windowStart = m_windowEnd = m_size;
-    return fcntl(m_descriptor, F_SETFL, 0) == 0 ? 0 : errno;
+    return fcntl(m_descriptor.get(), F_SETFL, 0) == 0 ? 0 : errno;
 }
 
-int ImageFile::writeAll(std::span<const std::byte> bytes) {
+int ImageFile::writeAtEnd(std::span<const std::byte> bytes) {
     while (!bytes.empty()) {
         const ssize_t written =
-            pwrite(m_descriptor, bytes.data(), bytes.size(), static_cast<off_t>(m_size));
+            pwrite(m_descriptor.get(), bytes.data(), bytes.size(), static_cast<off_t>(m_size));
         if (written > 0) {
             m_size += static_cast<std::uint64_t>(written);
             bytes = bytes.subspan(static_cast<std::size_t>(written));
@@ -115,7 +112,7 @@ int ImageFile::append(std::span<const std::byte> bytes) {
     if (m_uncached) {
         const auto aligned =
             bytes.first(bytes.size() / BufferRing::alignment * BufferRing::alignment);
-        if (const int error = writeAll(aligned)) {
+        if (const int error = writeAtEnd(aligned)) {
             return error;
         }
         bytes = bytes.subspan(aligned.size());
@@ -125,7 +122,7 @@ int ImageFile::append(std::span<const std::byte> bytes) {
             }
         }
     }
-    if (const int error = writeAll(bytes)) {
+    if (const int error = writeAtEnd(bytes)) {
         return error;
     }
     return m_uncached ? 0 : writeBackWindows();
@@ -137,16 +134,16 @@ int ImageFile::writeBackWindows() {
         const auto start = static_cast<off_t>(m_windowStart);
         const auto length = static_cast<off_t>(m_windowEnd - m_windowStart);
         if (length > 0) {
-            if (sync_file_range(m_descriptor, start, length,
+            if (sync_file_range(m_descriptor.get(), start, length,
                                 SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE |
                                     SYNC_FILE_RANGE_WAIT_AFTER) != 0 &&
                 errno != ENOSYS && errno != EINVAL && errno != ESPIPE) {
                 return errno;
             }
-            posix_fadvise(m_descriptor, start, length, POSIX_FADV_DONTNEED);
+            posix_fadvise(m_descriptor.get(), start, length, POSIX_FADV_DONTNEED);
         }
         m_windowStart = m_windowEnd;
-        sync_file_range(m_descriptor, static_cast<off_t>(m_windowEnd),
+        sync_file_range(m_descriptor.get(), static_cast<off_t>(m_windowEnd),
                         static_cast<off_t>(windowBytes), SYNC_FILE_RANGE_WRITE);
         m_windowEnd += windowBytes;
     }
@@ -156,19 +153,20 @@ int ImageFile::writeBackWindows() {
 int ImageFile::finish() {
     int result = 0;
     do {
-        result = fdatasync(m_descriptor);
+        result = fdatasync(m_descriptor.get());
     } while (result != 0 && errno == EINTR);
     if (result != 0) {
         return errno;
     }
-    posix_fadvise(m_descriptor, 0, 0, POSIX_FADV_DONTNEED);
+    posix_fadvise(m_descriptor.get(), 0, 0, POSIX_FADV_DONTNEED);
     return 0;
 }
 
 void ImageFile::keepPartial() {
     // Truncating to the size that the file has frees the blocks beyond its end.
     struct stat status {};
-    if (fstat(m_descriptor, &status) == 0 && ftruncate(m_descriptor, status.st_size) != 0) {
+    if (fstat(m_descriptor.get(), &status) == 0 &&
+        ftruncate(m_descriptor.get(), status.st_size) != 0) {
         // The space then goes with the file; nothing better can be done.
         return;
     }

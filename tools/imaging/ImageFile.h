@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "DescriptorHolder.h"
 #include "ImageSink.h"
 #include "Result.h"
 
@@ -21,7 +22,6 @@ public:
     // Creates the file; one that exists is never touched.
     static Result<std::unique_ptr<ImageFile>> create(const std::string& path,
                                                      Caching caching = Caching::Avoid);
-    ~ImageFile() override;
 
     // Takes the space for so many bytes now, so that a full disk fails at once; the file's size
     // still grows with what is written. Succeeds also where the file system cannot do that.
@@ -36,13 +36,13 @@ public:
     void remove();
 
 private:
-    ImageFile(std::string path, int descriptor, bool uncached);
+    ImageFile(std::string path, DescriptorHolder descriptor, bool uncached);
     int stopUncached();
-    int writeAll(std::span<const std::byte> bytes);
+    int writeAtEnd(std::span<const std::byte> bytes);
     int writeBackWindows();
 
     const std::string m_path;
-    const int m_descriptor;
+    const DescriptorHolder m_descriptor;
     bool m_uncached;
     std::uint64_t m_size = 0;         // bytes written
     std::uint64_t m_windowStart = 0;  // cached bytes before it are on the disk and dropped

@@ -4,7 +4,6 @@
 #include <linux/cdrom.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <thread>
@@ -26,8 +25,8 @@ int driveStatus(int descriptor) {
     return ioctl(descriptor, CDROM_DRIVE_STATUS, CDSL_CURRENT);
 }
 
-int openQuietly(const std::string& device) {
-    return open(device.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+DescriptorHolder openQuietly(const std::string& device) {
+    return DescriptorHolder(open(device.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
 }
 
 }  // namespace
@@ -41,11 +40,11 @@ std::optional<std::uint64_t> diskSequence(int descriptor) {
 }
 
 Result<std::unique_ptr<OpticalDrive>> OpticalDrive::open(const std::string& device) {
-    const int descriptor = openQuietly(device);
-    if (descriptor < 0) {
+    std::unique_ptr<OpticalDrive> drive(new OpticalDrive(device, openQuietly(device)));
+    if (!drive->m_descriptor.isOpen()) {
         return Failure::ofErrno(errno, device);
     }
-    std::unique_ptr<OpticalDrive> drive(new OpticalDrive(device, descriptor));
+    const int descriptor = drive->descriptor();
     if (ioctl(descriptor, CDROM_GET_CAPABILITY, 0) < 0) {
         return Failure{Failure::Kind::NoDrive, device + " is not an optical drive"};
     }
@@ -69,31 +68,25 @@ Result<std::unique_ptr<OpticalDrive>> OpticalDrive::open(const std::string& devi
     }
     // The kernel counts a fresh disc once more when its spinning up comes to an end and somebody
     // opens the drive; that must not look like a swap later.
-    if (const int again = openQuietly(device); again >= 0) {
-        close(again);
-    }
+    openQuietly(device);
     drive->m_disc = diskSequence(descriptor);
     return drive;
 }
 
-OpticalDrive::OpticalDrive(std::string device, int descriptor)
-    : m_device(std::move(device)), m_descriptor(descriptor), m_asked(Clock::now()) {}
-
-OpticalDrive::~OpticalDrive() {
-    close(m_descriptor);
-}
+OpticalDrive::OpticalDrive(std::string device, DescriptorHolder descriptor)
+    : m_device(std::move(device)), m_descriptor(std::move(descriptor)), m_asked(Clock::now()) {}
 
 DiscLayout OpticalDrive::layout() const {
-    return OpticalCommands::layout(m_descriptor);
+    return OpticalCommands::layout(descriptor());
 }
 
 bool OpticalDrive::discIsBlank() const {
-    return OpticalCommands::discIsBlank(m_descriptor);
+    return OpticalCommands::discIsBlank(descriptor());
 }
 
 Medium::State OpticalDrive::state() {
     // The number also changes when a disc is taken out.
-    if (diskSequence(m_descriptor) != m_disc) {
+    if (diskSequence(descriptor()) != m_disc) {
         return confirmedState();
     }
     // The kernel notices a swap only when it asks the drive, which nothing may make it do.
@@ -107,14 +100,13 @@ Medium::State OpticalDrive::state() {
 
 Medium::State OpticalDrive::confirmedState() {
     // Opening makes the kernel ask the drive whether its disc was changed.
-    const int again = openQuietly(m_device);
-    if (again < 0) {
+    const DescriptorHolder again = openQuietly(m_device);
+    if (!again.isOpen()) {
         return Medium::State::Removed;
     }
-    const int status = driveStatus(again);
-    close(again);
+    const int status = driveStatus(again.get());
     if (status == CDS_NO_DISC || status == CDS_TRAY_OPEN) {
         return Medium::State::Removed;
     }
-    return diskSequence(m_descriptor) == m_disc ? Medium::State::Same : Medium::State::Changed;
+    return diskSequence(descriptor()) == m_disc ? Medium::State::Same : Medium::State::Changed;
 }

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 
+#include "DescriptorHolder.h"
 #include "DiscLayout.h"
 #include "Medium.h"
 #include "Result.h"
@@ -18,11 +19,8 @@ public:
     // Waits for a disc that is still spinning up. Fails with Medium when the tray is empty, with
     // NoDrive when the device is no optical drive.
     static Result<std::unique_ptr<OpticalDrive>> open(const std::string& device);
-    ~OpticalDrive();
-    OpticalDrive(const OpticalDrive&) = delete;
-    OpticalDrive& operator=(const OpticalDrive&) = delete;
 
-    int descriptor() const { return m_descriptor; }
+    int descriptor() const { return m_descriptor.get(); }
     DiscLayout layout() const;
     // Whether the drive says that nothing has been recorded on the disc; false when it won't say.
     bool discIsBlank() const;
@@ -32,10 +30,10 @@ public:
     Medium::State confirmedState();
 
 private:
-    OpticalDrive(std::string device, int descriptor);
+    OpticalDrive(std::string device, DescriptorHolder descriptor);
 
     const std::string m_device;
-    const int m_descriptor;
+    const DescriptorHolder m_descriptor;
     std::optional<std::uint64_t> m_disc;  // the kernel's number of the disc; absent on old kernels
     std::chrono::steady_clock::time_point m_asked;
 };

@@ -6,11 +6,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <thread>
+
+#include "SmallFile.h"
 
 namespace {
 
@@ -27,32 +27,19 @@ Clock::duration duration(double seconds) {
 
 // Counts the imaging runs of the disc that this text identifies; 0 when the file cannot be kept.
 std::uint64_t countRun(const std::string& path, const std::string& disc) {
-    const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-    if (file < 0) {
+    const DescriptorHolder file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+    if (!file.isOpen() || flock(file.get(), LOCK_EX) != 0) {
         return 0;
     }
-    std::uint64_t runs = 0;
-    if (flock(file, LOCK_EX) == 0) {
-        std::array<char, 256> text{};
-        const ssize_t length = pread(file, text.data(), text.size() - 1, 0);
-        const std::string known(text.data(),
-                                static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
-        if (known.starts_with(disc + " ")) {
-            runs = std::strtoull(known.c_str() + disc.size() + 1, nullptr, 10);
-        }
-        ++runs;
-        const std::string content = disc + " " + std::to_string(runs) + "\n";
-        if (ftruncate(file, 0) != 0 || pwrite(file, content.data(), content.size(), 0) !=
-                                           static_cast<ssize_t>(content.size())) {
-            runs = 0;
-        }
-    } else {
-        errno = EIO;
+    const std::string known = SmallFile::read(path).value_or("");
+    std::uint64_t runs = 1;
+    if (known.starts_with(disc + " ")) {
+        runs += std::strtoull(known.c_str() + disc.size() + 1, nullptr, 10);
     }
-    const int error = errno;
-    close(file);
-    errno = error;
-    return runs;
+    const bool kept =
+        ftruncate(file.get(), 0) == 0 &&
+        SmallFile::writeAll(file.get(), disc + " " + std::to_string(runs) + "\n") == 0;
+    return kept ? runs : 0;
 }
 
 }  // namespace
@@ -79,12 +66,6 @@ PracticeMedium::PracticeMedium(const PracticeDrive& drive, std::unique_ptr<Uncac
     }
 }
 
-PracticeMedium::~PracticeMedium() {
-    if (m_log >= 0) {
-        close(m_log);
-    }
-}
-
 Result<void> PracticeMedium::beginRun() {
     struct stat status {};
     if (fstat(m_image->descriptor(), &status) != 0) {
@@ -94,8 +75,8 @@ Result<void> PracticeMedium::beginRun() {
     m_inode = status.st_ino;
     m_drive.disc->bytes = static_cast<std::uint64_t>(status.st_size);
     if (const char* path = std::getenv(readLogVariable); path != nullptr && *path != '\0') {
-        m_log = ::open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
-        if (m_log < 0) {
+        m_log.emplace(::open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
+        if (!m_log->isOpen()) {
             return Failure::ofErrno(errno, path);
         }
     }
@@ -169,16 +150,10 @@ void PracticeMedium::changeBytes(std::uint64_t offset, std::span<std::byte> buff
 }
 
 void PracticeMedium::log(std::uint64_t sector, std::uint64_t count, bool failed) const {
-    if (m_log < 0) {
-        return;
-    }
-    std::array<char, 64> line{};
-    const int length = std::snprintf(
-        line.data(), line.size(), "%llu %llu%s\n", static_cast<unsigned long long>(sector),
-        static_cast<unsigned long long>(count), failed ? " failed" : "");
-    if (write(m_log, line.data(), static_cast<std::size_t>(length)) != length) {
+    if (m_log) {
         // A log that cannot be kept proves nothing; whoever counts its lines sees that.
-        return;
+        SmallFile::writeAll(m_log->get(), std::to_string(sector) + " " + std::to_string(count) +
+                                              (failed ? " failed\n" : "\n"));
     }
 }
 

@@ -4,9 +4,11 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "DescriptorHolder.h"
 #include "Medium.h"
 #include "Mmc.h"
 #include "PracticeDrive.h"
@@ -20,7 +22,6 @@ public:
 
     // Begins one imaging run of the disc in the drive's tray, which has one.
     static Result<std::unique_ptr<Medium>> open(const PracticeDrive& drive);
-    ~PracticeMedium() override;
 
     std::uint32_t sectorBytes() const override { return m_drive.disc->sectorBytes(); }
     std::uint64_t capacity() const override { return m_drive.disc->bytes; }
@@ -45,6 +46,6 @@ private:
     std::uint64_t m_device = 0;  // what identifies the image
     std::uint64_t m_inode = 0;
     bool m_changedRun = false;  // the sectors marked as changed have other bytes in this run
-    int m_log = -1;
+    std::optional<DescriptorHolder> m_log;
     std::chrono::steady_clock::time_point m_nextRead;
 };

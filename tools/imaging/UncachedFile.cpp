@@ -10,21 +10,17 @@
 #include <cstring>
 
 std::unique_ptr<UncachedFile> UncachedFile::open(const std::string& path) {
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    return descriptor < 0 ? nullptr : std::make_unique<UncachedFile>(descriptor);
+    DescriptorHolder descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    return descriptor.isOpen() ? std::make_unique<UncachedFile>(std::move(descriptor)) : nullptr;
 }
 
-UncachedFile::UncachedFile(int descriptor, std::size_t alignment)
-    : m_descriptor(descriptor),
+UncachedFile::UncachedFile(DescriptorHolder descriptor, std::size_t alignment)
+    : m_descriptor(std::move(descriptor)),
       m_alignment(alignment),
-      m_uncached(fcntl(descriptor, F_SETFL, O_DIRECT) == 0) {
+      m_uncached(fcntl(m_descriptor.get(), F_SETFL, O_DIRECT) == 0) {
     if (!m_uncached) {
         useCache();
     }
-}
-
-UncachedFile::~UncachedFile() {
-    close(m_descriptor);
 }
 
 bool UncachedFile::isAligned(std::uint64_t offset, std::span<const std::byte> buffer) const {
@@ -34,11 +30,11 @@ bool UncachedFile::isAligned(std::uint64_t offset, std::span<const std::byte> bu
 
 void UncachedFile::useCache() {
     m_uncached = false;
-    fcntl(m_descriptor, F_SETFL, 0);
+    fcntl(m_descriptor.get(), F_SETFL, 0);
     // Pages that are not on the disk yet cannot be dropped.
-    fdatasync(m_descriptor);
-    posix_fadvise(m_descriptor, 0, 0, POSIX_FADV_DONTNEED);
-    posix_fadvise(m_descriptor, 0, 0, POSIX_FADV_SEQUENTIAL);
+    fdatasync(m_descriptor.get());
+    posix_fadvise(m_descriptor.get(), 0, 0, POSIX_FADV_DONTNEED);
+    posix_fadvise(m_descriptor.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
 }
 
 int UncachedFile::readAligned(std::uint64_t offset, std::span<std::byte> buffer,
@@ -46,8 +42,8 @@ int UncachedFile::readAligned(std::uint64_t offset, std::span<std::byte> buffer,
     *bytes = 0;
     while (*bytes < buffer.size()) {
         const auto rest = buffer.subspan(*bytes);
-        const ssize_t count =
-            pread(m_descriptor, rest.data(), rest.size(), static_cast<off_t>(offset + *bytes));
+        const ssize_t count = pread(m_descriptor.get(), rest.data(), rest.size(),
+                                    static_cast<off_t>(offset + *bytes));
         if (count > 0) {
             *bytes += static_cast<std::size_t>(count);
             // A short uncached read that ends off the alignment has reached the file's end.
@@ -69,8 +65,8 @@ int UncachedFile::read(std::uint64_t offset, std::span<std::byte> buffer, std::s
     if (!m_uncached || isAligned(offset, buffer)) {
         const int error = readAligned(offset, buffer, bytes);
         if (!m_uncached && *bytes > 0) {
-            posix_fadvise(m_descriptor, static_cast<off_t>(offset), static_cast<off_t>(*bytes),
-                          POSIX_FADV_DONTNEED);
+            posix_fadvise(m_descriptor.get(), static_cast<off_t>(offset),
+                          static_cast<off_t>(*bytes), POSIX_FADV_DONTNEED);
         }
         return error;
     }

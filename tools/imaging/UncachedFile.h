@@ -12,18 +12,17 @@
 #include <string>
 
 #include "BufferRing.h"
+#include "DescriptorHolder.h"
 
 class UncachedFile final {
 public:
     // Opens the file for reading. Null on failure; errno tells why.
     static std::unique_ptr<UncachedFile> open(const std::string& path);
     // Takes over an open descriptor. The alignment is what uncached reading of it needs, in bytes.
-    explicit UncachedFile(int descriptor, std::size_t alignment = BufferRing::alignment);
-    ~UncachedFile();
-    UncachedFile(const UncachedFile&) = delete;
-    UncachedFile& operator=(const UncachedFile&) = delete;
+    explicit UncachedFile(DescriptorHolder descriptor,
+                          std::size_t alignment = BufferRing::alignment);
 
-    int descriptor() const { return m_descriptor; }
+    int descriptor() const { return m_descriptor.get(); }
 
     // Reads up to the buffer's size from the offset; fewer bytes only at the file's end. 0, or the
     // number of the error. Quick when offset, buffer and size are multiples of
@@ -36,7 +35,7 @@ private:
 
     bool isAligned(std::uint64_t offset, std::span<const std::byte> buffer) const;
 
-    const int m_descriptor;
+    const DescriptorHolder m_descriptor;
     const std::size_t m_alignment;
     bool m_uncached;
 };

@@ -11,6 +11,7 @@
 #include <span>
 #include <vector>
 
+#include "DescriptorHolder.h"
 #include "ReadAhead.h"
 
 namespace FileDigest {
@@ -81,19 +82,15 @@ int addStream(Digest& digest, int descriptor) {
     }
 }
 
-int addFile(Digest& digest, int descriptor) {
+int addFile(Digest& digest, DescriptorHolder descriptor) {
     struct stat status {};
-    if (fstat(descriptor, &status) != 0) {
-        const int error = errno;
-        close(descriptor);
-        return error;
+    if (!descriptor.isOpen() || fstat(descriptor.get(), &status) != 0) {
+        return errno;
     }
     if (!S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode)) {
-        const int error = addStream(digest, descriptor);
-        close(descriptor);
-        return error;
+        return addStream(digest, descriptor.get());
     }
-    ReadAhead file(std::make_unique<UncachedFile>(descriptor));
+    ReadAhead file(std::make_unique<UncachedFile>(std::move(descriptor)));
     for (auto bytes = file.next(); !bytes.empty(); bytes = file.next()) {
         digest.add(bytes);
     }
@@ -112,8 +109,7 @@ Result<std::string> ofFile(const std::string& path, int algorithm) {
     if (path == "-") {
         error = addStream(digest, STDIN_FILENO);
     } else {
-        const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-        error = descriptor < 0 ? errno : addFile(digest, descriptor);
+        error = addFile(digest, DescriptorHolder(open(path.c_str(), O_RDONLY | O_CLOEXEC)));
     }
     if (error != 0) {
         return Failure::ofErrno(error);
