@@ -7,7 +7,7 @@
 #include <string>
 
 #include "DescriptorHolder.h"
-#include "LateLibrary.h"
+#include "DynamicLibrary.h"
 #include "Utf8.h"
 
 namespace {
@@ -22,7 +22,7 @@ struct BlkId {
     decltype(&blkid_probe_lookup_value) lookUp = nullptr;
 
     bool load() {
-        const LateLibrary library("libblkid.so.1");
+        const DynamicLibrary library("libblkid.so.1");
         return library.find("blkid_new_probe", newProbe) &&
                library.find("blkid_free_probe", freeProbe) &&
                library.find("blkid_probe_set_device", setDevice) &&

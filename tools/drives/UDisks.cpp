@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "LateLibrary.h"
+#include "DynamicLibrary.h"
 #include "Utf8.h"
 
 namespace {
@@ -24,7 +24,7 @@ struct BusLibrary {
     decltype(&sd_bus_error_free) dropError = nullptr;
 
     bool load() {
-        const LateLibrary library("libsystemd.so.0");
+        const DynamicLibrary library("libsystemd.so.0");
         return library.find("sd_bus_open_system", open) &&
                library.find("sd_bus_flush_close_unref", close) &&
                library.find("sd_bus_call_method", call) &&

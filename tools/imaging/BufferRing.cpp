@@ -22,7 +22,7 @@ std::byte* BufferRing::buffer(std::uint64_t index) const {
     return m_memory + static_cast<std::size_t>(index % m_buffers) * m_bufferBytes;
 }
 
-std::span<std::byte> BufferRing::free() {
+std::span<std::byte> BufferRing::acquire() {
     std::unique_lock lock(m_lock);
     m_moved.wait(lock, [this] { return m_closed || m_pushed - m_released < m_buffers; });
     if (m_closed) {

@@ -1,8 +1,8 @@
 // A ring of aligned buffers between one producing and one consuming thread.
 //
-// The producer fills the buffer that free() gives and hands it over with push(); the consumer takes
-// it with next() and gives it back with release(). Either side may close the ring at any time; the
-// producer's finish() lets the consumer take what was pushed before.
+// The producer fills the buffer that acquire() gives and hands it over with push(); the consumer
+// takes it with next() and gives it back with release(). Either side may close the ring at any
+// time; the producer's finish() lets the consumer take what was pushed before.
 #pragma once
 
 #include <condition_variable>
@@ -14,7 +14,7 @@
 
 class BufferRing final {
 public:
-    static constexpr std::size_t alignment = 4096;  // bytes; what uncached input and output needs
+    static constexpr std::size_t alignment = 4096;  // bytes; what O_DIRECT needs
 
     // Throws std::bad_alloc. bufferBytes is a multiple of the alignment.
     BufferRing(std::size_t buffers, std::size_t bufferBytes);
@@ -25,8 +25,8 @@ public:
     std::size_t bufferBytes() const { return m_bufferBytes; }
 
     // Producer: waits for an empty buffer; empty span when the ring was closed.
-    std::span<std::byte> free();
-    // Producer: hands over the first `bytes` of the buffer that free() gave last.
+    std::span<std::byte> acquire();
+    // Producer: hands over the first `bytes` of the buffer that acquire() gave last.
     void push(std::size_t bytes);
     // Producer: nothing more will come.
     void finish();

@@ -97,7 +97,7 @@ private:
     void read() {
         const std::uint64_t end = m_medium.capacity();
         for (std::uint64_t offset = 0; offset < end;) {
-            const auto buffer = m_ring.free();
+            const auto buffer = m_ring.acquire();
             if (buffer.empty()) {
                 return;
             }

@@ -46,13 +46,13 @@ Result<std::unique_ptr<ImageFile>> ImageFile::create(const std::string& path, Ca
     if (!descriptor.isOpen()) {
         return createFailure(path, errno);
     }
-    const bool uncached =
+    const bool direct =
         caching == Caching::Avoid && fcntl(descriptor.get(), F_SETFL, O_DIRECT) == 0;
-    return std::unique_ptr<ImageFile>(new ImageFile(path, std::move(descriptor), uncached));
+    return std::unique_ptr<ImageFile>(new ImageFile(path, std::move(descriptor), direct));
 }
 
-ImageFile::ImageFile(std::string path, DescriptorHolder descriptor, bool uncached)
-    : m_path(std::move(path)), m_descriptor(std::move(descriptor)), m_uncached(uncached) {}
+ImageFile::ImageFile(std::string path, DescriptorHolder descriptor, bool direct)
+    : m_path(std::move(path)), m_descriptor(std::move(descriptor)), m_direct(direct) {}
 
 Result<void> ImageFile::reserve(std::uint64_t bytes) {
     if (bytes == 0) {
@@ -76,8 +76,8 @@ Result<void> ImageFile::reserve(std::uint64_t bytes) {
     return spaceFailure(m_path, errno, bytes);
 }
 
-int ImageFile::stopUncached() {
-    m_uncached = false;
+int ImageFile::stopDirect() {
+    m_direct = false;
     m_windowStart = m_windowEnd = m_size;
     return fcntl(m_descriptor.get(), F_SETFL, 0) == 0 ? 0 : errno;
 }
@@ -89,16 +89,16 @@ int ImageFile::writeAtEnd(std::span<const std::byte> bytes) {
         if (written > 0) {
             m_size += static_cast<std::uint64_t>(written);
             bytes = bytes.subspan(static_cast<std::size_t>(written));
-            // A short uncached write may leave an unaligned rest.
-            if (m_uncached && m_size % BufferRing::alignment != 0) {
-                if (const int error = stopUncached()) {
+            // A short O_DIRECT write may leave an unaligned rest.
+            if (m_direct && m_size % BufferRing::alignment != 0) {
+                if (const int error = stopDirect()) {
                     return error;
                 }
             }
         } else if (written == 0) {
             return ENOSPC;
-        } else if (errno == EINVAL && m_uncached) {
-            if (const int error = stopUncached()) {
+        } else if (errno == EINVAL && m_direct) {
+            if (const int error = stopDirect()) {
                 return error;
             }
         } else if (errno != EINTR) {
@@ -109,15 +109,15 @@ int ImageFile::writeAtEnd(std::span<const std::byte> bytes) {
 }
 
 int ImageFile::append(std::span<const std::byte> bytes) {
-    if (m_uncached) {
+    if (m_direct) {
         const auto aligned =
             bytes.first(bytes.size() / BufferRing::alignment * BufferRing::alignment);
         if (const int error = writeAtEnd(aligned)) {
             return error;
         }
         bytes = bytes.subspan(aligned.size());
-        if (!bytes.empty() && m_uncached) {
-            if (const int error = stopUncached()) {
+        if (!bytes.empty() && m_direct) {
+            if (const int error = stopDirect()) {
                 return error;
             }
         }
@@ -125,7 +125,7 @@ int ImageFile::append(std::span<const std::byte> bytes) {
     if (const int error = writeAtEnd(bytes)) {
         return error;
     }
-    return m_uncached ? 0 : writeBackWindows();
+    return m_direct ? 0 : writeBackWindows();
 }
 
 int ImageFile::writeBackWindows() {

@@ -1,5 +1,5 @@
-// A new image file, written past the page cache so that imaging leaves the rest of the machine's
-// memory alone.
+// A new image file, written with O_DIRECT so that imaging leaves the page cache to the rest of the
+// machine.
 //
 // Made on one thread, then used by one writer thread. Dropping it closes the file and leaves it.
 #pragma once
@@ -15,7 +15,7 @@
 class ImageFile final : public ImageSink {
 public:
     enum class Caching {
-        Avoid,    // uncached writes where the file system takes them
+        Avoid,    // O_DIRECT where the file system takes it
         Windows,  // cached writes, written back and dropped window by window
     };
 
@@ -36,14 +36,14 @@ public:
     void remove();
 
 private:
-    ImageFile(std::string path, DescriptorHolder descriptor, bool uncached);
-    int stopUncached();
+    ImageFile(std::string path, DescriptorHolder descriptor, bool direct);
+    int stopDirect();
     int writeAtEnd(std::span<const std::byte> bytes);
     int writeBackWindows();
 
     const std::string m_path;
     const DescriptorHolder m_descriptor;
-    bool m_uncached;
+    bool m_direct;
     std::uint64_t m_size = 0;         // bytes written
     std::uint64_t m_windowStart = 0;  // cached bytes before it are on the disk and dropped
     std::uint64_t m_windowEnd = 0;    // the write-back of those before it was started

@@ -19,7 +19,7 @@ ReadAhead::~ReadAhead() {
 
 void ReadAhead::read() {
     std::uint64_t offset = 0;
-    for (auto buffer = m_ring.free(); !buffer.empty(); buffer = m_ring.free()) {
+    for (auto buffer = m_ring.acquire(); !buffer.empty(); buffer = m_ring.acquire()) {
         std::size_t bytes = 0;
         m_error = m_file->read(offset, buffer, &bytes);
         if (m_error != 0 || bytes == 0) {

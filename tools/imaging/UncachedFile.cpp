@@ -17,8 +17,8 @@ std::unique_ptr<UncachedFile> UncachedFile::open(const std::string& path) {
 UncachedFile::UncachedFile(DescriptorHolder descriptor, std::size_t alignment)
     : m_descriptor(std::move(descriptor)),
       m_alignment(alignment),
-      m_uncached(fcntl(m_descriptor.get(), F_SETFL, O_DIRECT) == 0) {
-    if (!m_uncached) {
+      m_direct(fcntl(m_descriptor.get(), F_SETFL, O_DIRECT) == 0) {
+    if (!m_direct) {
         useCache();
     }
 }
@@ -29,7 +29,7 @@ bool UncachedFile::isAligned(std::uint64_t offset, std::span<const std::byte> bu
 }
 
 void UncachedFile::useCache() {
-    m_uncached = false;
+    m_direct = false;
     fcntl(m_descriptor.get(), F_SETFL, 0);
     // Pages that are not on the disk yet cannot be dropped.
     fdatasync(m_descriptor.get());
@@ -46,13 +46,13 @@ int UncachedFile::readAligned(std::uint64_t offset, std::span<std::byte> buffer,
                                     static_cast<off_t>(offset + *bytes));
         if (count > 0) {
             *bytes += static_cast<std::size_t>(count);
-            // A short uncached read that ends off the alignment has reached the file's end.
-            if (m_uncached && static_cast<std::size_t>(count) % m_alignment != 0) {
+            // A short O_DIRECT read that ends off the alignment has reached the file's end.
+            if (m_direct && static_cast<std::size_t>(count) % m_alignment != 0) {
                 return 0;
             }
         } else if (count == 0) {
             return 0;
-        } else if (errno == EINVAL && m_uncached) {
+        } else if (errno == EINVAL && m_direct) {
             useCache();
         } else if (errno != EINTR) {
             return errno;
@@ -62,9 +62,9 @@ int UncachedFile::readAligned(std::uint64_t offset, std::span<std::byte> buffer,
 }
 
 int UncachedFile::read(std::uint64_t offset, std::span<std::byte> buffer, std::size_t* bytes) {
-    if (!m_uncached || isAligned(offset, buffer)) {
+    if (!m_direct || isAligned(offset, buffer)) {
         const int error = readAligned(offset, buffer, bytes);
-        if (!m_uncached && *bytes > 0) {
+        if (!m_direct && *bytes > 0) {
             posix_fadvise(m_descriptor.get(), static_cast<off_t>(offset),
                           static_cast<off_t>(*bytes), POSIX_FADV_DONTNEED);
         }

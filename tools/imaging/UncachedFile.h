@@ -1,8 +1,7 @@
-// A file or block device that is read from its disk and not from the machine's memory, and whose
-// reading leaves nothing behind in memory.
+// A file or block device that is read with O_DIRECT: from its disk and past the page cache.
 //
-// Used by one thread at a time. Where the file system refuses uncached reading (files that live in
-// memory do), the file is read in the ordinary way, after its cached pages have been dropped.
+// Used by one thread at a time. Where the file system refuses O_DIRECT (tmpfs does), the file is
+// read through the page cache, after its cached pages have been dropped.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +17,7 @@ class UncachedFile final {
 public:
     // Opens the file for reading. Null on failure; errno tells why.
     static std::unique_ptr<UncachedFile> open(const std::string& path);
-    // Takes over an open descriptor. The alignment is what uncached reading of it needs, in bytes.
+    // Takes over an open descriptor. The alignment is what O_DIRECT needs of it, in bytes.
     explicit UncachedFile(DescriptorHolder descriptor,
                           std::size_t alignment = BufferRing::alignment);
 
@@ -37,5 +36,5 @@ private:
 
     const DescriptorHolder m_descriptor;
     const std::size_t m_alignment;
-    bool m_uncached;
+    bool m_direct;
 };

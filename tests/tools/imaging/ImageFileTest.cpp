@@ -23,7 +23,7 @@ constexpr std::size_t mebibyte = 1024UL * 1024;
 // Appends the content in pieces of the ring's size, from an aligned buffer as the copier does.
 int appendAll(ImageFile& image, const std::string& content, std::size_t piece = mebibyte) {
     BufferRing ring(1, mebibyte);
-    const auto buffer = ring.free();
+    const auto buffer = ring.acquire();
     for (std::size_t at = 0; at < content.size(); at += piece) {
         const std::size_t bytes = std::min(piece, content.size() - at);
         std::memcpy(buffer.data(), content.data() + at, bytes);

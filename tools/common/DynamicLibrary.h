@@ -1,13 +1,13 @@
-// A shared library that is loaded only by the runs that need it: the disc tools start up to five
+// A shared library loaded with dlopen by the runs that need it: the disc tools start up to five
 // times every two seconds, and most runs never get to these libraries.
 //
 // The library stays loaded until the process ends. One thread.
 #pragma once
 
-class LateLibrary final {
+class DynamicLibrary final {
 public:
     // The library's versioned name, such as "libblkid.so.1".
-    explicit LateLibrary(const char* name);
+    explicit DynamicLibrary(const char* name);
 
     // Gives the address to a pointer of the function's own type:
     //     decltype(&blkid_do_probe) probe = nullptr;
