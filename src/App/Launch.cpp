@@ -66,7 +66,7 @@ int launch(int argc, char** argv) {
         }
         print(stdout, QCoreApplication::translate("Launch",
                                                   "Using the practice drive with %1 in its tray.\n")
-                          .arg(drive->disc));
+                          .arg(drive->disc()));
     }
     int status = 0;
     {

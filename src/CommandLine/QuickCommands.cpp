@@ -10,6 +10,7 @@
 #include "FullDiskAccess.h"
 #include "JsonText.h"
 #include "OpticalDriveMonitor.h"
+#include "PracticeFolder.h"
 
 using Json = nlohmann::ordered_json;
 
@@ -148,11 +149,18 @@ int QuickCommands::eject(const CommandContext& context) {
 
 int QuickCommands::access(const CommandContext& context) {
     const bool granted = FullDiskAccess::isGranted();
+    const auto practice = PracticeFolder::chosen();
+    const bool isMalformed = !granted && practice && !practice->deniesAccess();
+    if (isMalformed) {
+        context.complain(QStringLiteral("“%1” is malformed: it must hold one JSON object, in which "
+                                        "“denyAccess” is true or false.")
+                             .arg(practice->settings()));
+    }
     if (context.invocation.json) {
         context.output.write(JsonText::line(Json{{"granted", granted}}));
     } else if (granted) {
         context.output.write(QStringLiteral("This user may read discs.\n"));
-    } else {
+    } else if (!isMalformed) {
         context.output.write(accessGuidance());
     }
     return granted ? ExitStatus::done : ExitStatus::failed;

@@ -20,7 +20,7 @@ bool isGranted();
 QStringList probeFiles();
 
 // 0 when the file could be opened (it is closed at once), otherwise the error number. A practice
-// drive's image answers EACCES while the drive denies access.
+// drive answers EACCES while it denies access, and EINVAL while its description is malformed.
 int tryToOpen(const QString& path);
 
 // The deciding rule over any list of files.

@@ -10,7 +10,10 @@
 #include <QFileInfo>
 #include <cerrno>
 #include <cstdio>
+#include <nlohmann/json.hpp>
 
+#include "Descriptor.h"
+#include "ErrorText.h"
 #include "UserFolders.h"
 
 namespace {
@@ -20,21 +23,17 @@ constexpr int foldersToTry = 64;
 
 // The lock on the folder in use, held until the process ends or prepares another one. Only the
 // process itself holds it: the tools that it starts do not inherit it.
-int lockedFolder = -1;
-
-void holdOnly(int descriptor) {
-    if (lockedFolder >= 0) {
-        ::close(lockedFolder);
-    }
-    lockedFolder = descriptor;
-}
+Descriptor lockedFolder;
 
 QString quoted(const QString& path) {
     return QStringLiteral("“") + path + QStringLiteral("”");
 }
 
-QString systemText(int number) {
-    return qt_error_string(number);
+// The sentence about what the system has just refused.
+QString refusal(const QString& path, const char* participle) {
+    const QString reason = errorText(errno);
+    return quoted(path) +
+           QStringLiteral(" cannot be %1: %2.").arg(QLatin1String(participle), reason);
 }
 
 // What is wrong with a file as a disc image; absent when it will do.
@@ -50,13 +49,11 @@ std::optional<QString> complaint(const QString& path) {
     if (!info.isFile()) {
         return quoted(path) + QStringLiteral(" is not a file.");
     }
-    const int descriptor =
-        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) {
-        return quoted(path) + QStringLiteral(" cannot be read: ") + systemText(errno) +
-               QLatin1Char('.');
+    const Descriptor file(
+        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!file.isOpen()) {
+        return refusal(path, "read");
     }
-    ::close(descriptor);
     return std::nullopt;
 }
 
@@ -77,19 +74,19 @@ std::optional<QString> placeLink(const QString& target, const QString& link) {
     ::unlink(fresh.constData());
     if (::symlink(QFile::encodeName(target).constData(), fresh.constData()) != 0 ||
         ::rename(fresh.constData(), QFile::encodeName(link).constData()) != 0) {
-        const int number = errno;
+        const QString failure = refusal(link, "made");
         ::unlink(fresh.constData());
-        return quoted(link) + QStringLiteral(" cannot be made: ") + systemText(number) +
-               QLatin1Char('.');
+        return failure;
     }
     return std::nullopt;
 }
 
 // Puts the image into the folder's tray. A real file that the user has put there is never removed
 // or replaced: without a wish for another image it stays the disc.
-std::optional<QString> insert(const QDir& folder, const QString& image, bool imageWished) {
-    const QString disc = folder.filePath(QStringLiteral("disc.iso"));
-    const QString ejected = folder.filePath(QStringLiteral("ejected.iso"));
+std::optional<QString> insert(const PracticeFolder& folder, const QString& image,
+                              bool imageWished) {
+    const QString disc = folder.disc();
+    const QString ejected = QDir(folder.path).filePath(QStringLiteral("ejected.iso"));
     const bool ownDisc = isThere(disc) && !QFileInfo(disc).isSymLink();
     const bool ownEjected = isThere(ejected) && !QFileInfo(ejected).isSymLink();
     if (ownDisc) {
@@ -102,8 +99,7 @@ std::optional<QString> insert(const QDir& folder, const QString& image, bool ima
         }
         if (::rename(QFile::encodeName(ejected).constData(), QFile::encodeName(disc).constData()) !=
             0) {
-            return quoted(disc) + QStringLiteral(" cannot be made: ") + systemText(errno) +
-                   QLatin1Char('.');
+            return refusal(disc, "made");
         }
         return std::nullopt;
     }
@@ -115,61 +111,54 @@ std::optional<QString> insert(const QDir& folder, const QString& image, bool ima
 }
 
 // A further folder behaves as the first one does.
-void shareSettings(const QDir& first, const QDir& folder) {
-    const QString name = QStringLiteral("drive.json");
-    if (folder != first && first.exists(name) && !isThere(folder.filePath(name))) {
-        QFile::link(first.filePath(name), folder.filePath(name));
+void shareSettings(const PracticeFolder& first, const PracticeFolder& folder) {
+    if (QFile::exists(first.settings()) && !isThere(folder.settings())) {
+        QFile::link(first.settings(), folder.settings());
     }
 }
 
 enum class Taken { Yes, No, Failed };
 
-Taken take(const QDir& folder, const QString& image, bool imageWished, QString* error) {
-    const int descriptor =
-        ::open(QFile::encodeName(folder.path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0) {
-        *error = quoted(folder.path()) + QStringLiteral(" cannot be opened: ") + systemText(errno) +
-                 QLatin1Char('.');
+Taken take(const PracticeFolder& folder, const QString& image, bool imageWished, QString* error) {
+    Descriptor lock(
+        ::open(QFile::encodeName(folder.path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!lock.isOpen()) {
+        *error = refusal(folder.path, "opened");
         return Taken::Failed;
     }
-    const bool alone = ::flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
-    if (alone) {
+    const QFileInfo disc(folder.disc());
+    if (::flock(lock.number(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) {
         if (const auto failure = insert(folder, image, imageWished)) {
-            ::close(descriptor);
             *error = *failure;
             return Taken::Failed;
         }
-        ::flock(descriptor, LOCK_SH | LOCK_NB);
-        holdOnly(descriptor);
-        return Taken::Yes;
+        ::flock(lock.number(), LOCK_SH | LOCK_NB);
+    } else if (!disc.exists() || disc.canonicalFilePath() != image ||
+               ::flock(lock.number(), LOCK_SH | LOCK_NB) != 0) {
+        // Another process uses this drive, and its disc is never changed.
+        return Taken::No;
     }
-    // Another process uses this drive: join it when the same disc is in, never change its disc.
-    const QFileInfo disc(folder.filePath(QStringLiteral("disc.iso")));
-    if (disc.exists() && disc.canonicalFilePath() == image &&
-        ::flock(descriptor, LOCK_SH | LOCK_NB) == 0) {
-        holdOnly(descriptor);
-        return Taken::Yes;
-    }
-    ::close(descriptor);
-    return Taken::No;
-}
-
-std::optional<PracticeFolder::Prepared> keepTheUsersFolder(const QString& folder, QString* error) {
-    if (!QFileInfo(folder).isDir()) {
-        *error = QStringLiteral("SPINDRIFT_PRACTICE_DRIVE names ") + quoted(folder) +
-                 QStringLiteral(", which is not a folder.");
-        return std::nullopt;
-    }
-    return PracticeFolder::Prepared{folder, QDir(folder).filePath(QStringLiteral("disc.iso"))};
+    lockedFolder = std::move(lock);
+    return Taken::Yes;
 }
 
 }  // namespace
 
-std::optional<PracticeFolder::Prepared> PracticeFolder::prepare(const std::optional<QString>& image,
-                                                                QString* error) {
-    const QByteArray present = qgetenv(environmentName);
-    if (!image && !present.isEmpty()) {
-        return keepTheUsersFolder(QFile::decodeName(present), error);
+std::optional<PracticeFolder> PracticeFolder::chosen() {
+    const QByteArray folder = qgetenv(environmentName);
+    return folder.isEmpty() ? std::nullopt
+                            : std::optional(PracticeFolder{QFile::decodeName(folder)});
+}
+
+std::optional<PracticeFolder> PracticeFolder::prepare(const std::optional<QString>& image,
+                                                      QString* error) {
+    if (const auto present = chosen(); present && !image) {
+        if (!QFileInfo(present->path).isDir()) {
+            *error = QStringLiteral("SPINDRIFT_PRACTICE_DRIVE names ") + quoted(present->path) +
+                     QStringLiteral(", which is not a folder.");
+            return std::nullopt;
+        }
+        return present;
     }
     const auto wanted = image ? image : sampleDisc();
     if (!wanted) {
@@ -185,14 +174,14 @@ std::optional<PracticeFolder::Prepared> PracticeFolder::prepare(const std::optio
         *error = QStringLiteral("The user's data folder is not known.");
         return std::nullopt;
     }
-    holdOnly(-1);
+    lockedFolder.close();
     const QString target = QFileInfo(*wanted).canonicalFilePath();
-    const QDir first(*data + QStringLiteral("/Spindrift/practice-drive"));
+    const PracticeFolder first{*data + QStringLiteral("/Spindrift/practice-drive")};
     for (int number = 1; number <= foldersToTry; ++number) {
-        const QDir folder(number == 1 ? first.path()
-                                      : first.path() + QLatin1Char('-') + QString::number(number));
-        if (!folder.mkpath(QStringLiteral("."))) {
-            *error = quoted(folder.path()) + QStringLiteral(" cannot be made.");
+        const PracticeFolder folder{
+            number == 1 ? first.path : first.path + QLatin1Char('-') + QString::number(number)};
+        if (!QDir().mkpath(folder.path)) {
+            *error = quoted(folder.path) + QStringLiteral(" cannot be made.");
             return std::nullopt;
         }
         switch (take(folder, target, image.has_value(), error)) {
@@ -204,8 +193,8 @@ std::optional<PracticeFolder::Prepared> PracticeFolder::prepare(const std::optio
                 break;
         }
         shareSettings(first, folder);
-        qputenv(environmentName, QFile::encodeName(folder.path()));
-        return Prepared{folder.path(), folder.filePath(QStringLiteral("disc.iso"))};
+        qputenv(environmentName, QFile::encodeName(folder.path));
+        return folder;
     }
     *error = QStringLiteral("Too many practice drives are in use.");
     return std::nullopt;
@@ -216,4 +205,30 @@ std::optional<QString> PracticeFolder::sampleDisc() {
         QDir::cleanPath(QCoreApplication::applicationDirPath() +
                         QStringLiteral("/" SPINDRIFT_DATA_FROM_BIN "/sample-disc.iso"));
     return QFileInfo(path).isFile() ? std::optional(path) : std::nullopt;
+}
+
+QString PracticeFolder::disc() const {
+    return QDir(path).filePath(QStringLiteral("disc.iso"));
+}
+
+QString PracticeFolder::settings() const {
+    return QDir(path).filePath(QStringLiteral("drive.json"));
+}
+
+std::optional<bool> PracticeFolder::deniesAccess() const {
+    QFile file(settings());
+    if (!file.exists()) {
+        return false;
+    }
+    if (!file.open(QIODevice::ReadOnly)) {
+        return std::nullopt;
+    }
+    const QByteArray content = file.readAll();
+    const auto json = nlohmann::json::parse(content.cbegin(), content.cend(), nullptr, false);
+    // The parser takes a null byte for the end.
+    if (!json.is_object() || content.contains('\0')) {
+        return std::nullopt;
+    }
+    const auto denies = json.value("denyAccess", nlohmann::json(false));
+    return denies.is_boolean() ? std::optional(denies.get<bool>()) : std::nullopt;
 }

@@ -10,6 +10,7 @@
 #include <cerrno>
 
 #include "ErrorText.h"
+#include "PracticeFolder.h"
 
 namespace {
 
@@ -44,12 +45,9 @@ std::optional<QString> objectionToPlace(const QFileInfo& file) {
 
 // Whether the path is the image that lies in the practice drive's tray.
 bool isThePracticeDisc(const QFileInfo& file) {
-    const QString folder = qEnvironmentVariable("SPINDRIFT_PRACTICE_DRIVE");
-    if (folder.isEmpty()) {
-        return false;
-    }
-    const QFileInfo disc(QDir(folder).filePath(QStringLiteral("disc.iso")));
-    return disc.exists() && disc.canonicalFilePath() == file.canonicalFilePath();
+    const auto practice = PracticeFolder::chosen();
+    return practice && QFileInfo::exists(practice->disc()) &&
+           QFileInfo(practice->disc()).canonicalFilePath() == file.canonicalFilePath();
 }
 
 }  // namespace

@@ -227,6 +227,21 @@ TEST_F(PracticeProgramTest, AccessFollowsTheImageInTheTray) {
     EXPECT_EQ(granted.output(), "{\"granted\":true}\n");
 }
 
+TEST_F(PracticeProgramTest, AccessNamesAMalformedDriveDescription) {
+    driveIs(R"({"denyAccess": "yes"})");
+    const std::string sentence =
+        "spindrift-cli: “" + folder.path("data/Spindrift/practice-drive/drive.json").toStdString() +
+        "” is malformed: it must hold one JSON object, in which “denyAccess” is true or false.\n";
+    CliProgram program({"access", "--practice", image()});
+    EXPECT_EQ(program.exitStatus(), 1);
+    EXPECT_EQ(program.output(), "");
+    EXPECT_EQ(program.errors().toStdString(), sentence);
+    CliProgram json({"access", "--json", "--practice", image()});
+    EXPECT_EQ(json.exitStatus(), 1);
+    EXPECT_EQ(json.output(), "{\"granted\":false}\n");
+    EXPECT_EQ(json.errors().toStdString(), sentence);
+}
+
 TEST_F(PracticeProgramTest, TheDiscInTheTrayIsNotOverwritten) {
     const QString disc = image();
     CliProgram program({"rip", "--force", "--practice", disc, "--output", disc});

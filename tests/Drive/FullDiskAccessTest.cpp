@@ -180,13 +180,25 @@ TEST_F(FullDiskAccessTest, APracticeDriveDeniesNothingButItself) {
     EXPECT_TRUE(FullDiskAccess::isGranted());
 }
 
-TEST_F(FullDiskAccessTest, AnUnreadableDescriptionOfAPracticeDriveDeniesNothing) {
+TEST_F(FullDiskAccessTest, AMalformedDescriptionOfAPracticeDriveIsNoPermissionAndNoRefusal) {
     practice();
-    for (const char* json :
-         {"", "[]", "{", "{\"denyAccess\": \"yes\"}", "{\"denyAccess\": 1}", "\xff", "null"}) {
+    for (const QByteArray& json :
+         {QByteArray(""), QByteArray("[]"), QByteArray("{"), QByteArray("\xff"), QByteArray("null"),
+          QByteArray("{\"denyAccess\": \"yes\"}"), QByteArray("{\"denyAccess\": 1}"),
+          QByteArray("{\"denyAccess\": null}"), QByteArray("{}\0", 3)}) {
         folder.write(QStringLiteral("practice/drive.json"), json);
-        EXPECT_TRUE(FullDiskAccess::isGranted()) << json;
+        EXPECT_EQ(FullDiskAccess::tryToOpen(folder.path(QStringLiteral("practice"))), EINVAL)
+            << json.constData();
+        EXPECT_FALSE(FullDiskAccess::isGranted()) << json.constData();
     }
+    folder.write(QStringLiteral("practice/drive.json"), "{\"vendor\": \"ACME\"}");
+    EXPECT_TRUE(FullDiskAccess::isGranted());
+}
+
+TEST_F(FullDiskAccessTest, ADescriptionOfAPracticeDriveThatIsNoFileIsNoPermission) {
+    practice();
+    QDir().mkpath(folder.path(QStringLiteral("practice/drive.json")));
+    EXPECT_FALSE(FullDiskAccess::isGranted());
 }
 
 TEST_F(FullDiskAccessTest, AnOrdinaryUserIsRefusedAFileThatIsNotForReading) {

@@ -29,11 +29,11 @@ protected:
         return error.toStdString();
     }
 
-    PracticeFolder::Prepared prepare(const std::optional<QString>& image) {
+    PracticeFolder prepare(const std::optional<QString>& image) {
         QString error;
         const auto prepared = PracticeFolder::prepare(image, &error);
         EXPECT_TRUE(prepared) << error.toStdString();
-        return prepared.value_or(PracticeFolder::Prepared{});
+        return prepared.value_or(PracticeFolder{});
     }
 
     // Holds a practice drive as another process does that uses it.
@@ -50,8 +50,8 @@ protected:
 TEST_F(PracticeFolderTest, TheImageIsLinkedIntoTheTray) {
     const QString image = folder.write("a.iso", "A");
     const auto prepared = prepare(image);
-    EXPECT_EQ(prepared.folder, drive());
-    EXPECT_EQ(prepared.disc, drive("disc.iso"));
+    EXPECT_EQ(prepared.path, drive());
+    EXPECT_EQ(prepared.disc(), drive("disc.iso"));
     EXPECT_EQ(QFile::symLinkTarget(drive("disc.iso")), image);
     EXPECT_EQ(qgetenv("SPINDRIFT_PRACTICE_DRIVE"), drive().toUtf8());
 }
@@ -121,7 +121,7 @@ TEST_F(PracticeFolderTest, WithoutAnImageAFolderThatTheUserHasNamedIsUsedAsItIs)
     folder.write("mine/disc.iso", "A");
     folder.setEnvironment("SPINDRIFT_PRACTICE_DRIVE", folder.path("mine").toUtf8());
     const auto prepared = prepare(std::nullopt);
-    EXPECT_EQ(prepared.folder, folder.path("mine"));
+    EXPECT_EQ(prepared.path, folder.path("mine"));
     EXPECT_EQ(qgetenv("SPINDRIFT_PRACTICE_DRIVE"), folder.path("mine").toUtf8());
     EXPECT_FALSE(QFileInfo::exists(drive()));
 }
@@ -147,7 +147,7 @@ TEST_F(PracticeFolderTest, ARealFileInTheTrayIsNeverReplaced) {
     EXPECT_THAT(failure(folder.write("a.iso", "A")),
                 HasSubstr("is not a link that this program made."));
     EXPECT_EQ(TestFolder::read(own), QByteArray("mine"));
-    EXPECT_EQ(prepare(own).disc, own);
+    EXPECT_EQ(prepare(own).disc(), own);
 }
 
 TEST_F(PracticeFolderTest, ARealFileThatWasEjectedIsNeverLost) {
@@ -161,7 +161,7 @@ TEST_F(PracticeFolderTest, ADriveThatAnotherProcessUsesKeepsItsDisc) {
     prepare(first);
     const int other = useAsAnotherProcess(drive());
     const QString second = folder.write("b.iso", "B");
-    EXPECT_EQ(prepare(second).folder, drive() + QStringLiteral("-2"));
+    EXPECT_EQ(prepare(second).path, drive() + QStringLiteral("-2"));
     EXPECT_EQ(QFile::symLinkTarget(drive("disc.iso")), first);
     EXPECT_EQ(QFile::symLinkTarget(drive() + QStringLiteral("-2/disc.iso")), second);
     ::close(other);
@@ -171,7 +171,7 @@ TEST_F(PracticeFolderTest, ADriveThatHoldsTheSameDiscIsShared) {
     const QString image = folder.write("a.iso", "A");
     prepare(image);
     const int other = useAsAnotherProcess(drive());
-    EXPECT_EQ(prepare(image).folder, drive());
+    EXPECT_EQ(prepare(image).path, drive());
     ::close(other);
 }
 
@@ -180,7 +180,7 @@ TEST_F(PracticeFolderTest, ADriveWhoseDiscAnotherProcessHasEjectedIsNotReloaded)
     prepare(image);
     const int other = useAsAnotherProcess(drive());
     QFile::rename(drive("disc.iso"), drive("ejected.iso"));
-    EXPECT_EQ(prepare(image).folder, drive() + QStringLiteral("-2"));
+    EXPECT_EQ(prepare(image).path, drive() + QStringLiteral("-2"));
     EXPECT_FALSE(QFileInfo::exists(drive("disc.iso")));
     ::close(other);
 }
@@ -189,7 +189,7 @@ TEST_F(PracticeFolderTest, ASecondDriveHasTheSettingsOfTheFirst) {
     folder.write("data/Spindrift/practice-drive/drive.json", "{\"vendor\":\"V\"}");
     prepare(folder.write("a.iso", "A"));
     const int other = useAsAnotherProcess(drive());
-    const QString second = prepare(folder.write("b.iso", "B")).folder;
+    const QString second = prepare(folder.write("b.iso", "B")).path;
     EXPECT_EQ(TestFolder::read(second + QStringLiteral("/drive.json")),
               QByteArray("{\"vendor\":\"V\"}"));
     ::close(other);
