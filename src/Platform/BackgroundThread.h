@@ -1,4 +1,5 @@
-// Work on a thread of its own that the end of the program does not wait for by itself.
+// Work on a thread of its own that the end of the program does not wait for by itself. The only way
+// in which the application starts threads.
 #pragma once
 
 #include <chrono>
@@ -8,7 +9,7 @@ namespace BackgroundThread {
 
 enum class Priority { Normal, Low };  // Low: also for the child processes that the work starts
 
-enum class Life { Passing, Endless };  // Endless: for the rest of the program
+enum class Life { Passing, Unawaited };  // Unawaited: waitForPassing() does not count it
 
 // 0, or the error number with which no thread could be started; the work is not run then. The
 // thread takes no signals.

@@ -13,9 +13,8 @@
 #include <condition_variable>
 #include <csignal>
 #include <mutex>
-#include <system_error>
-#include <thread>
 
+#include "BackgroundThread.h"
 #include "Descriptor.h"
 #include "ErrorText.h"
 #include "Spawn.h"
@@ -37,23 +36,6 @@ QByteArray readChunk(int descriptor, size_t limit = 64UL * 1024) {
     chunk.truncate(count < 0 ? 0 : count);
     return chunk;
 }
-
-// While it lives, this thread, and each thread that it starts, takes no signals: they belong to the
-// threads of the program that expect them.
-class SignalsBlocked final {
-public:
-    SignalsBlocked() {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &m_before);
-    }
-    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
-    SignalsBlocked(const SignalsBlocked&) = delete;
-    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
-private:
-    sigset_t m_before = {};
-};
 
 }  // namespace
 
@@ -221,12 +203,12 @@ std::optional<QString> ChildProcess::launch() {
     }
     state->moveTo(State::Stage::Starting);
     // The thread comes first: a child is never there without somebody to reap it.
-    try {
-        const SignalsBlocked blocked;
-        std::thread([state] { state->follow(); }).detach();
-    } catch (const std::system_error& failure) {
+    const int error = BackgroundThread::start(
+        BackgroundThread::Priority::Normal, [state] { state->follow(); },
+        BackgroundThread::Life::Unawaited);
+    if (error != 0) {
         state->fail();
-        return errorText(failure.code().value());
+        return errorText(error);
     }
     Spawn::Result spawned = Spawn::start(state->executable, state->arguments,
                                          {state->channels[0].stream, state->channels[1].stream});

@@ -7,10 +7,9 @@
 #include <QFile>
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <memory>
-#include <system_error>
-#include <thread>
+
+#include "BackgroundThread.h"
 
 namespace {
 
@@ -38,17 +37,11 @@ void FileRemoval::release(Descriptor content) {
     if (!content.isOpen()) {
         return;
     }
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    try {
-        auto owned = std::make_shared<Descriptor>(std::move(content));
-        std::thread([owned] { owned->close(); }).detach();
-    } catch (const std::system_error&) {
-        // Without a thread the space is freed here and now.
-    }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    // Without a thread the space is freed here and now.
+    BackgroundThread::start(
+        BackgroundThread::Priority::Normal,
+        [owned = std::make_shared<Descriptor>(std::move(content))] { owned->close(); },
+        BackgroundThread::Life::Unawaited);
 }
 
 int FileRemoval::remove(const QString& path) {

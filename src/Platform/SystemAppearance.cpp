@@ -8,9 +8,8 @@
 #include <iterator>
 #include <memory>
 #include <string>
-#include <system_error>
-#include <thread>
 
+#include "BackgroundThread.h"
 #include "Preferences.h"
 
 namespace {
@@ -137,9 +136,8 @@ void SystemAppearance::prepare() {
     if (started.exchange(true) || address.empty()) {
         return;
     }
-    try {
-        std::thread(follow, address).detach();
-    } catch (const std::system_error&) {
-        // Without a thread the desktop's wish stays unknown.
-    }
+    // Without a thread the desktop's wish stays unknown.
+    BackgroundThread::start(
+        BackgroundThread::Priority::Normal, [address] { follow(address); },
+        BackgroundThread::Life::Unawaited);
 }

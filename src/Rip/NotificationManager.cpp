@@ -35,7 +35,7 @@ public:
         if (!m_threadRuns) {
             m_threadRuns = BackgroundThread::start(
                                BackgroundThread::Priority::Normal, [this] { deliver(); },
-                               BackgroundThread::Life::Endless) == 0;
+                               BackgroundThread::Life::Unawaited) == 0;
         }
         if (m_threadRuns && m_queue.size() < longestQueue) {
             m_queue.push_back(std::move(notice));

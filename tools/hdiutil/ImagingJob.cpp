@@ -39,9 +39,6 @@ public:
               m_isDone = true;
               m_done.notify_one();
           }) {}
-    ~Background() { m_thread.join(); }
-    Background(const Background&) = delete;
-    Background& operator=(const Background&) = delete;
 
     bool isDoneWithin(std::chrono::milliseconds time) {
         std::unique_lock lock(m_lock);
@@ -62,7 +59,7 @@ private:
     bool m_isDone = false;
     std::optional<Value> m_value;
     std::exception_ptr m_problem;
-    std::thread m_thread;
+    std::jthread m_thread;  // last, so that it ends first
 };
 
 // Ends without waiting for threads: one of them may hang in the drive.

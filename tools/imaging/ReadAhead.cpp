@@ -14,7 +14,6 @@ ReadAhead::ReadAhead(std::unique_ptr<UncachedFile> file)
 
 ReadAhead::~ReadAhead() {
     m_ring.close();
-    m_reader.join();
 }
 
 void ReadAhead::read() {

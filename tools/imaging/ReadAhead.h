@@ -31,6 +31,6 @@ private:
     std::unique_ptr<UncachedFile> m_file;
     BufferRing m_ring;
     bool m_holdsBuffer = false;
-    int m_error = 0;  // the reading thread's until the ring is at its end
-    std::thread m_reader;
+    int m_error = 0;        // the reading thread's until the ring is at its end
+    std::jthread m_reader;  // last, so that it ends first
 };
