@@ -6,7 +6,6 @@
 
 #include <QObject>
 #include <QString>
-#include <QTimer>
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -15,8 +14,7 @@
 #include "OpticalDisc.h"
 #include "SpeedTestResult.h"
 
-class ChildProcess;
-class MainThreadLink;
+class ImagingTool;
 
 class SpeedTester final : public QObject {
     Q_OBJECT
@@ -74,10 +72,7 @@ private:
     std::optional<SpeedTestResult> m_result;
     std::optional<QString> m_error;
 
-    std::shared_ptr<ChildProcess> m_process;
-    std::unique_ptr<QTimer> m_progressTimer;
-    std::optional<QString> m_tempPath;
+    std::unique_ptr<ImagingTool> m_tool;
     std::optional<std::chrono::steady_clock::time_point> m_startTime;
     bool m_cancelled = false;
-    std::shared_ptr<MainThreadLink> m_link;  // to the current test's tool
 };

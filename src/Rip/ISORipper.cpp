@@ -4,32 +4,23 @@
 #include <cerrno>
 #include <utility>
 
-#include "ChildProcess.h"
 #include "ErrorText.h"
 #include "FileRemoval.h"
+#include "ImagingTool.h"
 #include "MainThreadLink.h"
-#include "ProcessTree.h"
-#include "ProgressLines.h"
 #include "Published.h"
 #include "StagedCopy.h"
 #include "StrictUtf8.h"
-#include "ToolRoot.h"
 #include "UserFolders.h"
 #include "VerifyProcesses.h"
 
 namespace {
 
-constexpr std::chrono::seconds sampleInterval{1};
 constexpr double newSpeedShare = 0.3;
 constexpr double oldSpeedShare = 0.7;
 
 double seconds(ISORipper::Clock::duration duration) {
     return std::chrono::duration<double>(duration).count();
-}
-
-std::optional<qint64> sizeOf(const QString& path) {
-    const QFileInfo info(path);
-    return info.exists() ? std::optional(info.size()) : std::nullopt;
 }
 
 }  // namespace
@@ -54,14 +45,12 @@ void ISORipper::reset() {
         m_copy->discard();
         m_copy.reset();
     }
-    m_process.reset();
-    m_progressTimer.reset();
+    m_tool.reset();
     m_verification.reset();
     m_destination.reset();
     m_totalBytes.reset();
     m_cancelled = false;
     m_verifyCancelled = false;
-    m_cdrPath.reset();
     m_lastSampleTime.reset();
     m_lastSampleBytes = 0;
     m_ripStartTime.reset();
@@ -82,47 +71,28 @@ void ISORipper::start(const QString& bsdName, const QString& destination,
     reset();
     m_destination = destination;
     m_totalBytes = totalBytes;
-    m_cdrPath =
-        UserFolders::temporaryImageBase(QStringLiteral("spindrift-")) + QStringLiteral(".cdr");
     m_link = MainThreadLink::to(this);
-
-    const auto rip = std::make_shared<Rip>(Rip{bsdName, destination, thoroughVerify, {}});
-    auto process = std::make_shared<ChildProcess>(
-        ToolRoot::resolve(QStringLiteral("/usr/bin/hdiutil")),
-        QStringList{QStringLiteral("create"), QStringLiteral("-srcdevice"),
-                    QStringLiteral("/dev/") + bsdName, QStringLiteral("-format"),
-                    QStringLiteral("UDTO"), QStringLiteral("-puppetstrings"), QStringLiteral("-o"),
-                    *m_cdrPath});
-    process->setStream(ChildProcess::Output::Standard, ChildProcess::Stream::Pipe);
-    process->setStream(ChildProcess::Output::Error, ChildProcess::Stream::Pipe);
-    process->setChunkHandler(
-        ChildProcess::Output::Standard,
-        [this, link = m_link, lines = ProgressLines()](const QByteArray& chunk) mutable {
-            for (const double progress : lines.append(chunk)) {
-                link->post([this, progress] {
-                    publish(this, m_progress, progress, &ISORipper::progressChanged);
-                });
-            }
-        });
-    process->setChunkHandler(ChildProcess::Output::Error,
-                             [rip](const QByteArray& chunk) { rip->errorOutput += chunk; });
-    process->setExitHandler([this, link = m_link, rip](int status) {
-        link->post([this, rip, status] { toolEnded(rip, status); });
-    });
-
-    if (const auto failure = process->launch()) {
+    m_tool = std::make_unique<ImagingTool>(
+        bsdName, UserFolders::temporaryImageBase(QStringLiteral("spindrift-")));
+    ImagingTool::Handlers handlers;
+    handlers.progressed = [this](double fraction) {
+        publish(this, m_progress, fraction, &ISORipper::progressChanged);
+    };
+    handlers.sample = [this] { sample(); };
+    handlers.ended = [this, rip = Rip{bsdName, destination, thoroughVerify}](
+                         int status, const QByteArray& errors) { toolEnded(rip, status, errors); };
+    if (const auto failure = m_tool->start(this, handlers, ImagingTool::ErrorOutput::Collected)) {
         publish(this, m_error, std::optional(RipError::launchFailed(*failure)),
                 &ISORipper::errorChanged);
         return;
     }
-    m_process = std::move(process);
     publish(this, m_isRunning, true, &ISORipper::isRunningChanged);
     m_ripStartTime = m_lastSampleTime = Clock::now();
     m_lastSampleBytes = 0;
-    m_progressTimer = std::make_unique<QTimer>(this);
-    m_progressTimer->setInterval(sampleInterval);
-    connect(m_progressTimer.get(), &QTimer::timeout, this, [this] { sample(); });
-    m_progressTimer->start();
+}
+
+std::optional<QString> ISORipper::temporaryImage() const {
+    return m_tool ? std::optional(m_tool->image()) : std::nullopt;
 }
 
 double ISORipper::smoothedSpeed(double current, double instant) {
@@ -130,7 +100,7 @@ double ISORipper::smoothedSpeed(double current, double instant) {
 }
 
 void ISORipper::sample(Clock::time_point now) {
-    const auto size = m_cdrPath ? sizeOf(*m_cdrPath) : std::nullopt;
+    const auto size = m_tool ? m_tool->imageSize() : std::nullopt;
     if (!size) {
         return;
     }
@@ -147,30 +117,29 @@ void ISORipper::sample(Clock::time_point now) {
 
 // Nothing is published before the image is in place, so that all of it comes together at the end of
 // a copy as well.
-void ISORipper::toolEnded(const std::shared_ptr<Rip>& rip, int status) {
-    m_progressTimer.reset();
+void ISORipper::toolEnded(const Rip& rip, int status, const QByteArray& errorOutput) {
     if (m_cancelled) {
         publishStopped();
         removeTemporaryImage();
         return;
     }
-    if (status != 0 || !m_cdrPath || !QFileInfo::exists(*m_cdrPath)) {
+    if (status != 0 || !QFileInfo::exists(m_tool->image())) {
         publishStopped();
-        publishToolFailure(*rip, status);
+        publishToolFailure(status, errorOutput);
         return;
     }
-    const int error = moveFile(*m_cdrPath, rip->destination);
+    const int error = moveFile(m_tool->image(), rip.destination);
     if (error == EXDEV) {
-        m_copy = StagedCopy::begin(*m_cdrPath, rip->destination, [this, link = m_link, rip] {
+        m_copy = StagedCopy::begin(m_tool->image(), rip.destination, [this, link = m_link, rip] {
             link->post([this, rip] { copyEnded(rip); });
         });
         return;
     }
     publishStopped();
-    publishMoved(*rip, error);
+    publishMoved(rip, error);
 }
 
-void ISORipper::copyEnded(const std::shared_ptr<Rip>& rip) {
+void ISORipper::copyEnded(const Rip& rip) {
     const std::shared_ptr<StagedCopy> copy = std::exchange(m_copy, nullptr);
     if (m_cancelled) {
         // It may have been whole before it heard of the cancellation.
@@ -181,7 +150,7 @@ void ISORipper::copyEnded(const std::shared_ptr<Rip>& rip) {
     }
     const int error = copy->commit();
     publishStopped();
-    publishMoved(*rip, error);
+    publishMoved(rip, error);
 }
 
 void ISORipper::publishStopped() {
@@ -189,8 +158,8 @@ void ISORipper::publishStopped() {
     publish(this, m_speedBytesPerSecond, 0.0, &ISORipper::speedBytesPerSecondChanged);
 }
 
-void ISORipper::publishToolFailure(const Rip& rip, int status) {
-    const QString text = strictUtf8(rip.errorOutput).value_or(QString());
+void ISORipper::publishToolFailure(int status, const QByteArray& errorOutput) {
+    const QString text = strictUtf8(errorOutput).value_or(QString());
     RipError error = RipError::imagingFailed(text);
     if (text.toLower().contains(QLatin1String("permission denied"))) {
         error = RipError::permissionDenied();
@@ -208,8 +177,8 @@ void ISORipper::publishMoved(const Rip& rip, int moveError) {
                 &ISORipper::errorChanged);
         return;
     }
-    if (const auto size = sizeOf(rip.destination)) {
-        publish(this, m_bytesWritten, *size, &ISORipper::bytesWrittenChanged);
+    if (const QFileInfo image(rip.destination); image.exists()) {
+        publish(this, m_bytesWritten, image.size(), &ISORipper::bytesWrittenChanged);
     }
     publish(this, m_progress, 1.0, &ISORipper::progressChanged);
     publish(this, m_finished, true, &ISORipper::finishedChanged);
@@ -226,15 +195,15 @@ void ISORipper::cancel() {
     m_cancelled = true;
     if (m_copy) {
         m_copy->cancel();
-    } else if (m_process) {
-        ProcessTree::terminate(*m_process);
+    } else if (m_tool) {
+        m_tool->terminate();
     }
     deletePartialOutput();
 }
 
 void ISORipper::removeTemporaryImage() {
-    if (m_cdrPath) {
-        FileRemoval::remove(*m_cdrPath);
+    if (m_tool) {
+        FileRemoval::remove(m_tool->image());
     }
 }
 

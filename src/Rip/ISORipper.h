@@ -8,7 +8,6 @@
 #include <QByteArray>
 #include <QObject>
 #include <QString>
-#include <QTimer>
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -16,7 +15,7 @@
 #include "RipError.h"
 #include "VerifyStatus.h"
 
-class ChildProcess;
+class ImagingTool;
 class MainThreadLink;
 class StagedCopy;
 class VerifyProcesses;
@@ -56,7 +55,7 @@ public:
 
     // Path of the last rip's temporary image, which stays after a failure; absent before the first
     // rip. There may be no file.
-    const std::optional<QString>& temporaryImage() const { return m_cdrPath; }
+    std::optional<QString> temporaryImage() const;
 
     // Images /dev/<bsdName> to the destination (an absolute path). Returns at once.
     void start(const QString& bsdName, const QString& destination, std::optional<qint64> totalBytes,
@@ -94,13 +93,12 @@ private:
         QString bsdName;
         QString destination;
         bool thoroughVerify;
-        QByteArray errorOutput;  // collected by the tool's reader until its end
     };
 
-    void toolEnded(const std::shared_ptr<Rip>& rip, int status);
-    void copyEnded(const std::shared_ptr<Rip>& rip);
+    void toolEnded(const Rip& rip, int status, const QByteArray& errorOutput);
+    void copyEnded(const Rip& rip);
     void publishStopped();
-    void publishToolFailure(const Rip& rip, int status);
+    void publishToolFailure(int status, const QByteArray& errorOutput);
     void publishMoved(const Rip& rip, int moveError);
     void removeTemporaryImage();
     void deletePartialOutput();
@@ -117,13 +115,11 @@ private:
     std::optional<VerifyStatus> m_verifyStatus;
     std::optional<double> m_lastRipAverageBytesPerSecond;
 
-    std::shared_ptr<ChildProcess> m_process;  // stays after its end, until the next reset
-    std::unique_ptr<QTimer> m_progressTimer;
+    std::unique_ptr<ImagingTool> m_tool;  // stays after its end, until the next reset
     std::optional<QString> m_destination;
     [[maybe_unused]] std::optional<qint64> m_totalBytes;  // kept with the rip
     bool m_cancelled = false;
     bool m_verifyCancelled = false;
-    std::optional<QString> m_cdrPath;
     std::optional<Clock::time_point> m_lastSampleTime;
     qint64 m_lastSampleBytes = 0;
     std::optional<Clock::time_point> m_ripStartTime;

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QFile>
 
+#include "ImagingTool.h"
 #include "StrictUtf8.h"
 #include "ToolRoot.h"
 #include "UserFolders.h"
@@ -38,19 +39,9 @@ VerifyStatus Verification::notReadAgain() {
 
 bool Verification::reimage(const QString& bsdName, const QString& base,
                            VerifyProcesses& processes) {
-    // Without an extension: the tool adds ".cdr" itself.
-    const auto process = std::make_shared<ChildProcess>(
-        ToolRoot::resolve(QStringLiteral("/usr/bin/hdiutil")),
-        QStringList{QStringLiteral("create"), QStringLiteral("-srcdevice"),
-                    QStringLiteral("/dev/") + bsdName, QStringLiteral("-format"),
-                    QStringLiteral("UDTO"), QStringLiteral("-o"), base});
-    process->setStream(ChildProcess::Output::Standard, ChildProcess::Stream::Null);
-    process->setStream(ChildProcess::Output::Error, ChildProcess::Stream::Null);
-    if (process->launch()) {
-        return false;
-    }
-    processes.track(process);
-    return process->wait() == 0;
+    return ImagingTool(bsdName, base).runSilently([&processes](auto process) {
+        processes.track(std::move(process));
+    });
 }
 
 std::optional<QString> Verification::sha256(const QString& path, VerifyProcesses& processes) {
