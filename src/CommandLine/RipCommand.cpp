@@ -1,6 +1,7 @@
 #include "RipCommand.h"
 
 #include <QFileInfo>
+#include <QTimer>
 
 #include "BackgroundThread.h"
 #include "ByteCount.h"
@@ -12,7 +13,6 @@
 
 namespace {
 
-constexpr int cancelAgainInterval = 200;       // milliseconds
 constexpr int longestNotificationWait = 1000;  // milliseconds
 // The verification removes its second image, of up to 100 GB, after it has told its verdict.
 constexpr std::chrono::seconds longestTidying{20};
@@ -36,13 +36,6 @@ RipCommand::RipCommand(const CommandContext& context, Interruption& interruption
     connect(&m_session, &RipSession::ejectFinished, this, look, Qt::QueuedConnection);
     connect(&interruption, &Interruption::interrupted, this, &RipCommand::cancel);
     interruption.goBeforeEventsOf(&m_ripper);
-    // A tool that the verification had not yet started when it was cancelled escapes.
-    m_cancelAgain.setInterval(cancelAgainInterval);
-    connect(&m_cancelAgain, &QTimer::timeout, this, [this] {
-        if (m_ripper.isVerifying()) {
-            m_session.cancel();
-        }
-    });
 }
 
 RipCommand::~RipCommand() = default;
@@ -97,8 +90,7 @@ void RipCommand::cancel() {
         return;
     }
     m_cancelled = true;
-    m_session.cancel();
-    m_cancelAgain.start();
+    m_session.cancelUntilNothingIsLeft();
 }
 
 void RipCommand::cancelWithoutAReader() {

@@ -6,7 +6,6 @@
 
 #include <QEventLoop>
 #include <QObject>
-#include <QTimer>
 #include <memory>
 #include <optional>
 
@@ -48,7 +47,6 @@ private:
     std::unique_ptr<RipReport> m_report;
     RipSession m_session;
     QEventLoop m_loop;
-    QTimer m_cancelAgain;
     QString m_target;
     bool m_cancelled = false;
     bool m_ejectFailed = false;

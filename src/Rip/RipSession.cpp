@@ -15,6 +15,7 @@
 
 namespace {
 
+constexpr std::chrono::milliseconds cancelAgainInterval{200};
 constexpr qsizetype longestFileName = 255;  // bytes, on nearly every file system
 
 // As many whole characters from the front as fit into so many bytes of a file name.
@@ -45,6 +46,14 @@ RipSession::RipSession(OpticalDriveMonitor& monitor, ISORipper& ripper,
     connect(&ripper, &ISORipper::errorChanged, this, &RipSession::errorChanged);
     connect(&ripper, &ISORipper::lastRipAverageBytesPerSecondChanged, this,
             &RipSession::averageSpeedChanged);
+    m_cancelAgain.setInterval(cancelAgainInterval);
+    connect(&m_cancelAgain, &QTimer::timeout, this, [this] {
+        if (m_ripper.isVerifying()) {
+            m_ripper.cancelVerification();
+        } else if (!m_ripper.isRunning()) {
+            m_cancelAgain.stop();
+        }
+    });
 }
 
 RipSession::~RipSession() {
@@ -73,6 +82,7 @@ void RipSession::startRip() {
     if (!disc || !destination) {
         return;
     }
+    m_cancelAgain.stop();
     m_rippedBSDName = disc->bsdName;
     m_rippedDrive = m_monitor.driveIdentity();
     m_rippedDiscKind = disc->kind;
@@ -87,6 +97,11 @@ void RipSession::cancel() {
     } else {
         m_ripper.cancelVerification();
     }
+}
+
+void RipSession::cancelUntilNothingIsLeft() {
+    cancel();
+    m_cancelAgain.start();
 }
 
 void RipSession::ejectDisc(const QString& bsdName) {

@@ -7,6 +7,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QTimer>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -46,8 +47,12 @@ public:
 
     // Starts a rip of the monitor's disc; nothing without a disc or a destination.
     void startRip();
-    // Cancels whatever runs: the rip, else the verification.
+    // Cancels whatever runs: the rip, else the verification. A process that the verification starts
+    // after that runs to its end.
     void cancel();
+    // Cancels whatever runs, and again and again what the verification still starts, for a program
+    // or a window that ends.
+    void cancelUntilNothingIsLeft();
     // Ejects in the background; a failure is told by a notification and ejectFinished.
     void ejectDisc(const QString& bsdName);
     // True while an eject runs.
@@ -76,5 +81,6 @@ private:
     std::optional<qint64> m_rippedDiscSize;
     int m_ejecting = 0;
     bool m_hadError;
+    QTimer m_cancelAgain;
     std::shared_ptr<MainThreadLink> m_link;  // to the ejects on their way
 };

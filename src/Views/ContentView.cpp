@@ -179,7 +179,9 @@ void ContentView::confirmCancel() {
         new CancelConfirmation(m_ripper.isRunning() ? CancelConfirmation::Subject::Rip
                                                     : CancelConfirmation::Subject::Verification,
                                this);
-    connect(m_confirmation, &CancelConfirmation::confirmed, this, [this] { m_session.cancel(); });
+    connect(m_confirmation, &CancelConfirmation::confirmed, this, [this] {
+        m_closeOnceCancelled ? m_session.cancelUntilNothingIsLeft() : m_session.cancel();
+    });
     connect(m_confirmation, &CancelConfirmation::rejected, this, [this] {
         if (std::exchange(m_closeOnceCancelled, false)) {
             emit keptOpen();

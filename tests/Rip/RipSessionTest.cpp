@@ -294,6 +294,23 @@ TEST_F(RipSessionTest, ACancelledVerificationIsNotToldAndKeepsTheImage) {
     EXPECT_EQ(TestFolder::read(destination()), QByteArray("image"));
 }
 
+TEST_F(RipSessionTest, WhatTheVerificationStartsAfterItsCancellationIsCancelledToo) {
+    thoroughVerify = ejectWhenDone = true;
+    // The second reading ends well in spite of its cancellation, and the digest begins.
+    stub(hdiutil,
+         "printf image > \"$out\"; [ $pass = rip ] && exit 0\n"
+         "trap 'exit 0' TERM; : > \"$world/second\"; wait_for never");
+    stub(shasum, "exec sleep 1000");
+    session->startRip();
+    ASSERT_TRUE(waitForFile("second"));
+    ASSERT_TRUE(waitUntil([&] { return ripper->trackedVerifyProcesses() == 1; }));
+    session->cancelUntilNothingIsLeft();
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(ripper->verifyStatus(), std::nullopt);
+    EXPECT_EQ(told(), QStringList());
+    EXPECT_EQ(TestFolder::read(destination()), QByteArray("image"));
+}
+
 TEST_F(RipSessionTest, AFailedEjectIsTold) {
     ejectCommand = "exit 1";
     insert("DVD-ROM", "disk4", "ASUS");

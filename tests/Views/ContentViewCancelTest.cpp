@@ -180,6 +180,30 @@ TEST_F(ContentViewCancelTest, AWindowThatRipsAsksBeforeItCloses) {
     EXPECT_TRUE(window.content->mayClose());
 }
 
+TEST_F(ContentViewCancelTest, AWindowThatClosesAlsoCancelsWhatTheVerificationStartsAfterThat) {
+    Preferences().setThoroughVerify(true);
+    DriveStubs::disc(folder, {});
+    const QByteArray ready = "'" + folder.path(QStringLiteral("ready")).toUtf8() + "'";
+    DriveStubs::imaging(folder,
+                        "printf image > \"$out\"\n"
+                        "[ $verify = no ] && exit 0\n"
+                        "trap 'exit 0' TERM; : > " +
+                            ready + "\nwhile [ -e " + ready + " ]; do sleep 0.02; done");
+    StubTools::write(folder, QStringLiteral("/usr/bin/shasum"), "exec sleep 1000");
+    HostWindow window;
+    window.open();
+    path = window.choose(folder, QStringLiteral("a.iso"));
+    window.click("startButton");
+    ASSERT_TRUE(waitUntil([&] {
+        return QFile::exists(folder.path(QStringLiteral("ready"))) &&
+               window.content->ripper().trackedVerifyProcesses() == 1;
+    }));
+    EXPECT_FALSE(window.content->mayClose());
+    named<QPushButton>(sheet<CancelConfirmation>(window), "destructiveButton")->click();
+    EXPECT_TRUE(waitUntil([&] { return !window.isVisible(); }));
+    EXPECT_EQ(TestFolder::read(path), QByteArray("image"));
+}
+
 TEST_F(ContentViewCancelTest, AWindowThatWasToCloseClosesWhenTheRipEndsBeforeTheAnswer) {
     HostWindow window;
     startHeldRip(window);
