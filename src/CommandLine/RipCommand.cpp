@@ -26,7 +26,7 @@ RipCommand::RipCommand(const CommandContext& context, Interruption& interruption
       m_session(m_monitor, m_ripper, m_diagnostics,
                 RipChoices{[&context] { return context.invocation.thorough; },
                            [&context] { return context.invocation.eject; }}) {
-    const auto look = [this] { lookAtTheOutcome(); };
+    const auto look = [this] { exitOnceOver(); };
     connect(&m_ripper, &ISORipper::isRunningChanged, this, look, Qt::QueuedConnection);
     connect(&m_ripper, &ISORipper::isVerifyingChanged, this, look, Qt::QueuedConnection);
     connect(&m_ripper, &ISORipper::errorChanged, this, look, Qt::QueuedConnection);
@@ -76,7 +76,7 @@ int RipCommand::run() {
     m_session.startRip();
     const int status = m_loop.exec();
     m_report->end();
-    tellTheOutcome(status);
+    printOutcome(status);
     NotificationManager::flush(longestNotificationWait);
     if (!m_session.isEjecting()) {
         BackgroundThread::waitForPassing(longestTidying);
@@ -99,7 +99,7 @@ void RipCommand::cancelWithoutAReader() {
     }
 }
 
-void RipCommand::lookAtTheOutcome() {
+void RipCommand::exitOnceOver() {
     if (const auto status = outcome(); status && !m_session.isEjecting()) {
         m_loop.exit(*status);
     }
@@ -125,7 +125,7 @@ std::optional<int> RipCommand::outcome() const {
     return m_cancelled ? std::optional(ExitStatus::cancelled) : std::nullopt;
 }
 
-void RipCommand::tellTheOutcome(int status) {
+void RipCommand::printOutcome(int status) {
     if (m_ejectFailed) {
         m_context.complain(QStringLiteral("The rip finished, but the disc couldn't be ejected."));
     }
@@ -149,11 +149,11 @@ void RipCommand::tellTheOutcome(int status) {
             m_context.complain(QStringLiteral("What was read is left in “%1”.").arg(*image));
         }
     } else if (const auto& verdict = m_ripper.verifyStatus()) {
-        tellTheVerdict(*verdict);
+        printVerdict(*verdict);
     }
 }
 
-void RipCommand::tellTheVerdict(const VerifyStatus& verdict) {
+void RipCommand::printVerdict(const VerifyStatus& verdict) {
     switch (verdict.kind()) {
         case VerifyStatus::Kind::matched: {
             QString sentence = m_context.invocation.thorough

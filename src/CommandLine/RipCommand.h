@@ -34,11 +34,11 @@ private:
     void cancelWithoutAReader();
     // Ends the event loop once all is over; called after the engine has published all that belongs
     // together.
-    void lookAtTheOutcome();
+    void exitOnceOver();
     // The exit status; absent while the rip or its verification runs.
     std::optional<int> outcome() const;
-    void tellTheOutcome(int status);
-    void tellTheVerdict(const VerifyStatus& verdict);
+    void printOutcome(int status);
+    void printVerdict(const VerifyStatus& verdict);
 
     const CommandContext& m_context;
     OpticalDriveMonitor m_monitor;

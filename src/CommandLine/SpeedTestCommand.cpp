@@ -19,7 +19,7 @@ SpeedTestCommand::SpeedTestCommand(const CommandContext& context, Interruption& 
             milliseconds > 0 ? static_cast<double>(m_tester.bytesRead()) * 1000 / milliseconds : 0;
         m_printer.update();
     });
-    const auto look = [this] { lookAtTheOutcome(); };
+    const auto look = [this] { exitOnceOver(); };
     connect(&m_tester, &SpeedTester::isRunningChanged, this, look, Qt::QueuedConnection);
     connect(&m_tester, &SpeedTester::errorChanged, this, look, Qt::QueuedConnection);
     connect(&interruption, &Interruption::interrupted, this, &SpeedTestCommand::cancel);
@@ -68,7 +68,7 @@ int SpeedTestCommand::run() {
     m_tester.start(disc->imageSourceBSDName, *drive, disc->kind, disc->totalBytes);
     m_loop.exec();
     m_printer.stop();
-    return tellTheOutcome();
+    return reportOutcome();
 }
 
 void SpeedTestCommand::cancel() {
@@ -88,14 +88,14 @@ ProgressState SpeedTestCommand::progressState() const {
             m_bytesPerSecond};
 }
 
-void SpeedTestCommand::lookAtTheOutcome() {
+void SpeedTestCommand::exitOnceOver() {
     // An end without a result or an error is one that was cancelled or took no measurable time.
     if (!m_tester.isRunning()) {
         m_loop.quit();
     }
 }
 
-int SpeedTestCommand::tellTheOutcome() {
+int SpeedTestCommand::reportOutcome() {
     const bool json = m_context.invocation.json;
     if (const auto& result = m_tester.result()) {
         DiagnosticsStore().record(*result);

@@ -31,9 +31,10 @@ private:
     void cancel();
     void cancelWithoutAReader();
     ProgressState progressState() const;
-    // Once the tester has published all that belongs together.
-    void lookAtTheOutcome();
-    int tellTheOutcome();
+    // Called after the tester has published all that belongs together.
+    void exitOnceOver();
+    // The exit status.
+    int reportOutcome();
 
     const CommandContext& m_context;
     OpticalDriveMonitor m_monitor;

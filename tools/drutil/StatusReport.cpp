@@ -12,7 +12,7 @@ constexpr std::size_t revisionWidth = 4;
 
 // Whoever looks for the disc's line takes the first with both of its words, and a drive can call
 // itself anything.
-std::string withoutTheDiscsWords(std::string line) {
+std::string maskDiscLabels(std::string line) {
     if (line.find("Type:") != std::string::npos && line.find("Name:") != std::string::npos) {
         std::replace(line.begin(), line.end(), ':', ' ');
     }
@@ -39,8 +39,7 @@ std::string row(const std::string& vendor, const std::string& product,
 std::string StatusReport::text(const DriveFacts& drive) {
     constexpr std::size_t typeWidth = 22;
     std::string report = row("Vendor", "Product", "Rev") +
-                         withoutTheDiscsWords(row(drive.vendor, drive.product, drive.revision)) +
-                         "\n";
+                         maskDiscLabels(row(drive.vendor, drive.product, drive.revision)) + "\n";
     if (!drive.disc) {
         return report + "           Type: No Media Inserted\n";
     }
