@@ -8,6 +8,7 @@
 #include "BackgroundThread.h"
 #include "LaunchOptions.h"
 #include "PracticeFolder.h"
+#include "ProcessTree.h"
 #include "SpindriftApp.h"
 
 namespace {
@@ -54,6 +55,7 @@ int launch(int argc, char** argv) {
         return 0;
     }
 
+    ProcessTree::letToolsWatchThisProcess();
     const QtMessageHandler usual = qInstallMessageHandler(explainMissingDisplay);
     QApplication application(argc, argv);
     qInstallMessageHandler(usual);

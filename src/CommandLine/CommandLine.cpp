@@ -12,6 +12,7 @@
 #include "HelpText.h"
 #include "Interruption.h"
 #include "PracticeFolder.h"
+#include "ProcessTree.h"
 #include "QuickCommands.h"
 #include "RipCommand.h"
 #include "SpeedTestCommand.h"
@@ -108,6 +109,7 @@ int tellUsageError(const UsageError& error, TextOutput& errors) {
 
 int runCommandLine(int argc, char** argv) {
     openClosedDescriptors();
+    ProcessTree::letToolsWatchThisProcess();
     QByteArrayList arguments;
     for (int index = 1; index < argc; ++index) {
         arguments.append(QByteArray(argv[index]));

@@ -1,5 +1,7 @@
 #include "ProcessTree.h"
 
+#include <unistd.h>
+
 #include "ChildProcess.h"
 #include "ToolRoot.h"
 
@@ -12,4 +14,8 @@ void ProcessTree::terminate(ChildProcess& process) {
     ChildProcess pkill(ToolRoot::resolve(QStringLiteral("/usr/bin/pkill")),
                        {QStringLiteral("-P"), QString::number(identifier)});
     pkill.launch();
+}
+
+void ProcessTree::letToolsWatchThisProcess() {
+    qputenv("SPINDRIFT_WATCH_PID", QByteArray::number(::getpid()));
 }
