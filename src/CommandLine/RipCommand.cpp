@@ -7,6 +7,7 @@
 #include "ByteCount.h"
 #include "FullDiskAccess.h"
 #include "Interruption.h"
+#include "JsonText.h"
 #include "NotificationManager.h"
 #include "QuickCommands.h"
 #include "RipTarget.h"
@@ -25,7 +26,8 @@ RipCommand::RipCommand(const CommandContext& context, Interruption& interruption
                                        : RipReport::forPeople(m_ripper, m_monitor, context.output)),
       m_session(m_monitor, m_ripper, m_diagnostics,
                 RipChoices{[&context] { return context.invocation.thorough; },
-                           [&context] { return context.invocation.eject; }}) {
+                           [&context] { return context.invocation.eject; },
+                           context.invocation.force ? Replacing::Yes : Replacing::No}) {
     const auto look = [this] { exitOnceOver(); };
     connect(&m_ripper, &ISORipper::isRunningChanged, this, look, Qt::QueuedConnection);
     connect(&m_ripper, &ISORipper::isVerifyingChanged, this, look, Qt::QueuedConnection);
@@ -34,7 +36,8 @@ RipCommand::RipCommand(const CommandContext& context, Interruption& interruption
     connect(&m_session, &RipSession::ejectFinished, this,
             [this](bool ejected) { m_ejectFailed = !ejected; });
     connect(&m_session, &RipSession::ejectFinished, this, look, Qt::QueuedConnection);
-    connect(&interruption, &Interruption::interrupted, this, &RipCommand::cancel);
+    connect(&interruption, &Interruption::interrupted, this,
+            [this] { cancel(ISORipper::CancelRemoves::WhatStoodThere); });
     interruption.goBeforeEventsOf(&m_ripper);
 }
 
@@ -69,6 +72,9 @@ int RipCommand::run() {
     NotificationManager::requestAuthorization();
     m_report->say(
         QStringLiteral("Ripping “%1” to %2").arg(m_monitor.disc()->displayName(), m_target));
+    if (m_monitor.disc()->isAudio()) {
+        m_context.complain(OpticalDisc::audioWarning());
+    }
     QTimer readerCheck;
     connect(&readerCheck, &QTimer::timeout, this, &RipCommand::cancelWithoutAReader);
     readerCheck.start(TextOutput::readerCheckInterval);
@@ -84,18 +90,18 @@ int RipCommand::run() {
     return status;
 }
 
-void RipCommand::cancel() {
+void RipCommand::cancel(ISORipper::CancelRemoves removes) {
     if (outcome()) {
         m_loop.exit(*outcome());  // only the eject is waited for
         return;
     }
     m_cancelled = true;
-    m_session.cancelUntilNothingIsLeft();
+    m_session.cancelUntilNothingIsLeft(removes);
 }
 
 void RipCommand::cancelWithoutAReader() {
     if (m_context.output.readerIsGone() && !m_cancelled) {
-        cancel();
+        cancel(ISORipper::CancelRemoves::Nothing);
     }
 }
 
@@ -125,7 +131,19 @@ std::optional<int> RipCommand::outcome() const {
     return m_cancelled ? std::optional(ExitStatus::cancelled) : std::nullopt;
 }
 
+void RipCommand::printRemarks() {
+    for (const QString& remark : m_ripper.remarks()) {
+        if (m_context.invocation.json) {
+            m_context.output.write(
+                JsonText::line(JsonText::change("remark", remark.toStdString())));
+        } else {
+            m_context.complain(remark);
+        }
+    }
+}
+
 void RipCommand::printOutcome(int status) {
+    printRemarks();
     if (m_ejectFailed) {
         m_context.complain(QStringLiteral("The rip finished, but the disc couldn't be ejected."));
     }

@@ -29,7 +29,7 @@ public:
     int run();
 
 private:
-    void cancel();
+    void cancel(ISORipper::CancelRemoves removes);
     // A rip whose output nobody reads any more must not run on unseen.
     void cancelWithoutAReader();
     // Ends the event loop once all is over; called after the engine has published all that belongs
@@ -38,6 +38,7 @@ private:
     // The exit status; absent while the rip or its verification runs.
     std::optional<int> outcome() const;
     void printOutcome(int status);
+    void printRemarks();
     void printVerdict(const VerifyStatus& verdict);
 
     const CommandContext& m_context;

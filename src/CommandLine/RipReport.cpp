@@ -1,6 +1,7 @@
 #include "RipReport.h"
 
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "ISORipper.h"
 #include "JsonText.h"
@@ -61,6 +62,12 @@ public:
             }
         });
         connect(&ripper, &ISORipper::bytesWrittenChanged, &m_printer, &ProgressPrinter::update);
+        connect(&ripper, &ISORipper::objectWillChange, this, [this] {
+            if (m_ripper.isCopying() && !std::exchange(m_saidCopying, true)) {
+                m_printer.say(QStringLiteral("Copying the image to its place"));
+                m_printer.start();
+            }
+        });
         connect(&ripper, &ISORipper::isVerifyingChanged, this, [this] {
             if (m_ripper.isVerifying()) {
                 m_printer.say(QStringLiteral("Verifying: reading the disc again"));
@@ -73,6 +80,12 @@ public:
 
 private:
     ProgressState state() const {
+        if (m_ripper.isCopying()) {
+            const auto copied =
+                static_cast<double>(m_ripper.bytesWritten()) * m_ripper.copiedFraction();
+            return {m_ripper.copiedFraction(), static_cast<qint64>(copied), m_ripper.bytesWritten(),
+                    0};
+        }
         const auto& disc = m_monitor.disc();
         return {m_ripper.progress(), m_ripper.bytesWritten(),
                 disc ? disc->totalBytes : std::nullopt, m_ripper.speedBytesPerSecond()};
@@ -80,6 +93,7 @@ private:
 
     const ISORipper& m_ripper;
     const OpticalDriveMonitor& m_monitor;
+    bool m_saidCopying = false;
     ProgressPrinter m_printer;
 };
 

@@ -1,5 +1,6 @@
 #include "OpticalDisc.h"
 
+#include <QCoreApplication>
 #include <array>
 
 namespace {
@@ -45,4 +46,15 @@ QString OpticalDisc::displayName() const {
         return *volumeName;
     }
     return rawValue(kind) + QStringLiteral(" (") + rawType + QLatin1Char(')');
+}
+
+bool OpticalDisc::isAudioVolume(const std::optional<QString>& volumeName) {
+    return volumeName && volumeName->compare(QLatin1String("Audio CD"), Qt::CaseInsensitive) == 0;
+}
+
+QString OpticalDisc::audioWarning() {
+    return QCoreApplication::translate(
+        "OpticalDisc",
+        "Audio CDs have no filesystem \u2014 a raw image won't be a playable ISO. Use a "
+        "dedicated CD-ripping tool for audio.");
 }

@@ -30,5 +30,10 @@ struct OpticalDisc {
     // The volume's name, or the kind with the type text in parentheses: "CD (CD-ROM)".
     QString displayName() const;
 
+    // Whether there is only music on it, and what its user has to know then.
+    bool isAudio() const { return isAudioVolume(volumeName); }
+    static bool isAudioVolume(const std::optional<QString>& volumeName);
+    static QString audioWarning();
+
     bool operator==(const OpticalDisc&) const = default;
 };

@@ -12,8 +12,7 @@ std::optional<OpticalDisc> discIn(const QString& report) {
         return std::nullopt;
     }
     const auto volumeName = DriveStatus::volumeName(line->bsdName);
-    const bool isAudio =
-        volumeName && volumeName->compare(QLatin1String("Audio CD"), Qt::CaseInsensitive) == 0;
+    const bool isAudio = OpticalDisc::isAudioVolume(volumeName);
     const QString source = DriveStatus::imageSourceBSDName(
         line->bsdName, isAudio ? DriveStatus::Audio::Yes : DriveStatus::Audio::No);
     return OpticalDisc{line->bsdName,

@@ -44,6 +44,14 @@ void FileRemoval::release(Descriptor content) {
         BackgroundThread::Life::Unawaited);
 }
 
+std::optional<FileRemoval::Identity> FileRemoval::identityOf(const QString& path) {
+    struct stat attributes = {};
+    if (lstat(QFile::encodeName(path).constData(), &attributes) != 0) {
+        return std::nullopt;
+    }
+    return Identity{attributes.st_dev, attributes.st_ino};
+}
+
 int FileRemoval::remove(const QString& path) {
     Descriptor content = hold(path);
     const int error = unlink(QFile::encodeName(path).constData()) == 0 ? 0 : errno;

@@ -5,7 +5,10 @@
 // thread, or by the end of the process. Any thread.
 #pragma once
 
+#include <sys/types.h>
+
 #include <QString>
+#include <optional>
 
 #include "Descriptor.h"
 
@@ -13,6 +16,14 @@ namespace FileRemoval {
 
 // Removes the name of a file or a link, never a folder. 0, or the error number.
 int remove(const QString& path);
+
+// Which file it is, whatever its name. Absent when there is nothing.
+struct Identity {
+    dev_t device;
+    ino_t inode;
+    bool operator==(const Identity&) const = default;
+};
+std::optional<Identity> identityOf(const QString& path);
 
 // Holds the file's content until it is released: open this before something else removes or
 // replaces the file, and let it go with release(). Only holds, neither reads nor writes. Not open

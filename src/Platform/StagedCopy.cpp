@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <utility>
@@ -37,7 +38,9 @@ int makeRoom(int output, off_t size) {
     if (lseek(output, size, SEEK_SET) < 0) {
         return EFBIG;
     }
-    lseek(output, 0, SEEK_SET);
+    if (lseek(output, 0, SEEK_SET) != 0) {
+        return errno;
+    }
     if (fallocate(output, FALLOC_FL_KEEP_SIZE, 0, size) != 0 &&
         (errno == ENOSPC || errno == EDQUOT || errno == EFBIG)) {
         return errno;
@@ -54,27 +57,75 @@ void flush(int input, int output, off_t from, off_t to) {
     posix_fadvise(input, from, to - from, POSIX_FADV_DONTNEED);
 }
 
+// In one step, and never over a file that has come meanwhile. 0 or -1 with errno.
+int renameToNewName(const char* from, const char* to) {
+    if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) {
+        return 0;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return -1;
+    }
+    // A file system without such a rename: a second name is never made over another file.
+    if (link(from, to) != 0) {
+        return -1;
+    }
+    return unlink(from);
+}
+
+// The permissions of a file that this process makes for everybody.
+mode_t usualMode() {
+    QFile status(QStringLiteral("/proc/self/status"));
+    mode_t mask = S_IWGRP | S_IWOTH;
+    if (status.open(QIODevice::ReadOnly)) {
+        const QByteArray text = status.readAll();
+        const QByteArray key = "\nUmask:";
+        if (const auto place = text.indexOf(key); place >= 0) {
+            const auto start = place + key.size();
+            mask = text.mid(start, text.indexOf('\n', start) - start).trimmed().toUInt(nullptr, 8);
+        }
+    }
+    return (S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH) & ~mask;
+}
+
+// Until then a power cut can take a new name back.
+void syncFolderOf(const QString& path) {
+    const Descriptor folder(open(QFile::encodeName(QFileInfo(path).path()).constData(),
+                                 O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder.isOpen()) {
+        fsync(folder.number());
+    }
+}
+
 }  // namespace
 
-int moveFile(const QString& source, const QString& destination) {
+int moveFile(const QString& source, const QString& destination, Replacing replacing) {
     const QByteArray from = QFile::encodeName(source);
     const QByteArray to = QFile::encodeName(destination);
     struct stat existing = {};
     if (lstat(to.constData(), &existing) == 0 && S_ISDIR(existing.st_mode)) {
         return EISDIR;
     }
+    if (replacing == Replacing::No) {
+        if (lstat(to.constData(), &existing) == 0) {
+            return EEXIST;  // also from another file system, before anything is copied
+        }
+        if (renameToNewName(from.constData(), to.constData()) != 0) {
+            return errno;
+        }
+        chmod(to.constData(), usualMode());
+        return 0;
+    }
     // What stands there may be a large image.
     Descriptor replaced = FileRemoval::hold(destination);
     if (rename(from.constData(), to.constData()) == 0) {
         FileRemoval::release(std::move(replaced));
-        return 0;
+    } else if (errno != EEXIST || unlink(to.constData()) != 0 ||
+               rename(from.constData(), to.constData()) != 0) {
+        // Some user-space file systems cannot replace a file in one step.
+        return errno;
     }
-    // Some user-space file systems cannot replace a file in one step.
-    if (errno == EEXIST && unlink(to.constData()) == 0 &&
-        rename(from.constData(), to.constData()) == 0) {
-        return 0;
-    }
-    return errno;
+    chmod(to.constData(), usualMode());
+    return 0;
 }
 
 StagedCopy::StagedCopy(const QString& source, const QString& destination)
@@ -110,9 +161,10 @@ void StagedCopy::discard() {
     FileRemoval::remove(m_staging);
 }
 
-int StagedCopy::commit() {
-    const int error = m_error != 0 ? m_error : moveFile(m_staging, m_destination);
+int StagedCopy::commit(Replacing replacing) {
+    const int error = m_error != 0 ? m_error : moveFile(m_staging, m_destination, replacing);
     if (error == 0) {
+        syncFolderOf(m_destination);
         FileRemoval::remove(m_source);
     } else {
         discard();
@@ -120,16 +172,15 @@ int StagedCopy::commit() {
     return error;
 }
 
-int StagedCopy::copy() const {
+int StagedCopy::copy() {
     AbandonedCopies::removeFrom(QFileInfo(m_destination).path());
     const Descriptor input(open(QFile::encodeName(m_source).constData(), O_RDONLY | O_CLOEXEC));
-    struct stat original = {};
-    if (!input.isOpen() || fstat(input.number(), &original) != 0) {
+    if (!input.isOpen()) {
         return errno;
     }
     const QByteArray staging = QFile::encodeName(m_staging);
-    const Descriptor output(open(staging.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
-                                 original.st_mode & ACCESSPERMS));
+    const Descriptor output(
+        open(staging.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
     if (!output.isOpen()) {
         return errno;
     }
@@ -141,7 +192,7 @@ int StagedCopy::copy() const {
     return error;
 }
 
-int StagedCopy::copyContent(int input, int output) const {
+int StagedCopy::copyContent(int input, int output) {
     struct stat original = {};
     if (fstat(input, &original) != 0) {
         return errno;
@@ -164,14 +215,20 @@ int StagedCopy::copyContent(int input, int output) const {
             break;
         }
         position += count;
+        m_fraction =
+            std::min(1.0, static_cast<double>(position) / static_cast<double>(original.st_size));
         if (position - flushed >= flushWindow) {
             flush(input, output, flushed, position);
             flushed = position;
         }
     }
-    // Somebody else has cut it off meanwhile.
-    if (position < original.st_size) {
-        return EIO;
+    if (fsync(output) != 0) {
+        return errno;
     }
-    return fsync(output) == 0 ? 0 : errno;
+    // Somebody else may have cut the original off, or written to the copy.
+    struct stat written = {};
+    if (fstat(output, &written) != 0) {
+        return errno;
+    }
+    return position >= original.st_size && written.st_size == position ? 0 : EIO;
 }

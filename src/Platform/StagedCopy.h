@@ -11,6 +11,14 @@
 #include <functional>
 #include <memory>
 
+// Whether a file that stands at the destination gives way, or is an error (EEXIST).
+enum class Replacing { Yes, No };
+
+// Puts a file in another's place within one file system, in one step. 0 or the error number: EXDEV
+// when the two are on different file systems. A folder is never replaced. The file then has the
+// mode that a new one would have.
+int moveFile(const QString& source, const QString& destination, Replacing replacing);
+
 class StagedCopy final {
 public:
     // Paths of files. Returns at once; the callback comes once, however the copy ended, on the
@@ -30,22 +38,22 @@ public:
     // Waits for the file system while it is busy with the copy. Main thread.
     void discard();
 
+    // How much is copied, 0 to 1. Any thread.
+    double fraction() const { return m_fraction; }
+
     // After the callback; main thread. 0, or the error number of what failed; the copy is gone
-    // then.
-    int commit();
+    // then. The original goes only when the disk knows the copy by its name.
+    int commit(Replacing replacing);
 
 private:
     StagedCopy(const QString& source, const QString& destination);
-    int copy() const;
-    int copyContent(int input, int output) const;
+    int copy();
+    int copyContent(int input, int output);
 
     const QString m_source;
     const QString m_destination;
     const QString m_staging;
     std::atomic<bool> m_cancelled = false;
+    std::atomic<double> m_fraction = 0;
     int m_error = 0;  // written by the copying thread before the callback
 };
-
-// Puts a file in another's place within one file system, in one step. 0 or the error number: EXDEV
-// when the two are on different file systems. A folder is never replaced.
-int moveFile(const QString& source, const QString& destination);

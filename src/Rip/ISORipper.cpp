@@ -5,11 +5,9 @@
 #include <utility>
 
 #include "ErrorText.h"
-#include "FileRemoval.h"
 #include "ImagingTool.h"
 #include "MainThreadLink.h"
 #include "Published.h"
-#include "StagedCopy.h"
 #include "StrictUtf8.h"
 #include "UserFolders.h"
 #include "VerifyProcesses.h"
@@ -21,6 +19,22 @@ constexpr double oldSpeedShare = 0.7;
 
 double seconds(ISORipper::Clock::duration duration) {
     return std::chrono::duration<double>(duration).count();
+}
+
+// The lines of a tool that has succeeded, without its name in front.
+QStringList remarksIn(const QByteArray& errorOutput) {
+    QStringList remarks;
+    for (QString line : QString::fromUtf8(errorOutput).split(QLatin1Char('\n'))) {
+        line = line.trimmed();
+        const QString tool = QStringLiteral("hdiutil: ");
+        if (line.startsWith(tool)) {
+            line.remove(0, tool.size());
+        }
+        if (!line.isEmpty()) {
+            remarks.append(line);
+        }
+    }
+    return remarks;
 }
 
 }  // namespace
@@ -49,6 +63,8 @@ void ISORipper::reset() {
     m_verification.reset();
     m_destination.reset();
     m_totalBytes.reset();
+    m_stoodThere.reset();
+    m_remarks.clear();
     m_cancelled = false;
     m_verifyCancelled = false;
     m_lastSampleTime.reset();
@@ -67,10 +83,11 @@ void ISORipper::reset() {
 }
 
 void ISORipper::start(const QString& bsdName, const QString& destination,
-                      std::optional<qint64> totalBytes, bool thoroughVerify) {
+                      std::optional<qint64> totalBytes, bool thoroughVerify, Replacing replacing) {
     reset();
     m_destination = destination;
     m_totalBytes = totalBytes;
+    m_stoodThere = FileRemoval::identityOf(destination);
     m_link = MainThreadLink::to(this);
     m_tool = std::make_unique<ImagingTool>(
         bsdName, UserFolders::temporaryImageBase(QStringLiteral("spindrift-")));
@@ -79,7 +96,7 @@ void ISORipper::start(const QString& bsdName, const QString& destination,
         publish(this, m_progress, fraction, &ISORipper::progressChanged);
     };
     handlers.sample = [this] { sample(); };
-    handlers.ended = [this, rip = Rip{bsdName, destination, thoroughVerify}](
+    handlers.ended = [this, rip = Rip{bsdName, destination, thoroughVerify, replacing}](
                          int status, const QByteArray& errors) { toolEnded(rip, status, errors); };
     if (const auto failure = m_tool->start(this, handlers, ImagingTool::ErrorOutput::Collected)) {
         publish(this, m_error, std::optional(RipError::launchFailed(*failure)),
@@ -128,11 +145,13 @@ void ISORipper::toolEnded(const Rip& rip, int status, const QByteArray& errorOut
         publishToolFailure(status, errorOutput);
         return;
     }
-    const int error = moveFile(m_tool->image(), rip.destination);
+    m_remarks = remarksIn(errorOutput);
+    const int error = moveFile(m_tool->image(), rip.destination, rip.replacing);
     if (error == EXDEV) {
         m_copy = StagedCopy::begin(m_tool->image(), rip.destination, [this, link = m_link, rip] {
             link->post([this, rip] { copyEnded(rip); });
         });
+        Q_EMIT objectWillChange();
         return;
     }
     publishStopped();
@@ -148,7 +167,7 @@ void ISORipper::copyEnded(const Rip& rip) {
         removeTemporaryImage();
         return;
     }
-    const int error = copy->commit();
+    const int error = copy->commit(rip.replacing);
     publishStopped();
     publishMoved(rip, error);
 }
@@ -171,6 +190,7 @@ void ISORipper::publishToolFailure(int status, const QByteArray& errorOutput) {
 
 void ISORipper::publishMoved(const Rip& rip, int moveError) {
     if (moveError != 0) {
+        m_remarks.clear();
         publish(this, m_error,
                 std::optional(RipError::imagingFailed(
                     tr("Could not move image into place: %1").arg(errorText(moveError)))),
@@ -191,14 +211,22 @@ void ISORipper::publishMoved(const Rip& rip, int moveError) {
     startVerification(rip.bsdName, rip.thoroughVerify);
 }
 
-void ISORipper::cancel() {
+double ISORipper::copiedFraction() const {
+    return m_copy ? m_copy->fraction() : 0;
+}
+
+void ISORipper::cancel(CancelRemoves removes) {
     m_cancelled = true;
     if (m_copy) {
         m_copy->cancel();
     } else if (m_tool) {
         m_tool->terminate();
     }
-    deletePartialOutput();
+    if (removes == CancelRemoves::Destination) {
+        deletePartialOutput();
+    } else if (removes == CancelRemoves::WhatStoodThere) {
+        deleteWhatStoodThere();
+    }
 }
 
 void ISORipper::removeTemporaryImage() {
@@ -211,5 +239,12 @@ void ISORipper::removeTemporaryImage() {
 void ISORipper::deletePartialOutput() {
     if (m_destination) {
         FileRemoval::remove(*m_destination);
+    }
+}
+
+// Somebody else may have put another file there meanwhile.
+void ISORipper::deleteWhatStoodThere() {
+    if (m_stoodThere && FileRemoval::identityOf(*m_destination) == m_stoodThere) {
+        deletePartialOutput();
     }
 }

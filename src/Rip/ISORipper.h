@@ -8,16 +8,18 @@
 #include <QByteArray>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <chrono>
 #include <memory>
 #include <optional>
 
+#include "FileRemoval.h"
 #include "RipError.h"
+#include "StagedCopy.h"
 #include "VerifyStatus.h"
 
 class ImagingTool;
 class MainThreadLink;
-class StagedCopy;
 class VerifyProcesses;
 
 class ISORipper final : public QObject {
@@ -57,11 +59,24 @@ public:
     // rip. There may be no file.
     std::optional<QString> temporaryImage() const;
 
+    // What the tool had to say about a disc that it has read to its end, a sentence each; empty
+    // until the image is in place.
+    const QStringList& remarks() const { return m_remarks; }
+    // Whether the image has been read and is on its way to another file system. Announced by
+    // objectWillChange.
+    bool isCopying() const { return m_copy != nullptr; }
+    // How much of it has got there, 0 to 1; 0 while nothing is copied.
+    double copiedFraction() const;
+
+    // What else a cancellation takes than the temporary image: whatever is at the destination, the
+    // file that stood there at the start and still does, or nothing.
+    enum class CancelRemoves { Destination, WhatStoodThere, Nothing };
+
     // Images /dev/<bsdName> to the destination (an absolute path). Returns at once.
     void start(const QString& bsdName, const QString& destination, std::optional<qint64> totalBytes,
-               bool thoroughVerify);
-    // Stops a running rip; removes the temporary image and whatever stands at the destination.
-    void cancel();
+               bool thoroughVerify, Replacing replacing = Replacing::Yes);
+    // Stops a running rip.
+    void cancel(CancelRemoves removes = CancelRemoves::Destination);
     // Stops a running verification; the image at the destination is kept.
     void cancelVerification();
     void reset();
@@ -93,6 +108,7 @@ private:
         QString bsdName;
         QString destination;
         bool thoroughVerify;
+        Replacing replacing;
     };
 
     void toolEnded(const Rip& rip, int status, const QByteArray& errorOutput);
@@ -102,6 +118,7 @@ private:
     void publishMoved(const Rip& rip, int moveError);
     void removeTemporaryImage();
     void deletePartialOutput();
+    void deleteWhatStoodThere();
     void startVerification(const QString& bsdName, bool thorough);
     void verificationEnded(const VerifyStatus& verdict);
 
@@ -118,6 +135,8 @@ private:
     std::unique_ptr<ImagingTool> m_tool;  // stays after its end, until the next reset
     std::optional<QString> m_destination;
     [[maybe_unused]] std::optional<qint64> m_totalBytes;  // kept with the rip
+    std::optional<FileRemoval::Identity> m_stoodThere;    // at the destination, at the start
+    QStringList m_remarks;
     bool m_cancelled = false;
     bool m_verifyCancelled = false;
     std::optional<Clock::time_point> m_lastSampleTime;

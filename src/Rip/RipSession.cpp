@@ -8,7 +8,6 @@
 #include "Characters.h"
 #include "DiagnosticsStore.h"
 #include "DiscEjector.h"
-#include "ISORipper.h"
 #include "MainThreadLink.h"
 #include "NotificationManager.h"
 #include "OpticalDriveMonitor.h"
@@ -88,19 +87,19 @@ void RipSession::startRip() {
     m_rippedDiscKind = disc->kind;
     m_rippedDiscSize = disc->totalBytes;
     m_ripper.start(disc->imageSourceBSDName, *destination, disc->totalBytes,
-                   m_choices.thoroughVerify && m_choices.thoroughVerify());
+                   m_choices.thoroughVerify && m_choices.thoroughVerify(), m_choices.replacing);
 }
 
-void RipSession::cancel() {
+void RipSession::cancel(ISORipper::CancelRemoves removes) {
     if (m_ripper.isRunning()) {
-        m_ripper.cancel();
+        m_ripper.cancel(removes);
     } else {
         m_ripper.cancelVerification();
     }
 }
 
-void RipSession::cancelUntilNothingIsLeft() {
-    cancel();
+void RipSession::cancelUntilNothingIsLeft(ISORipper::CancelRemoves removes) {
+    cancel(removes);
     m_cancelAgain.start();
 }
 

@@ -13,10 +13,10 @@
 #include <optional>
 
 #include "DriveIdentity.h"
+#include "ISORipper.h"
 #include "OpticalDisc.h"
 
 class DiagnosticsStore;
-class ISORipper;
 class MainThreadLink;
 class OpticalDriveMonitor;
 
@@ -25,6 +25,8 @@ class OpticalDriveMonitor;
 struct RipChoices {
     std::function<bool()> thoroughVerify;
     std::function<bool()> ejectWhenDone;
+    // Whether a file that stands at the destination at the end of a rip gives way.
+    Replacing replacing = Replacing::Yes;
 };
 
 class RipSession final : public QObject {
@@ -49,10 +51,11 @@ public:
     void startRip();
     // Cancels whatever runs: the rip, else the verification. A process that the verification starts
     // after that runs to its end.
-    void cancel();
+    void cancel(ISORipper::CancelRemoves removes = ISORipper::CancelRemoves::Destination);
     // Cancels whatever runs, and again and again what the verification still starts, for a program
     // or a window that ends.
-    void cancelUntilNothingIsLeft();
+    void cancelUntilNothingIsLeft(
+        ISORipper::CancelRemoves removes = ISORipper::CancelRemoves::Destination);
     // Ejects in the background; a failure is told by a notification and ejectFinished.
     void ejectDisc(const QString& bsdName);
     // True while an eject runs.

@@ -17,11 +17,9 @@ DiscSummaryView::DiscSummaryView(QWidget* parent) : QWidget(parent) {
                              TextLabel::Wrap::Yes, this);
     m_type = new TextLabel(QString(), caption, Role::Secondary, TextLabel::Wrap::Yes, this);
     m_size = new TextLabel(QString(), caption, Role::Secondary, TextLabel::Wrap::No, this);
-    m_audioWarning = new SymbolLabel(
-        QStringLiteral("exclamationmark.triangle.fill"),
-        tr("Audio CDs have no filesystem \u2014 a raw image won't be a playable ISO. Use a "
-           "dedicated CD-ripping tool for audio."),
-        caption, Role::Orange, TextLabel::Wrap::Yes, this);
+    m_audioWarning = new SymbolLabel(QStringLiteral("exclamationmark.triangle.fill"),
+                                     OpticalDisc::audioWarning(), caption, Role::Orange,
+                                     TextLabel::Wrap::Yes, this);
     m_eject =
         new IconButton(QStringLiteral("eject.fill"), 16, Role::Accent, tr("Eject Disc"), this);
     m_name->setObjectName(QStringLiteral("discName"));
@@ -52,9 +50,7 @@ void DiscSummaryView::show(const OpticalDisc& disc) {
     if (disc.totalBytes) {
         m_size->setText(tr("Size: %1").arg(ByteCount::format(*disc.totalBytes)));
     }
-    m_audioWarning->setVisible(
-        disc.volumeName &&
-        disc.volumeName->compare(QLatin1String("Audio CD"), Qt::CaseInsensitive) == 0);
+    m_audioWarning->setVisible(disc.isAudio());
 }
 
 void DiscSummaryView::setEjectEnabled(bool enabled) {

@@ -249,4 +249,23 @@ TEST_F(PracticeProgramTest, TheDiscInTheTrayIsNotOverwritten) {
     EXPECT_THAT(program.errors().toStdString(), HasSubstr("is the disc in the practice drive."));
 }
 
+TEST_F(PracticeProgramTest, ADiscOfMusicIsAnnounced) {
+    driveIs(R"({"audio": true})");
+    const QString disc = folder.write(QStringLiteral("audio.img"), QByteArray(2352 * 100, 'a'));
+    CliProgram program({"rip", "--practice", disc, "--output", target()});
+    EXPECT_EQ(program.exitStatus(), 0) << program.errors().toStdString();
+    EXPECT_THAT(
+        program.errors().toStdString(),
+        HasSubstr("Audio CDs have no filesystem \u2014 a raw image won't be a playable ISO."));
+}
+
+TEST_F(PracticeProgramTest, AFileSystemThatClaimsMoreThanTheDiscHasIsTold) {
+    const QString disc = folder.path(QStringLiteral("cut.iso"));
+    ASSERT_TRUE(QFile::copy(QStringLiteral(SPINDRIFT_SAMPLE_DISC), disc));
+    ASSERT_TRUE(QFile::resize(disc, QFileInfo(disc).size() / 2 / 2048 * 2048));
+    CliProgram program({"rip", "--practice", disc, "--output", target()});
+    EXPECT_EQ(program.exitStatus(), 0) << program.errors().toStdString();
+    EXPECT_THAT(program.errors().toStdString(), HasSubstr("the file system claims"));
+}
+
 }  // namespace

@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <csignal>
 
 #include "CliProgram.h"
@@ -438,6 +439,49 @@ TEST_F(RipProgramTest, ANameThatIsNotTextIsRefused) {
     ASSERT_TRUE(shell.waitForFinished());
     EXPECT_EQ(shell.exitCode(), 64);
     EXPECT_THAT(StubTools::log(folder), IsEmpty());
+}
+
+TEST_F(RipProgramTest, WhatTheToolRemarksIsPrintedAfterTheVerdict) {
+    CliTest::writeImagingTool(folder, QByteArray(goodImage) + "\necho 'hdiutil: too short' >&2");
+    CliProgram program(rip());
+    EXPECT_EQ(program.exitStatus(), 0);
+    const auto changes = program.changes();
+    ASSERT_GE(changes.size(), 2U);
+    EXPECT_THAT(changes[changes.size() - 2], StartsWith("verifyStatus"));
+    EXPECT_EQ(changes.back(), "remark=\"too short\"");
+
+    QFile::remove(target());
+    CliProgram forPeople({"rip", "--output", target()});
+    EXPECT_EQ(forPeople.exitStatus(), 0);
+    EXPECT_EQ(forPeople.errors(), "spindrift-cli: too short\n");
+}
+
+TEST_F(RipProgramTest, AFileThatAppearsDuringTheRipIsNotReplaced) {
+    CliTest::writeImagingTool(
+        folder, QByteArray(goodImage) + "\nprintf theirs > '" + target().toUtf8() + "'");
+    CliProgram program(rip());
+    EXPECT_EQ(program.exitStatus(), 1);
+    EXPECT_EQ(TestFolder::read(target()), QByteArray("theirs"));
+    EXPECT_EQ(CliTest::temporaryImages(folder).size(), 1);
+}
+
+TEST_F(RipProgramTest, ALostReaderEndsTheRipAndLeavesTheFileThatWasToBeReplaced) {
+    imagingHangs();
+    folder.write(QStringLiteral("out.iso"), "good");
+    const QString script = QStringLiteral("'%1' rip --force --json -o '%2' | head -n 1")
+                               .arg(QStringLiteral(SPINDRIFT_CLI), target());
+    QProcess shell;
+    shell.start(QStringLiteral("/bin/sh"), {"-c", script});
+    ASSERT_TRUE(shell.waitForFinished(60000));
+    EXPECT_EQ(TestFolder::read(target()), QByteArray("good"));
+    EXPECT_TRUE(waitUntil([this] { return CliTest::temporaryImages(folder).isEmpty(); }));
+}
+
+TEST_F(RipProgramTest, ItsToolsAreToldWhomToWatch) {
+    CliTest::writeImagingTool(
+        folder, QByteArray("[ \"$SPINDRIFT_WATCH_PID\" = \"$PPID\" ] || exit 3\n") + goodImage);
+    CliProgram program(rip());
+    EXPECT_EQ(program.exitStatus(), 0) << program.errors().toStdString();
 }
 
 }  // namespace

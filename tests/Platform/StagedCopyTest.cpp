@@ -39,6 +39,19 @@ protected:
     void SetUp() override { QDir().mkpath(to); }
 };
 
+mode_t modeOf(const QString& path) {
+    struct stat status = {};
+    EXPECT_EQ(stat(QFile::encodeName(path).constData(), &status), 0);
+    return status.st_mode & ALLPERMS;
+}
+
+// Of a file that anybody makes here.
+mode_t usualMode() {
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
 TEST_F(StagedCopyTest, BeforeTheCommitTheDestinationIsUntouched) {
     folder.write(QStringLiteral("to/disc.iso"), "old");
     const auto copy = copied(source, destination);
@@ -50,13 +63,33 @@ TEST_F(StagedCopyTest, TheCommitPutsTheWholeCopyInPlaceAndRemovesTheOriginal) {
     QFile::setPermissions(source, QFile::ReadOwner | QFile::WriteOwner);
     folder.write(QStringLiteral("to/disc.iso"), "old");
     const auto copy = copied(source, destination);
-    EXPECT_EQ(copy->commit(), 0);
+    EXPECT_EQ(copy->commit(Replacing::Yes), 0);
     EXPECT_EQ(TestFolder::read(destination), QByteArray(3000007, 'x'));
     EXPECT_EQ(TestFolder::list(to), QStringList({"disc.iso"}));
     EXPECT_FALSE(QFile::exists(source));
-    struct stat status = {};
-    ASSERT_EQ(stat(QFile::encodeName(destination).constData(), &status), 0);
-    EXPECT_EQ(status.st_mode & ALLPERMS, 0600U);
+    EXPECT_EQ(modeOf(destination), usualMode());
+}
+
+TEST_F(StagedCopyTest, AFileThatCameMeanwhileIsKeptAndSoIsTheOriginal) {
+    const auto copy = copied(source, destination);
+    folder.write(QStringLiteral("to/disc.iso"), "came meanwhile");
+    EXPECT_EQ(copy->commit(Replacing::No), EEXIST);
+    EXPECT_EQ(TestFolder::read(destination), QByteArray("came meanwhile"));
+    EXPECT_EQ(TestFolder::list(to), QStringList({"disc.iso"}));
+    EXPECT_TRUE(QFile::exists(source));
+}
+
+TEST_F(StagedCopyTest, ANewNameIsTakenWithinAFileSystemAndNeverAnOldOne) {
+    QFile::setPermissions(source, QFile::ReadOwner | QFile::WriteOwner);
+    EXPECT_EQ(moveFile(source, destination, Replacing::No), 0);
+    EXPECT_EQ(modeOf(destination), usualMode());
+    const QString second = folder.write(QStringLiteral("from/second"), "second");
+    EXPECT_EQ(moveFile(second, destination, Replacing::No), EEXIST);
+    EXPECT_EQ(TestFolder::read(second), QByteArray("second"));
+    ASSERT_EQ(symlink("nothing", QFile::encodeName(to + "/link").constData()), 0);
+    EXPECT_EQ(moveFile(second, to + QStringLiteral("/link"), Replacing::No), EEXIST);
+    EXPECT_EQ(moveFile(second, destination, Replacing::Yes), 0);
+    EXPECT_EQ(TestFolder::read(destination), QByteArray("second"));
 }
 
 TEST_F(StagedCopyTest, ADroppedCopyLeavesOnlyTheOriginal) {
@@ -70,20 +103,20 @@ TEST_F(StagedCopyTest, ADiscardedCopyLeavesOnlyTheOriginal) {
     const auto copy = copied(source, destination);
     copy->discard();
     EXPECT_EQ(TestFolder::list(to), QStringList());
-    EXPECT_EQ(copy->commit(), ENOENT);
+    EXPECT_EQ(copy->commit(Replacing::Yes), ENOENT);
     EXPECT_TRUE(QFile::exists(source));
 }
 
 TEST_F(StagedCopyTest, AnOriginalThatIsGoneIsAnError) {
     const auto copy = copied(folder.path(QStringLiteral("from/none")), destination);
-    EXPECT_EQ(copy->commit(), ENOENT);
+    EXPECT_EQ(copy->commit(Replacing::Yes), ENOENT);
     EXPECT_EQ(TestFolder::list(to), QStringList());
 }
 
 TEST_F(StagedCopyTest, AFolderInTheWayKeepsBothItAndTheOriginal) {
     const auto copy = copied(source, destination);
     QDir().mkpath(destination);
-    EXPECT_EQ(copy->commit(), EISDIR);
+    EXPECT_EQ(copy->commit(Replacing::Yes), EISDIR);
     EXPECT_EQ(TestFolder::list(to), QStringList({"disc.iso"}));
     EXPECT_TRUE(QDir(destination).exists());
     EXPECT_TRUE(QFile::exists(source));
@@ -92,7 +125,7 @@ TEST_F(StagedCopyTest, AFolderInTheWayKeepsBothItAndTheOriginal) {
 TEST_F(StagedCopyTest, AFullDiskIsAnErrorAndLeavesNothingBehind) {
     const SmallFileSystem disk(to, "1m");
     NEEDS_A_SMALL_FILE_SYSTEM(disk);
-    EXPECT_EQ(copied(source, destination)->commit(), ENOSPC);
+    EXPECT_EQ(copied(source, destination)->commit(Replacing::Yes), ENOSPC);
     EXPECT_EQ(TestFolder::list(to), QStringList());
     EXPECT_TRUE(QFile::exists(source));
 }
@@ -108,7 +141,7 @@ TEST_F(StagedCopyTest, AFileTooLargeForTheFileSystemIsAnErrorBeforeAnythingIsCop
         GTEST_SKIP() << "mounting a file system needs root and loop devices";
     }
     ASSERT_TRUE(QFile::resize(source, qint64(1) << 40));
-    EXPECT_EQ(copied(source, destination)->commit(), EFBIG);
+    EXPECT_EQ(copied(source, destination)->commit(Replacing::Yes), EFBIG);
     EXPECT_EQ(TestFolder::list(to), QStringList({"lost+found"}));
     EXPECT_EQ(umount2(QFile::encodeName(to).constData(), MNT_DETACH), 0);
 }
@@ -117,7 +150,7 @@ TEST_F(StagedCopyTest, AnOriginalThatEndsBeforeItsSizeIsAnError) {
     // As one does that somebody cuts off while it is copied.
     const QString cut = QStringLiteral("/sys/kernel/uevent_seqnum");
     ASSERT_GT(QFileInfo(cut).size(), 100);
-    EXPECT_EQ(copied(cut, destination)->commit(), EIO);
+    EXPECT_EQ(copied(cut, destination)->commit(Replacing::Yes), EIO);
     EXPECT_EQ(TestFolder::list(to), QStringList());
 }
 
@@ -140,7 +173,7 @@ TEST_F(StagedCopyTest, ACancelTouchesNothingAndTheCopyIsGoneBeforeTheCallback) {
     }
     ended.get_future().wait();
     EXPECT_EQ(leftAtTheEnd, QStringList());
-    EXPECT_EQ(copy->commit(), ECANCELED);
+    EXPECT_EQ(copy->commit(Replacing::Yes), ECANCELED);
 }
 
 TEST_F(StagedCopyTest, ACopyThatRunsIsClaimed) {
@@ -161,7 +194,7 @@ TEST_F(StagedCopyTest, ACopyThatRunsIsClaimed) {
         }));
     }
     ended.get_future().wait();
-    EXPECT_EQ(copy->commit(), 0);
+    EXPECT_EQ(copy->commit(Replacing::Yes), 0);
 }
 
 TEST_F(StagedCopyTest, WhatAKilledProgramLeftGoesWhenTheNextCopyBegins) {
@@ -172,14 +205,14 @@ TEST_F(StagedCopyTest, WhatAKilledProgramLeftGoesWhenTheNextCopyBegins) {
     ASSERT_TRUE(file.setFileTime(QDateTime::currentDateTime().addDays(-1),
                                  QFileDevice::FileModificationTime));
     file.close();
-    EXPECT_EQ(copied(source, destination)->commit(), 0);
+    EXPECT_EQ(copied(source, destination)->commit(Replacing::Yes), 0);
     EXPECT_EQ(TestFolder::list(to), QStringList({"disc.iso"}));
 }
 
 TEST(MoveFileTest, AnotherFileSystemIsAnErrorOfItsOwn) {
     const TestFolder folder;
     const QString source = folder.write(QStringLiteral("a"), "a");
-    EXPECT_EQ(moveFile(source, QStringLiteral("/proc/none-such")), EXDEV);
+    EXPECT_EQ(moveFile(source, QStringLiteral("/proc/none-such"), Replacing::Yes), EXDEV);
     EXPECT_TRUE(QFile::exists(source));
 }
 

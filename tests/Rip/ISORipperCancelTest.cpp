@@ -143,4 +143,43 @@ TEST_F(ISORipperCancelTest, AToolThatIsKilledFromOutsideIsAFailureNotACancel) {
     EXPECT_EQ(temporaryFiles().size(), 1);
 }
 
+TEST_F(ISORipperCancelTest, OnlyTheFileThatStoodThereGoesWhenThatIsAsked) {
+    folder.write(QStringLiteral("disc.iso"), "an older image");
+    stub(hdiutil, "printf part > \"$out\"; : > \"$world/started\"; exec sleep 1000");
+    startAndWaitFor("started");
+    ripper->cancel(ISORipper::CancelRemoves::WhatStoodThere);
+    EXPECT_FALSE(QFile::exists(destination()));
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(temporaryFiles(), QStringList());
+}
+
+TEST_F(ISORipperCancelTest, AFileThatCameMeanwhileStaysWhenOnlyTheOldOneIsToGo) {
+    for (const bool stood : {false, true}) {
+        QFile::remove(destination());
+        QFile::remove(folder.path(QStringLiteral("started")));
+        if (stood) {
+            folder.write(QStringLiteral("disc.iso"), "an older image");
+        }
+        stub(hdiutil, "printf part > \"$out\"; : > \"$world/started\"; exec sleep 1000");
+        startAndWaitFor("started");
+        folder.write(QStringLiteral("theirs"), "theirs");
+        ASSERT_EQ(::rename(QFile::encodeName(folder.path(QStringLiteral("theirs"))).constData(),
+                           QFile::encodeName(destination()).constData()),
+                  0);
+        ripper->cancel(ISORipper::CancelRemoves::WhatStoodThere);
+        ASSERT_TRUE(waitForEnd());
+        EXPECT_EQ(TestFolder::read(destination()), QByteArray("theirs")) << stood;
+    }
+}
+
+TEST_F(ISORipperCancelTest, NothingAtTheDestinationGoesWhenNobodyCancelled) {
+    folder.write(QStringLiteral("disc.iso"), "a good image");
+    stub(hdiutil, "printf part > \"$out\"; : > \"$world/started\"; exec sleep 1000");
+    startAndWaitFor("started");
+    ripper->cancel(ISORipper::CancelRemoves::Nothing);
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(TestFolder::read(destination()), QByteArray("a good image"));
+    EXPECT_EQ(temporaryFiles(), QStringList());
+}
+
 }  // namespace

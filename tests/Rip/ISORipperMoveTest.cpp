@@ -317,4 +317,34 @@ TEST_F(ISORipperFarMoveTest, AFolderThereIsNotReplacedAndNothingIsCopied) {
     EXPECT_EQ(temporaryFiles().size(), 1);
 }
 
+TEST_F(ISORipperMoveTest, WithoutLeaveToReplaceAFileThatCameMeanwhileStaysAndSoDoesTheImage) {
+    stub(hdiutil, "printf image > \"$out\"; printf theirs > \"$world/disc.iso\"");
+    ripper->start(QStringLiteral("disk4"), destination(), std::nullopt, false, Replacing::No);
+    ASSERT_TRUE(waitForEnd());
+    ASSERT_TRUE(ripper->error());
+    EXPECT_EQ(ripper->error()->errorDescription(),
+              QStringLiteral("hdiutil exited with an error: Could not move image into place: File "
+                             "exists"));
+    EXPECT_EQ(TestFolder::read(destination()), QByteArray("theirs"));
+    EXPECT_EQ(TestFolder::read(temporaryImage()), QByteArray("image"));
+}
+
+TEST_F(ISORipperMoveTest, WhatTheToolRemarksOnAGoodDiscIsKept) {
+    rip("printf image > \"$out\"; printf 'hdiutil: too short\\n\\n  odd \\n' >&2");
+    EXPECT_TRUE(ripper->finished());
+    EXPECT_EQ(ripper->remarks(), QStringList({"too short", "odd"}));
+    rip(image);
+    EXPECT_EQ(ripper->remarks(), QStringList());
+}
+
+TEST_F(ISORipperMoveTest, ARipThatFailsHasAnErrorAndNoRemarks) {
+    rip("printf image > \"$out\"; echo hdiutil: bad >&2; exit 1");
+    EXPECT_EQ(ripper->remarks(), QStringList());
+    stub(hdiutil, "printf image > \"$out\"; echo hdiutil: odd >&2");
+    startTo(folder.path(QStringLiteral("none/disc.iso")));
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_TRUE(ripper->error());
+    EXPECT_EQ(ripper->remarks(), QStringList());
+}
+
 }  // namespace
