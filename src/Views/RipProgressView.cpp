@@ -34,8 +34,12 @@ RipState RipState::of(const ISORipper& ripper) {
             state.leftImage = image;
         }
     }
+    state.isCopying = ripper.isCopying();
     state.isVerifying = ripper.isVerifying();
     state.verifyStatus = ripper.verifyStatus();
+    if (ripper.finished()) {
+        state.remarks = ripper.remarks().join(QLatin1String("; "));
+    }
     return state;
 }
 
@@ -45,7 +49,7 @@ std::optional<double> RipState::determinateValue() const {
 
 QString RipState::bytesWrittenText() const {
     QString written = RipProgressView::tr("%1 written").arg(ByteCount::format(bytesWritten));
-    if (!isRunning || !(speedBytesPerSecond > 0)) {
+    if (!isRunning || isCopying || !(speedBytesPerSecond > 0)) {
         return written;
     }
     return written + QStringLiteral(" \u00b7 ") + ByteCount::formatSpeed(speedBytesPerSecond);
@@ -87,6 +91,9 @@ RipProgressView::RipProgressView(QWidget* parent)
         new TextLabel(QString(), caption, Appearance::Role::Secondary, TextLabel::Wrap::No, this);
     m_status = new SymbolLabel(QString(), QString(), caption, Appearance::Role::Secondary,
                                TextLabel::Wrap::Yes, this);
+    m_remarks =
+        new TextLabel(QString(), caption, Appearance::Role::Secondary, TextLabel::Wrap::No, this);
+    m_remarks->setObjectName(QStringLiteral("ripRemarks"));
     m_bar->setObjectName(QStringLiteral("ripProgressBar"));
     m_bar->setAccessibleName(tr("Progress"));
     m_bar->setTextVisible(false);
@@ -106,6 +113,7 @@ RipProgressView::RipProgressView(QWidget* parent)
     m_column->setSpacing(6);
     m_column->addWidget(m_bar);
     m_column->addLayout(row);
+    m_column->addWidget(m_remarks);
     show(RipState(), false);
 }
 
@@ -115,6 +123,9 @@ void RipProgressView::show(const RipState& state, bool retro) {
     m_status->textLabel()->setAddition(
         state.leftImage ? tr("What was read is left in \u201c%1\u201d.").arg(*state.leftImage)
                         : QString());
+    m_remarks->setText(state.remarks);
+    m_remarks->setAddition(state.remarks);
+    m_remarks->setVisible(!state.remarks.isEmpty());
     showStatus(RipStatus::of(state));
 }
 

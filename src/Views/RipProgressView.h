@@ -27,8 +27,10 @@ struct RipState {
     std::optional<QString> error;  // the sentence that the user reads
     // What a failed rip read until then: all that there is, perhaps, of a disc that is dying.
     std::optional<QString> leftImage;
+    bool isCopying = false;  // to the destination's file system; the disc has been read
     bool isVerifying = false;
     std::optional<VerifyStatus> verifyStatus;
+    QString remarks;  // what the tool had to say about the disc; empty: nothing
 
     static RipState of(const ISORipper& ripper);
 
@@ -75,4 +77,5 @@ private:
     AquaProgressBar* m_aquaBar = nullptr;  // made when Retro Mode first needs it
     TextLabel* m_bytesWritten;
     SymbolLabel* m_status;
+    TextLabel* m_remarks;
 };

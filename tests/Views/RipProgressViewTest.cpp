@@ -55,6 +55,28 @@ TEST(RipStateTest, TheSpeedFollowsTheAmountWhileARipRuns) {
     EXPECT_EQ(state.bytesWrittenText(), QStringLiteral("1.2 GB written \u00b7 8.4 MB/s"));
 }
 
+TEST(RipStateTest, WhileTheImageIsCopiedThereIsNoSpeed) {
+    RipState state = running(1);
+    state.bytesWritten = 1200000000;
+    state.speedBytesPerSecond = 8400000;
+    state.isCopying = true;
+    EXPECT_EQ(state.bytesWrittenText(), QStringLiteral("1.2 GB written"));
+}
+
+TEST(RipProgressRemarkTest, ARemarkIsACaptionLineAndNothingWithoutOne) {
+    RipProgressView view;
+    RipState state = finished();
+    view.show(state, false);
+    const auto* line = view.findChild<TextLabel*>(QStringLiteral("ripRemarks"));
+    ASSERT_NE(line, nullptr);
+    EXPECT_TRUE(line->isHidden());
+    state.remarks = QStringLiteral("the file system claims more");
+    view.show(state, false);
+    EXPECT_FALSE(line->isHidden());
+    EXPECT_EQ(line->text(), state.remarks);
+    EXPECT_EQ(line->accessibleDescription(), state.remarks);
+}
+
 TEST(RipStateTest, ASpeedOfZeroIsNotShown) {
     RipState state = running(0.3);
     state.bytesWritten = 999;
