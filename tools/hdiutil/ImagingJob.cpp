@@ -108,7 +108,7 @@ int ImagingJob::imageDisc() {
     Background<Result<std::unique_ptr<Medium>>> opening(
         [device = m_command.device] { return openMedium(device); });
     while (!opening.isDoneWithin(PuppetStrings::interval)) {
-        if (lines.readerIsGone()) {
+        if (lines.readerIsGone() || m_parent.isGone()) {
             leave(EXIT_FAILURE);
         }
     }
@@ -118,11 +118,15 @@ int ImagingJob::imageDisc() {
     }
     const auto& medium = *opened;
 
+    if (m_parent.isGone()) {
+        return fail("the program that started it has ended");
+    }
     const auto created = ImageFile::create(m_command.image);
     if (!created) {
         return fail(created.failure().sentence);
     }
     const auto& image = *created;
+    image->keepPartialOnSignals();
     const std::uint64_t bytes = medium->capacity();
     if (const auto reserved = image->reserve(bytes); !reserved) {
         image->remove();
@@ -135,7 +139,7 @@ int ImagingJob::imageDisc() {
     while (!done) {
         done = copying.isDoneWithin(PuppetStrings::interval);
         lines.done(copier.bytesWritten(), bytes);
-        if (lines.readerIsGone()) {
+        if (lines.readerIsGone() || m_parent.isGone()) {
             image->remove();
             leave(EXIT_FAILURE);
         }

@@ -7,13 +7,14 @@
 #include <string>
 
 #include "CreateCommand.h"
+#include "WatchedParent.h"
 
 class ImagingJob final {
 public:
     explicit ImagingJob(CreateCommand command) : m_command(std::move(command)) {}
 
-    // The exit status. When the reader of the progress lines goes away, removes the image and ends
-    // the process.
+    // The exit status. When the reader of the progress lines or the watched parent goes away,
+    // removes the image and ends the process.
     int run();
 
 private:
@@ -21,4 +22,5 @@ private:
     int fail(const std::string& reason) const;
 
     const CreateCommand m_command;
+    const WatchedParent m_parent;
 };

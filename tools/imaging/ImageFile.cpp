@@ -5,7 +5,9 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
+#include <csignal>
 
 #include "BufferRing.h"
 
@@ -34,6 +36,28 @@ Failure spaceFailure(const std::string& path, int error, std::uint64_t bytes) {
     Failure failure = Failure::ofErrno(error, path);
     failure.sentence += "; the image needs " + std::to_string(bytes) + " bytes";
     return failure;
+}
+
+// Truncating to the size that the file has frees the blocks beyond its end.
+void cutToSize(int descriptor) {
+    struct stat status {};
+    if (fstat(descriptor, &status) == 0 && ftruncate(descriptor, status.st_size) != 0) {
+        // The space then goes with the file; nothing better can be done.
+        return;
+    }
+}
+
+// The signal handler's.
+std::atomic<int> signalledImage{-1};
+std::atomic<bool> processEnds{false};
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
+
+extern "C" void keepPartialAndEnd(int signal) {
+    // A write that began after the cut could leave a hole before it.
+    processEnds = true;
+    cutToSize(signalledImage);
+    // Its default action is set again.
+    raise(signal);
 }
 
 }  // namespace
@@ -84,6 +108,9 @@ int ImageFile::stopDirect() {
 
 int ImageFile::writeAtEnd(std::span<const std::byte> bytes) {
     while (!bytes.empty()) {
+        while (processEnds) {
+            pause();
+        }
         const ssize_t written =
             pwrite(m_descriptor.get(), bytes.data(), bytes.size(), static_cast<off_t>(m_size));
         if (written > 0) {
@@ -163,12 +190,19 @@ int ImageFile::finish() {
 }
 
 void ImageFile::keepPartial() {
-    // Truncating to the size that the file has frees the blocks beyond its end.
-    struct stat status {};
-    if (fstat(m_descriptor.get(), &status) == 0 &&
-        ftruncate(m_descriptor.get(), status.st_size) != 0) {
-        // The space then goes with the file; nothing better can be done.
-        return;
+    cutToSize(m_descriptor.get());
+}
+
+void ImageFile::keepPartialOnSignals() {
+    signalledImage = m_descriptor.get();
+    for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+        struct sigaction action {};
+        // A program that was started by nohup goes on.
+        if (sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
+            action.sa_handler = keepPartialAndEnd;
+            action.sa_flags = static_cast<int>(SA_RESETHAND);
+            sigaction(number, &action, nullptr);
+        }
     }
 }
 

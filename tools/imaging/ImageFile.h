@@ -32,6 +32,9 @@ public:
 
     // Gives back what was reserved and not written; for an image that stays incomplete.
     void keepPartial();
+    // Has SIGTERM, SIGINT and SIGHUP do that before they end the process, unless they are ignored.
+    // For the only image of the process.
+    void keepPartialOnSignals();
     // Removes the file; safe while another thread still writes to it.
     void remove();
 

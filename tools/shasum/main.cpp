@@ -1,13 +1,16 @@
 #include <openssl/crypto.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "DigestCommand.h"
 #include "FileDigest.h"
+#include "WatchedParent.h"
 
 namespace {
 
@@ -51,7 +54,15 @@ int main(int argc, char** argv) {
     if (command->help) {
         return print(usage) ? EXIT_SUCCESS : EXIT_FAILURE;
     }
+    if (WatchedParent().isGone()) {
+        std::fputs("shasum: the program that started it has ended\n", stderr);
+        return EXIT_FAILURE;
+    }
     try {
+        std::thread([] {
+            WatchedParent().waitUntilGone();
+            _exit(EXIT_FAILURE);
+        }).detach();
         return digestAll(*command);
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "shasum: %s\n", failure.what());

@@ -1,11 +1,14 @@
 // The built shasum.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <fstream>
 
 #include "CachedPages.h"
+#include "DescriptorHolder.h"
 #include "ScratchFolder.h"
 #include "ToolRun.h"
 
@@ -160,6 +163,32 @@ TEST_F(ShasumTest, ReadingAFileLeavesNothingOfItInMemory) {
     dropCache(path);
     ASSERT_EQ(shasum({"-a", "256", path}).status, 0);
     EXPECT_LE(cachedBytes(path).value_or(~std::size_t{0}), 1024UL * 1024);
+}
+
+TEST_F(ShasumTest, ItEndsWithTheProgramThatItIsToWatchThoughTheReadHangs) {
+    const std::string fifo = folder.path("fifo");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    ToolRun shell("/bin/sh", {"-c", "SPINDRIFT_WATCH_PID=$$ \"$0\" \"$@\" & wait",
+                              ToolRun::tool("shasum"), "-a", "256", fifo});
+    // Opened by both, and nothing is ever written to it.
+    const DescriptorHolder writer(open(fifo.c_str(), O_WRONLY | O_CLOEXEC));
+    ASSERT_TRUE(writer.isOpen());
+    shell.signal(SIGKILL);
+    EXPECT_EQ(shell.wait().out, "");
+}
+
+TEST_F(ShasumTest, ItDoesNotBeginForAProgramThatHasEnded) {
+    const std::string path = folder.write("file", "abc");
+    const auto digest = [&path](pid_t watched) {
+        return ToolRun::run(ToolRun::tool("shasum"), {path},
+                            {{"SPINDRIFT_WATCH_PID", std::to_string(watched)}});
+    };
+    EXPECT_EQ(digest(getpid()).status, 0);
+    // A process that did not start it: as if the number of the one that did had been given anew.
+    const auto result = digest(getppid());
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "shasum: the program that started it has ended\n");
 }
 
 TEST_F(ShasumTest, OutputThatCannotBeWrittenIsAFailure) {
