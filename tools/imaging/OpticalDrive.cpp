@@ -6,6 +6,7 @@
 #include <sys/ioctl.h>
 
 #include <cerrno>
+#include <climits>  // CDSL_CURRENT is made of it
 #include <thread>
 
 #include "OpticalCommands.h"
