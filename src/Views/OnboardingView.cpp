@@ -1,7 +1,6 @@
 #include "OnboardingView.h"
 
 #include <QHBoxLayout>
-#include <QIcon>
 #include <QLabel>
 #include <QLocale>
 #include <QPainter>
@@ -15,6 +14,7 @@
 #include "FullDiskAccess.h"
 #include "HelpPage.h"
 #include "StatusPill.h"
+#include "Symbol.h"
 #include "TextLabel.h"
 #include "TextStyle.h"
 
@@ -89,8 +89,7 @@ QWidget* OnboardingView::makeHeader() {
     column->setContentsMargins(24, 24, 24, 24);
     column->setSpacing(12);
 
-    const QIcon icon(QStringLiteral(":/icons/spindrift.svg"));
-    const QPixmap pixmap = icon.pixmap(QSize(72, 72), devicePixelRatioF());
+    const QPixmap pixmap = Symbol::applicationIcon().pixmap(QSize(72, 72), devicePixelRatioF());
     if (!pixmap.isNull()) {
         auto* picture = new QLabel(header);
         picture->setObjectName(QStringLiteral("applicationIcon"));
