@@ -14,9 +14,10 @@
 MainWindow::MainWindow(QAction* retroMode, QWidget* parent)
     : QWidget(parent, Qt::Window), m_content(nullptr) {
     setObjectName(QStringLiteral("mainWindow"));
+    // Before the title, whose change makes the interface that keeps the role.
+    Accessibility::setRole(this, QAccessible::Window);
     setWindowTitle(tr("Spindrift"));
     setAttribute(Qt::WA_DeleteOnClose);
-    Accessibility::setRole(this, QAccessible::Window);
     auto* outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
     outer->setSizeConstraint(QLayout::SetFixedSize);

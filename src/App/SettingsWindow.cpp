@@ -9,9 +9,9 @@
 
 SettingsWindow::SettingsWindow(QWidget* parent) : QWidget(parent, Qt::Window) {
     setObjectName(QStringLiteral("settingsWindow"));
+    Accessibility::setRole(this, QAccessible::Window);
     setWindowTitle(tr("Settings"));
     setAttribute(Qt::WA_DeleteOnClose);
-    Accessibility::setRole(this, QAccessible::Window);
     Appearance::follow();
     auto* outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);

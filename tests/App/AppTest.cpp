@@ -287,6 +287,7 @@ TEST_F(AppTest, TheSettingsWindowOpensOnceAndClosesByItsShortcut) {
     auto* settings = open<SettingsWindow>();
     ASSERT_NE(settings, nullptr);
     EXPECT_EQ(settings->width(), 440);
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(settings)->role(), QAccessible::Window);
     app.showSettings();
     EXPECT_EQ(open<SettingsWindow>(), settings);
     activate(settings);
