@@ -123,6 +123,11 @@ QPalette palette(Scheme scheme) {
         result.setColor(QPalette::Disabled, role, named(c.disabledText));
     }
     result.setColor(QPalette::Disabled, QPalette::Highlight, named(c.mid));
+#if QT_VERSION >= QT_VERSION_CHECK(6, 6, 0)
+    for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+        result.setBrush(group, QPalette::Accent, result.brush(group, QPalette::Highlight));
+    }
+#endif
     return result;
 }
 
