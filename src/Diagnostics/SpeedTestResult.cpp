@@ -1,6 +1,7 @@
 #include "SpeedTestResult.h"
 
 #include <QLatin1String>
+#include <QTimeZone>
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -73,7 +74,7 @@ std::optional<QDateTime> parseDate(const QString& text) {
     if (!day.isValid() || !time.isValid()) {
         return std::nullopt;
     }
-    return QDateTime(day, time, Qt::UTC);
+    return QDateTime(day, time, QTimeZone::utc());
 }
 
 // What JSON has no form for: such a value would make the whole history unreadable.

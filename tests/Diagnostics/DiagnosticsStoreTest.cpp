@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QTimeZone>
 #include <cmath>
 #include <nlohmann/json.hpp>
 
@@ -23,7 +24,7 @@ protected:
                                          QStringLiteral("CD"), size, 150000,
                                          SpeedTestResult::Source::speedTest);
         // What a file keeps: whole seconds.
-        made.date = QDateTime::fromSecsSinceEpoch(made.date.toSecsSinceEpoch(), Qt::UTC);
+        made.date = QDateTime::fromSecsSinceEpoch(made.date.toSecsSinceEpoch(), QTimeZone::utc());
         return made;
     }
     static nlohmann::json json(const QString& path) {

@@ -14,7 +14,7 @@ using Source = SpeedTestResult::Source;
 
 SpeedTestResult example() {
     return {QUuid(QStringLiteral("{0a1b2c3d-4e5f-4a6b-8c7d-9e0f1a2b3c4d}")),
-            QDateTime(QDate(2025, 1, 31), QTime(18, 4, 59), Qt::UTC),
+            QDateTime(QDate(2025, 1, 31), QTime(18, 4, 59), QTimeZone::utc()),
             QStringLiteral("HL-DT-ST|DVDRAM GP65NB60|RF01"),
             QStringLiteral("HL-DT-ST DVDRAM GP65NB60 RF01"),
             QStringLiteral("DVD"),
@@ -174,11 +174,11 @@ TEST(SpeedTestResultTest, ALoneSurrogateIsReplacedAndHarmsNothing) {
 
 TEST(SpeedTestResultTest, FractionsOfASecondAreCutOff) {
     auto result = example();
-    result.date = QDateTime(QDate(2025, 1, 31), QTime(18, 4, 59, 750), Qt::UTC);
+    result.date = QDateTime(QDate(2025, 1, 31), QTime(18, 4, 59, 750), QTimeZone::utc());
     EXPECT_EQ(text(result.toJson(), "date"), "2025-01-31T18:04:59Z");
     const auto decoded = SpeedTestResult::fromJson(result.toJson());
     ASSERT_TRUE(decoded);
-    EXPECT_EQ(decoded->date, QDateTime(QDate(2025, 1, 31), QTime(18, 4, 59), Qt::UTC));
+    EXPECT_EQ(decoded->date, QDateTime(QDate(2025, 1, 31), QTime(18, 4, 59), QTimeZone::utc()));
     EXPECT_NE(*decoded, result);
 }
 
@@ -282,7 +282,7 @@ TEST(SpeedTestResultTest, DatesInOtherFormsAreRejected) {
 TEST(SpeedTestResultTest, ALeapDayIsADate) {
     ASSERT_TRUE(withText("date", "2024-02-29T00:00:00Z"));
     EXPECT_EQ(withText("date", "2024-02-29T23:59:59Z")->date,
-              QDateTime(QDate(2024, 2, 29), QTime(23, 59, 59), Qt::UTC));
+              QDateTime(QDate(2024, 2, 29), QTime(23, 59, 59), QTimeZone::utc()));
 }
 
 TEST(SpeedTestResultTest, OtherSourcesAreRejected) {
@@ -386,7 +386,7 @@ TEST(HistoryTest, ValuesThatCouldNotBeReadAgainAreNotWritten) {
     result = example();
     result.date = QDateTime();
     EXPECT_EQ(encodeHistory({result}), std::nullopt);
-    result.date = QDateTime(QDate(10000, 1, 1), QTime(0, 0), Qt::UTC);
+    result.date = QDateTime(QDate(10000, 1, 1), QTime(0, 0), QTimeZone::utc());
     EXPECT_EQ(encodeHistory({result}), std::nullopt);
 }
 
