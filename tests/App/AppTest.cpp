@@ -11,6 +11,7 @@
 #include <QTimer>
 
 #include "AboutPanel.h"
+#include "Activation.h"
 #include "Appearance.h"
 #include "CancelConfirmation.h"
 #include "MainWindow.h"
@@ -68,11 +69,6 @@ protected:
             }
         }
         return nullptr;
-    }
-
-    static void activate(QWidget* window) {
-        QApplication::setActiveWindow(window);
-        settle();
     }
 
     TestFolder folder;

@@ -12,6 +12,7 @@
 #include <cstdio>
 
 #include "AboutPanel.h"
+#include "Activation.h"
 #include "AquaControls.h"
 #include "CancelConfirmation.h"
 #include "ContentView.h"
@@ -199,7 +200,7 @@ void takeFocus(const Album& album) {
         Scene scene(album, retro);
         scene.open();
         scene.choose();
-        QApplication::setActiveWindow(scene.window);
+        activate(scene.window);
         // As the first press of Tab does.
         scene.window->setAttribute(Qt::WA_KeyboardFocusChange);
         for (const char* name :
@@ -286,7 +287,7 @@ void takeSheets(const Album& album) {
     record(QStringLiteral("BD"), 24900000000, 27000000, SpeedTestResult::Source::speedTest);
     scene.window->content().diagnostics().setNickname(QStringLiteral("Office burner"), drive);
     album.take(scene.sheet<DiagnosticsView>(), QStringLiteral("sheet-diagnostics"));
-    QApplication::setActiveWindow(scene.sheet<DiagnosticsView>());
+    activate(scene.sheet<DiagnosticsView>());
     scene.sheet<DiagnosticsView>()->setAttribute(Qt::WA_KeyboardFocusChange);
     for (const char* name : {"nicknameField", "saveNickname", "runSpeedTest", "historyArea"}) {
         scene.sheet<DiagnosticsView>()->findChild<QWidget*>(QLatin1String(name))->setFocus();

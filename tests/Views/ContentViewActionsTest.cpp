@@ -8,6 +8,7 @@
 #include <QTest>
 
 #include "ActionsFixture.h"
+#include "Activation.h"
 #include "ContentView.h"
 #include "DestinationDialog.h"
 #include "InAppNotifications.h"
@@ -324,7 +325,7 @@ TEST_F(ContentViewActionsTest, OnlyTheFrontWindowShowsTheGuide) {
     first.open();
     HostWindow second;
     second.open();
-    QApplication::setActiveWindow(&first);
+    activate(&first);
     settle();
     emit InAppNotifications::shared().showOnboarding();
     settle();

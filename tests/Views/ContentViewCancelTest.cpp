@@ -7,6 +7,7 @@
 #include <QTest>
 
 #include "ActionsFixture.h"
+#include "Activation.h"
 #include "CancelConfirmation.h"
 #include "ContentView.h"
 
@@ -38,7 +39,7 @@ TEST_F(ContentViewCancelTest, TheFocusGoesFromStartToCancelAndBack) {
     DriveStubs::heldImaging(folder, "PERCENT:42\n", 1000);
     HostWindow window;
     window.open();
-    QApplication::setActiveWindow(&window);
+    activate(&window);
     window.choose(folder, QStringLiteral("a.iso"));
     named<QWidget>(window.content, "startButton")->setFocus();
     window.click("startButton");
@@ -52,7 +53,7 @@ TEST_F(ContentViewCancelTest, TheFocusGoesFromStartToCancelAndBack) {
         << "Return does no harm";
     EXPECT_FALSE(named<QPushButton>(question, "destructiveButton")->isDefault());
     question->close();
-    QApplication::setActiveWindow(&window);
+    activate(&window);
     named<QWidget>(window.content, "cancelButton")->setFocus();
     window.content->session().cancel();
     ASSERT_TRUE(waitUntil([&] { return shows(window.content, "startButton"); }));

@@ -9,6 +9,7 @@
 #include <QTest>
 #include <QToolButton>
 
+#include "Activation.h"
 #include "Appearance.h"
 #include "InAppNotifications.h"
 #include "PinstripeBackground.h"
@@ -222,7 +223,7 @@ TEST_F(ContentViewTest, ReturnAndEnterPressTheStartButton) {
     DriveStubs::heldImaging(folder, "PERCENT:10\n", 10);
     HostWindow window;
     window.open();
-    QApplication::setActiveWindow(&window);
+    activate(&window);
     window.choose(folder, QStringLiteral("a.iso"));
     auto* choose = named<QPushButton>(window.content, "chooseButton");
     for (const auto key : {Qt::Key_Return, Qt::Key_Enter}) {
@@ -238,7 +239,7 @@ TEST_F(ContentViewTest, ReturnDoesNothingWhileStartIsDisabled) {
     DriveStubs::disc(folder, {});
     HostWindow window;
     window.open();
-    QApplication::setActiveWindow(&window);
+    activate(&window);
     QTest::keyClick(&window, Qt::Key_Return);
     EXPECT_FALSE(window.content->isWorking());
     EXPECT_FALSE(StubTools::log(folder).join(QString()).contains(QStringLiteral("hdiutil")));
@@ -392,7 +393,7 @@ TEST_F(ContentViewTest, EveryButtonIsReachedByTabAndHasAName) {
     DriveStubs::disc(folder, {});
     HostWindow window;
     window.open();
-    QApplication::setActiveWindow(&window);
+    activate(&window);
     window.choose(folder, QStringLiteral("a.iso"));
     QSet<QString> reached;
     for (int i = 0; i < 10; ++i) {
@@ -421,7 +422,7 @@ TEST_F(ContentViewTest, TheKeyboardsFocusIsSeenOnEveryButton) {
     DriveStubs::disc(folder, {});
     HostWindow window;
     window.open();
-    QApplication::setActiveWindow(&window);
+    activate(&window);
     window.choose(folder, QStringLiteral("a.iso"));
     for (const bool retro : {false, true}) {
         Preferences().setRetroMode(retro);

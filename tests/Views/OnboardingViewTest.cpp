@@ -10,6 +10,7 @@
 #include <QPushButton>
 #include <QTest>
 
+#include "Activation.h"
 #include "Appearance.h"
 #include "HelpPage.h"
 #include "StatusPill.h"
@@ -145,7 +146,7 @@ TEST_F(OnboardingViewTest, ReturnMeansThePrimaryButtonWhereverTheFocusIs) {
     const auto view = make();
     view->show();
     auto* skip = view->findChild<QPushButton*>(QStringLiteral("skipButton"));
-    QApplication::setActiveWindow(view.get());
+    activate(view.get());
     skip->setFocus();
     QTest::keyClick(skip, Qt::Key_Return);
     EXPECT_EQ(opened, 1);

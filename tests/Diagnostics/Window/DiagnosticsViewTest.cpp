@@ -14,6 +14,7 @@
 #include <QShowEvent>
 #include <QTest>
 
+#include "Activation.h"
 #include "Appearance.h"
 #include "DiagnosticsStore.h"
 #include "HistoryList.h"
@@ -299,7 +300,7 @@ TEST_F(DiagnosticsViewTest, TheFocusGoesFromRunToCancelAndBack) {
     StubTools::write(m_folder, QStringLiteral("/usr/bin/hdiutil"),
                      "for last; do :; done; : > \"$last\"; echo PERCENT:5; exec sleep 600");
     DiagnosticsView& view = show();
-    QApplication::setActiveWindow(&view);
+    activate(&view);
     find<QWidget>("runSpeedTest")->setFocus();
     QTest::keyClick(find<QWidget>("runSpeedTest"), Qt::Key_Space);
     ASSERT_TRUE(waitUntil([&] { return view.tester().progress() > 0; }));
@@ -313,7 +314,7 @@ TEST_F(DiagnosticsViewTest, TheKeyboardVisitsEverythingInOrderAndIsSeenOnTheHist
     drive(true);
     m_store.record(result(QStringLiteral("CD"), 150'000));
     DiagnosticsView& view = show();
-    QApplication::setActiveWindow(&view);
+    activate(&view);
     find<QWidget>("doneButton")->setFocus(Qt::TabFocusReason);
     QStringList visited;
     for (int i = 0; i < 5; ++i) {
