@@ -8,14 +8,17 @@ QDateTime evening() {
     return {QDate(2025, 1, 31), QTime(18, 4, 59)};
 }
 
+// With a plain space where newer locale data has a narrow one.
+std::string english(const QLocale& locale) {
+    return DateText::abbreviated(evening(), locale).replace(QChar(0x202F), u' ').toStdString();
+}
+
 TEST(DateTextTest, AnEnglishDateIsAbbreviatedWithAShortTime) {
-    EXPECT_EQ(DateText::abbreviated(evening(), QLocale(QStringLiteral("en_US"))).toStdString(),
-              "Jan 31, 2025 at 6:04 PM");
+    EXPECT_EQ(english(QLocale(QStringLiteral("en_US"))), "Jan 31, 2025 at 6:04 PM");
 }
 
 TEST(DateTextTest, WithoutALanguageTheDateIsEnglish) {
-    EXPECT_EQ(DateText::abbreviated(evening(), QLocale::c()).toStdString(),
-              "Jan 31, 2025 at 6:04 PM");
+    EXPECT_EQ(english(QLocale::c()), "Jan 31, 2025 at 6:04 PM");
 }
 
 TEST(DateTextTest, AnotherLocaleHasItsOwnOrderAndNoWeekday) {
