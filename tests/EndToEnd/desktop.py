@@ -169,13 +169,17 @@ class Program:
         states = node.get_state_set()
         return states.contains(self.atspi.StateType.SHOWING) and states.contains(self.atspi.StateType.VISIBLE)
 
+    def is_a(self, role, node):
+        """Whether it has the role; what a role is called in words differs between releases."""
+        return node.get_role() == getattr(self.atspi.Role, role.upper().replace(" ", "_"))
+
     def all(self, name=None, role=None, within=None):
         found = []
         for node in self.walk(within):
             try:
                 if name is not None and node.get_name() != name:
                     continue
-                if role is not None and node.get_role_name() != role:
+                if role is not None and not self.is_a(role, node):
                     continue
                 if self.is_showing(node):
                     found.append(node)
@@ -255,7 +259,7 @@ class Program:
         def on_event(event):
             try:
                 source = event.source
-                if event.detail1 == 1 and source.get_role_name() == "notification":
+                if event.detail1 == 1 and self.is_a("notification", source):
                     heard.append(source.get_name())
             except Exception:  # it has gone
                 pass
