@@ -1,5 +1,6 @@
 """What the guest consists of: an initial RAM disk with drivers and a root disk with programs."""
 
+import lzma
 import os
 import pathlib
 import re
@@ -79,8 +80,8 @@ def write_initial_ram_disk(path):
         archive.add("bin/busybox", stat.S_IFREG | 0o755, BUSYBOX.read_bytes())
         archive.add("init", stat.S_IFREG | 0o755, (HERE / "guest/boot").read_bytes())
         for module in order:
-            archive.add(f"modules/{module.name}", stat.S_IFREG | 0o644, module.read_bytes())
-        names = "".join(f"{module.name}\n" for module in order)
+            archive.add(f"modules/{_driver(module)}", stat.S_IFREG | 0o644, _unpacked(module))
+        names = "".join(f"{_driver(module)}\n" for module in order)
         archive.add("modules/order", stat.S_IFREG | 0o644, names.encode())
         archive.end()
 
@@ -102,7 +103,8 @@ def _load_order(modules):
     for line in (modules / "modules.dep").read_text().splitlines():
         file, others = line.split(":", 1)
         needs[file] = others.split()
-        by_name[pathlib.Path(file).stem] = file
+        by_name[_driver(file)] = file
+    built_in = {_driver(file) for file in (modules / "modules.builtin").read_text().splitlines()}
     order = []
 
     def visit(file):
@@ -112,8 +114,19 @@ def _load_order(modules):
             order.append(file)
 
     for driver in DRIVERS:
-        visit(by_name[driver])
+        if driver not in built_in:
+            visit(by_name[driver])
     return [modules / file for file in order]
+
+
+def _driver(module):
+    """The driver in a file such as kernel/fs/udf/udf.ko.xz."""
+    return pathlib.Path(module).name.split(".")[0]
+
+
+def _unpacked(module):
+    data = module.read_bytes()
+    return lzma.decompress(data) if module.suffix == ".xz" else data
 
 
 class _Archive:
@@ -143,7 +156,8 @@ class _Root:
         self._folder = folder
         self._fetched = fetched_root()
         self._libraries = ":".join(str(self._fetched / part) for part in
-                                   ["usr/lib/x86_64-linux-gnu", "lib/x86_64-linux-gnu"])
+                                   ["usr/lib/x86_64-linux-gnu", "lib/x86_64-linux-gnu",
+                                    "usr/lib/x86_64-linux-gnu/systemd"])
 
     def fill(self, build):
         for folder in ["usr/bin", "usr/sbin", "usr/lib", "usr/lib64", "etc/udev", "root", "proc",
