@@ -18,14 +18,14 @@ SpindriftApp::SpindriftApp(QObject* parent) : QObject(parent), m_retroModeAction
 
     m_retroModeAction.setObjectName(QStringLiteral("retroModeAction"));
     m_retroModeAction.setCheckable(true);
-    m_retroModeAction.setChecked(m_preferences.retroMode());
+    m_retroModeAction.setChecked(m_preferences.value(Preference::RetroMode));
     m_retroModeAction.setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R));
     // Flips what is stored, which the terminal program may have changed since the last look.
     connect(&m_retroModeAction, &QAction::triggered, this, [this] {
-        m_preferences.setRetroMode(!m_preferences.retroMode());
+        m_preferences.set(Preference::RetroMode, !m_preferences.value(Preference::RetroMode));
         followRetroMode();
     });
-    connect(&m_preferences, &Preferences::retroModeChanged, this, &SpindriftApp::followRetroMode);
+    connect(&m_preferences, &Preferences::changed, this, &SpindriftApp::followRetroMode);
     m_preferences.followOtherProcesses();
     qApp->installEventFilter(this);
 }
@@ -90,7 +90,7 @@ void SpindriftApp::showAboutPanel() {
 }
 
 void SpindriftApp::followRetroMode() {
-    m_retroModeAction.setChecked(m_preferences.retroMode());
+    m_retroModeAction.setChecked(m_preferences.value(Preference::RetroMode));
 }
 
 void SpindriftApp::quit() {

@@ -1,5 +1,7 @@
 #include "HelpText.h"
 
+#include "PreferenceTable.h"
+
 namespace {
 
 QString programHelp() {
@@ -26,17 +28,35 @@ Exit status: 0 done, 1 failed, 2 verification did not match, 64 wrong usage, 130
 )");
 }
 
-const char* commandHelp(Command command) {
+QString settingsHelp() {
+    QString keys;
+    for (const PreferenceRow& row : preferenceTable) {
+        keys += QStringLiteral("  %1%2\n")
+                    .arg(QLatin1String(row.key), -26)
+                    .arg(QLatin1String(row.help));
+    }
+    return QStringLiteral(R"(Usage: spindrift-cli settings [KEY [VALUE]] [--json]
+Shows all preferences, or one, or changes one. VALUE is true, false, on or off. The keys:
+
+%1
+The preferences are the window's; "rip" goes by its own options.
+)")
+        .arg(keys);
+}
+
+QString commandHelp(Command command) {
     switch (command) {
+        case Command::Settings:
+            return settingsHelp();
         case Command::Status:
-            return R"(Usage: spindrift-cli status [--json] [--practice [FILE.iso]]
+            return QStringLiteral(R"(Usage: spindrift-cli status [--json] [--practice [FILE.iso]]
 Asks the drive once and shows the drive and its disc.
 
 With --json one object: "driveDetected", "driveIdentity", "disc" and "lastError".
 Exit status: 0 a drive answered, 1 none did.
-)";
+)");
         case Command::Rip:
-            return R"(Usage: spindrift-cli rip --output FILE [OPTION]...
+            return QStringLiteral(R"(Usage: spindrift-cli rip --output FILE [OPTION]...
 Makes an ISO image of the disc in the drive. Ctrl-C cancels; while the image is being verified,
 the image is kept.
 
@@ -49,44 +69,35 @@ the image is kept.
 
 A FILE whose name begins with "-" is given as --output=FILE or after "--".
 Exit status: 0 done, 1 failed, 2 the image does not match the disc, 130 cancelled.
-)";
+)");
         case Command::SpeedTest:
-            return R"(Usage: spindrift-cli speed-test [--json] [--practice [FILE.iso]]
+            return QStringLiteral(
+                R"(Usage: spindrift-cli speed-test [--json] [--practice [FILE.iso]]
 Reads the whole disc, keeps nothing of it and records the average speed in the history. Ctrl-C
 cancels. With --json every change is printed: {"property": name, "value": value}.
-)";
+)");
         case Command::History:
-            return R"(Usage: spindrift-cli history [--json]
+            return QStringLiteral(R"(Usage: spindrift-cli history [--json]
 Shows the measured speeds, newest first. With --json one object a result, with its "multiple" of
 the disc kind's single speed and the drive's "nickname".
-)";
+)");
         case Command::Nickname:
-            return R"(Usage: spindrift-cli nickname [TEXT] [--json] [--practice [FILE.iso]]
+            return QStringLiteral(
+                R"(Usage: spindrift-cli nickname [TEXT] [--json] [--practice [FILE.iso]]
 Shows the nickname of the drive. With TEXT, gives the drive that nickname; with an empty TEXT,
 removes it.
 
 A TEXT that would follow --practice goes before it: nickname TEXT --practice.
-)";
+)");
         case Command::Eject:
-            return R"(Usage: spindrift-cli eject [--json] [--practice [FILE.iso]]
+            return QStringLiteral(R"(Usage: spindrift-cli eject [--json] [--practice [FILE.iso]]
 Ejects the disc that is in the drive. Exit status: 0 ejected, 1 not.
-)";
+)");
         case Command::Access:
-            return R"(Usage: spindrift-cli access [--json] [--practice [FILE.iso]]
+            return QStringLiteral(R"(Usage: spindrift-cli access [--json] [--practice [FILE.iso]]
 Tells whether this user may read the discs in the optical drives, and if not, how to change that.
 Exit status: 0 allowed, 1 not.
-)";
-        case Command::Settings:
-            return R"(Usage: spindrift-cli settings [KEY [VALUE]] [--json]
-Shows all preferences, or one, or changes one. VALUE is true, false, on or off. The keys:
-
-  ejectWhenDone             the window ejects the disc after a verified rip
-  thoroughVerify            the window's rips read the disc twice
-  retroMode                 the window has the retro look
-  hasCompletedOnboarding    the guide of the first start has been seen
-
-The preferences are the window's; "rip" goes by its own options.
-)";
+)");
     }
     Q_UNREACHABLE();
 }
@@ -94,7 +105,7 @@ The preferences are the window's; "rip" goes by its own options.
 }  // namespace
 
 QString helpText(std::optional<Command> command) {
-    return command ? QString::fromUtf8(commandHelp(*command)) : programHelp();
+    return command ? commandHelp(*command) : programHelp();
 }
 
 QString versionText() {

@@ -1,4 +1,3 @@
-#include <array>
 #include <nlohmann/json.hpp>
 
 #include "JsonText.h"
@@ -9,24 +8,10 @@ using Json = nlohmann::ordered_json;
 
 namespace {
 
-struct Key {
-    const char* name;
-    bool (Preferences::*value)() const;
-    void (Preferences::*set)(bool);
-};
-
-constexpr std::array<Key, 4> keys = {{
-    {"ejectWhenDone", &Preferences::ejectWhenDone, &Preferences::setEjectWhenDone},
-    {"thoroughVerify", &Preferences::thoroughVerify, &Preferences::setThoroughVerify},
-    {"retroMode", &Preferences::retroMode, &Preferences::setRetroMode},
-    {"hasCompletedOnboarding", &Preferences::hasCompletedOnboarding,
-     &Preferences::setHasCompletedOnboarding},
-}};
-
-const Key* keyNamed(const QString& name) {
-    for (const Key& key : keys) {
-        if (name == QLatin1String(key.name)) {
-            return &key;
+const PreferenceRow* rowNamed(const QString& name) {
+    for (const PreferenceRow& row : preferenceTable) {
+        if (name == QLatin1String(row.key)) {
+            return &row;
         }
     }
     return nullptr;
@@ -50,10 +35,10 @@ QString truthText(bool value) {
 int showAll(const CommandContext& context, const Preferences& preferences) {
     Json all = Json::object();
     QString lines;
-    for (const Key& key : keys) {
-        const bool value = (preferences.*key.value)();
-        all[key.name] = value;
-        lines += QLatin1String(key.name) + QLatin1Char(' ') + truthText(value) + QLatin1Char('\n');
+    for (const PreferenceRow& row : preferenceTable) {
+        const bool value = preferences.value(row.preference);
+        all[row.key] = value;
+        lines += QLatin1String(row.key) + QLatin1Char(' ') + truthText(value) + QLatin1Char('\n');
     }
     context.output.write(context.invocation.json ? JsonText::line(all) : lines.toUtf8());
     return ExitStatus::done;
@@ -67,12 +52,14 @@ int QuickCommands::settings(const CommandContext& context) {
     if (operands.isEmpty()) {
         return showAll(context, preferences);
     }
-    const Key* key = keyNamed(operands.at(0));
-    if (key == nullptr) {
-        context.complain(QStringLiteral("There is no setting “%1”. The settings are: "
-                                        "ejectWhenDone, thoroughVerify, retroMode, "
-                                        "hasCompletedOnboarding.")
-                             .arg(operands.at(0)));
+    const PreferenceRow* row = rowNamed(operands.at(0));
+    if (row == nullptr) {
+        QStringList keys;
+        for (const PreferenceRow& known : preferenceTable) {
+            keys.append(QLatin1String(known.key));
+        }
+        context.complain(QStringLiteral("There is no setting “%1”. The settings are: %2.")
+                             .arg(operands.at(0), keys.join(QLatin1String(", "))));
         return ExitStatus::usage;
     }
     if (operands.size() == 2) {
@@ -82,15 +69,15 @@ int QuickCommands::settings(const CommandContext& context) {
                                  .arg(operands.at(1), operands.at(0)));
             return ExitStatus::usage;
         }
-        (preferences.*key->set)(*value);
+        preferences.set(row->preference, *value);
         if (!preferences.isSaved()) {
             context.complain(QStringLiteral("The setting could not be written."));
             return ExitStatus::failed;
         }
     }
-    const bool value = (preferences.*key->value)();
+    const bool value = preferences.value(row->preference);
     if (context.invocation.json) {
-        context.output.write(JsonText::line(Json{{key->name, value}}));
+        context.output.write(JsonText::line(Json{{row->key, value}}));
     } else if (operands.size() == 1) {
         context.output.write(truthText(value) + QLatin1Char('\n'));
     }

@@ -7,6 +7,7 @@
 #include <QMap>
 #include <QSet>
 #include <QSettings>
+#include <algorithm>
 #include <utility>
 
 #include "UserFolders.h"
@@ -36,7 +37,28 @@ QHash<QString, Unsaved>& unsaved() {
     return values;
 }
 
-bool read(const QString& key, bool fallback) {
+bool save(const QString& file, const Unsaved& values) {
+    QSettings settings(file, QSettings::IniFormat);
+    for (auto value = values.cbegin(); value != values.cend(); ++value) {
+        settings.setValue(value.key(), value.value());
+    }
+    settings.sync();
+    return settings.status() != QSettings::AccessError;
+}
+
+}  // namespace
+
+Preferences::Preferences(QObject* parent) : QObject(parent) {
+    instances().insert(this);
+}
+
+Preferences::~Preferences() {
+    instances().remove(this);
+}
+
+bool Preferences::value(Preference preference) const {
+    const PreferenceRow& row = rowOf(preference);
+    const auto key = QLatin1String(row.key);
     const QString file = settingsFile();
     const Unsaved kept = unsaved().value(file);
     if (const auto value = kept.constFind(key); value != kept.cend()) {
@@ -50,73 +72,19 @@ bool read(const QString& key, bool fallback) {
     if (text == QLatin1String("false") || text == QLatin1String("0")) {
         return false;
     }
-    return fallback;
+    return row.byDefault;
 }
 
-bool save(const QString& file, const Unsaved& values) {
-    QSettings settings(file, QSettings::IniFormat);
-    for (auto value = values.cbegin(); value != values.cend(); ++value) {
-        settings.setValue(value.key(), value.value());
-    }
-    settings.sync();
-    return settings.status() != QSettings::AccessError;
-}
-
-void tellAll(void (Preferences::*changed)()) {
-    const QSet<Preferences*> all = instances();
-    for (Preferences* instance : all) {
-        // A handler of the signal may have deleted another instance.
-        if (instances().contains(instance)) {
-            Q_EMIT(instance->*changed)();
-        }
-    }
-}
-
-void write(const QString& key, bool value, bool before, void (Preferences::*changed)()) {
+void Preferences::set(Preference preference, bool value) {
+    const bool before = this->value(preference);
     const QString file = settingsFile();
-    unsaved()[file][key] = value;
+    unsaved()[file][QLatin1String(rowOf(preference).key)] = value;
     if (save(file, unsaved().value(file))) {
         unsaved().remove(file);
     }
     if (value != before) {
-        tellAll(changed);
+        tellAll(preference);
     }
-}
-
-const QString ejectKey = QStringLiteral("ejectWhenDone");
-const QString thoroughKey = QStringLiteral("thoroughVerify");
-const QString retroKey = QStringLiteral("retroMode");
-const QString onboardingKey = QStringLiteral("hasCompletedOnboarding");
-
-// In the order of Preferences::values().
-constexpr std::array changedSignals = {
-    &Preferences::ejectWhenDoneChanged, &Preferences::thoroughVerifyChanged,
-    &Preferences::retroModeChanged, &Preferences::hasCompletedOnboardingChanged};
-
-}  // namespace
-
-Preferences::Preferences(QObject* parent) : QObject(parent) {
-    instances().insert(this);
-}
-
-Preferences::~Preferences() {
-    instances().remove(this);
-}
-
-bool Preferences::ejectWhenDone() const {
-    return read(ejectKey, true);
-}
-
-bool Preferences::thoroughVerify() const {
-    return read(thoroughKey, false);
-}
-
-bool Preferences::retroMode() const {
-    return read(retroKey, false);
-}
-
-bool Preferences::hasCompletedOnboarding() const {
-    return read(onboardingKey, false);
 }
 
 std::optional<QString> Preferences::appleInterfaceStyle() const {
@@ -129,25 +97,21 @@ bool Preferences::isSaved() const {
     return !unsaved().contains(settingsFile());
 }
 
-void Preferences::setEjectWhenDone(bool value) {
-    write(ejectKey, value, ejectWhenDone(), &Preferences::ejectWhenDoneChanged);
-}
-
-void Preferences::setThoroughVerify(bool value) {
-    write(thoroughKey, value, thoroughVerify(), &Preferences::thoroughVerifyChanged);
-}
-
-void Preferences::setRetroMode(bool value) {
-    write(retroKey, value, retroMode(), &Preferences::retroModeChanged);
-}
-
-void Preferences::setHasCompletedOnboarding(bool value) {
-    write(onboardingKey, value, hasCompletedOnboarding(),
-          &Preferences::hasCompletedOnboardingChanged);
+void Preferences::tellAll(Preference preference) {
+    const QSet<Preferences*> all = instances();
+    for (Preferences* instance : all) {
+        // A handler of the signal may have deleted another instance.
+        if (instances().contains(instance)) {
+            Q_EMIT instance->changed(preference);
+        }
+    }
 }
 
 Preferences::Values Preferences::values() const {
-    return {ejectWhenDone(), thoroughVerify(), retroMode(), hasCompletedOnboarding()};
+    Values values{};
+    std::transform(preferenceTable.cbegin(), preferenceTable.cend(), values.begin(),
+                   [this](const PreferenceRow& row) { return value(row.preference); });
+    return values;
 }
 
 void Preferences::followOtherProcesses() {
@@ -157,9 +121,7 @@ void Preferences::followOtherProcesses() {
     QDir().mkpath(folder);
     m_told = values();
     m_watcher = std::make_unique<QFileSystemWatcher>();
-    for (const auto changed : changedSignals) {
-        connect(this, changed, m_watcher.get(), [this] { m_told = values(); });
-    }
+    connect(this, &Preferences::changed, m_watcher.get(), [this] { m_told = values(); });
     const auto watch = [this, folder, file] {
         for (const QString& path : {folder, file}) {
             if (QFileInfo::exists(path)) {
@@ -181,7 +143,7 @@ void Preferences::tellOfOthers() {
     const auto told = std::exchange(m_told, now);
     for (std::size_t i = 0; i < now.size(); ++i) {
         if (now.at(i) != told.at(i)) {
-            tellAll(changedSignals.at(i));
+            tellAll(preferenceTable.at(i).preference);
         }
     }
 }

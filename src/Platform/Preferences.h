@@ -1,9 +1,9 @@
-// The four preferences and the appearance key, in the user's settings file.
+// The preferences and the appearance key, in the user's settings file.
 //
 // Main thread. All instances of a process share one state: a write through any is seen, and
 // signalled, by all at once, and lies in the file when the setter returns. What cannot be written
 // holds in this process, and is written together with the next preference that can be. A getter
-// sees what another process has written; the signals tell of it once an instance follows the
+// sees what another process has written; the signal tells of it once an instance follows the
 // others.
 #pragma once
 
@@ -14,24 +14,17 @@
 #include <memory>
 #include <optional>
 
+#include "PreferenceTable.h"
+
 class Preferences final : public QObject {
     Q_OBJECT
-    Q_PROPERTY(
-        bool ejectWhenDone READ ejectWhenDone WRITE setEjectWhenDone NOTIFY ejectWhenDoneChanged)
-    Q_PROPERTY(bool thoroughVerify READ thoroughVerify WRITE setThoroughVerify NOTIFY
-                   thoroughVerifyChanged)
-    Q_PROPERTY(bool retroMode READ retroMode WRITE setRetroMode NOTIFY retroModeChanged)
-    Q_PROPERTY(bool hasCompletedOnboarding READ hasCompletedOnboarding WRITE
-                   setHasCompletedOnboarding NOTIFY hasCompletedOnboardingChanged)
 
 public:
     explicit Preferences(QObject* parent = nullptr);
     ~Preferences() override;
 
-    bool ejectWhenDone() const;           // default true
-    bool thoroughVerify() const;          // default false
-    bool retroMode() const;               // default false
-    bool hasCompletedOnboarding() const;  // default false
+    bool value(Preference preference) const;
+    void set(Preference preference, bool value);
 
     // The key "AppleInterfaceStyle" as it stands in the file; absent while it is not there. Never
     // written by this program.
@@ -40,26 +33,19 @@ public:
     // Whether all that this process has set lies in the file.
     bool isSaved() const;
 
-    void setEjectWhenDone(bool value);
-    void setThoroughVerify(bool value);
-    void setRetroMode(bool value);
-    void setHasCompletedOnboarding(bool value);
-
     // From now on, and while this lives, every instance also signals what other processes write
     // into the file as it lies now. Without a folder that can be watched nothing is signalled.
     void followOtherProcesses();
 
 signals:
-    void ejectWhenDoneChanged();
-    void thoroughVerifyChanged();
-    void retroModeChanged();
-    void hasCompletedOnboardingChanged();
+    void changed(Preference preference);
 
 private:
-    using Values = std::array<bool, 4>;
+    using Values = std::array<bool, preferenceTable.size()>;
     Values values() const;
+    static void tellAll(Preference preference);
     void tellOfOthers();
 
     std::unique_ptr<QFileSystemWatcher> m_watcher;
-    Values m_told{};  // by the signals
+    Values m_told{};  // by the signal
 };

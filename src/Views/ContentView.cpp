@@ -43,9 +43,10 @@ std::vector<const ContentView*>& viewsByFront() {
 
 ContentView::ContentView(QWidget* parent)
     : QWidget(parent),
-      m_session(m_monitor, m_ripper, m_diagnostics,
-                {.thoroughVerify = [this] { return m_preferences.thoroughVerify(); },
-                 .ejectWhenDone = [this] { return m_preferences.ejectWhenDone(); }}) {
+      m_session(
+          m_monitor, m_ripper, m_diagnostics,
+          {.thoroughVerify = [this] { return m_preferences.value(Preference::ThoroughVerify); },
+           .ejectWhenDone = [this] { return m_preferences.value(Preference::EjectWhenDone); }}) {
     setObjectName(QStringLiteral("contentView"));
     setFixedWidth(contentWidth);
     viewsByFront().insert(viewsByFront().begin(), this);
@@ -106,7 +107,7 @@ void ContentView::connectParts() {
     connect(&m_ripper, &ISORipper::objectWillChange, this, &ContentView::scheduleRefresh);
     connect(&m_session, &RipSession::destinationChanged, this, &ContentView::scheduleRefresh);
     connect(&m_session, &RipSession::permissionNeeded, this, &ContentView::showOnboarding);
-    connect(&m_preferences, &Preferences::retroModeChanged, this, &ContentView::scheduleRefresh);
+    connect(&m_preferences, &Preferences::changed, this, &ContentView::scheduleRefresh);
 
     connect(m_header, &HeaderView::diagnosticsRequested, this, &ContentView::showDiagnostics);
     connect(m_disc, &DiscSummaryView::ejectRequested, this, [this] {
@@ -208,12 +209,13 @@ void ContentView::showOnboarding() {
     m_onboardingSheet = new OnboardingView([this] { m_onboardingSheet->close(); }, this);
     m_onboardingSheet->setAttribute(Qt::WA_DeleteOnClose);
     connect(m_onboardingSheet, &QDialog::finished, this,
-            [this] { m_preferences.setHasCompletedOnboarding(true); });
+            [this] { m_preferences.set(Preference::HasCompletedOnboarding, true); });
     m_onboardingSheet->open();
 }
 
 void ContentView::offerOnboarding() {
-    if (isVisible() && !m_preferences.hasCompletedOnboarding() && !FullDiskAccess::isGranted()) {
+    if (isVisible() && !m_preferences.value(Preference::HasCompletedOnboarding) &&
+        !FullDiskAccess::isGranted()) {
         showOnboarding();
     }
 }
@@ -254,7 +256,7 @@ void ContentView::scheduleRefresh() {
 }
 
 void ContentView::refresh() {
-    const bool retro = m_preferences.retroMode();
+    const bool retro = m_preferences.value(Preference::RetroMode);
     const auto& disc = m_monitor.disc();
     const RipState rip = RipState::of(m_ripper);
     refreshAppearance(retro);

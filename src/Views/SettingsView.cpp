@@ -12,22 +12,20 @@ SettingsView::SettingsView(QWidget* parent) : QWidget(parent) {
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(20, 20, 20, 20);
     column->setSpacing(20);
-    column->addWidget(makeSection(
-        tr("Ripping"),
-        {makeSwitch(tr("Eject disc when done"), "ejectWhenDone", &Preferences::ejectWhenDone,
-                    &Preferences::setEjectWhenDone, &Preferences::ejectWhenDoneChanged),
-         makeSwitch(tr("Thorough verify (re-read entire disc)"), "thoroughVerify",
-                    &Preferences::thoroughVerify, &Preferences::setThoroughVerify,
-                    &Preferences::thoroughVerifyChanged)},
-        tr("Off: trusts hdiutil's own read-error reporting \u2014 fast, no second pass. On: "
-           "re-images the whole disc a second time and compares checksums \u2014 slower, but "
-           "independently confirms the bytes.")));
-    column->addWidget(makeSection(
-        tr("Appearance"),
-        {makeSwitch(tr("Retro Mode"), "retroMode", &Preferences::retroMode,
-                    &Preferences::setRetroMode, &Preferences::retroModeChanged)},
-        tr("Reskins the app in early-2000s Mac OS X \u201cAqua\u201d \u2014 pinstripes, glossy gel "
-           "buttons, and Lucida Grande.")));
+    const PreferenceSection* section = nullptr;
+    for (const PreferenceRow& first : preferenceTable) {
+        if (first.section == nullptr || first.section == section) {
+            continue;
+        }
+        section = first.section;
+        QList<QCheckBox*> switches;
+        for (const PreferenceRow& row : preferenceTable) {
+            if (row.section == section) {
+                switches.append(makeSwitch(row));
+            }
+        }
+        column->addWidget(makeSection(tr(section->title), switches, tr(section->caption)));
+    }
     // Wider only where a very large font makes a switch longer than that.
     setFixedWidth(qMax(formWidth, column->minimumSize().width()));
 }
@@ -62,20 +60,19 @@ QWidget* SettingsView::makeSection(const QString& title, const QList<QCheckBox*>
     return section;
 }
 
-QCheckBox* SettingsView::makeSwitch(const QString& text, const char* name,
-                                    bool (Preferences::*get)() const,
-                                    void (Preferences::*set)(bool),
-                                    void (Preferences::*changed)()) {
-    auto* control = new QCheckBox(text, this);
-    control->setObjectName(QLatin1String(name) + QLatin1String("Switch"));
-    control->setChecked((m_preferences.*get)());
+QCheckBox* SettingsView::makeSwitch(const PreferenceRow& row) {
+    auto* control = new QCheckBox(tr(row.label), this);
+    control->setObjectName(QLatin1String(row.key) + QLatin1String("Switch"));
+    control->setChecked(m_preferences.value(row.preference));
     // A switch that only follows writes nothing: the other process may be writing its next value.
-    connect(control, &QCheckBox::toggled, this, [this, get, set](bool on) {
-        if ((m_preferences.*get)() != on) {
-            (m_preferences.*set)(on);
+    connect(control, &QCheckBox::toggled, this, [this, preference = row.preference](bool on) {
+        if (m_preferences.value(preference) != on) {
+            m_preferences.set(preference, on);
         }
     });
-    connect(&m_preferences, changed, control,
-            [this, control, get] { control->setChecked((m_preferences.*get)()); });
+    connect(&m_preferences, &Preferences::changed, control,
+            [this, control, preference = row.preference] {
+                control->setChecked(m_preferences.value(preference));
+            });
     return control;
 }

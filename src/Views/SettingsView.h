@@ -1,4 +1,4 @@
-// The form of the settings window: two sections of switches with captions.
+// The form of the settings window: a section of switches with a caption for each of the table's.
 //
 // Owned by its parent widget; main thread. Every switch writes its preference at once and follows
 // it when it is changed elsewhere.
@@ -21,8 +21,7 @@ public:
 private:
     QWidget* makeSection(const QString& title, const QList<QCheckBox*>& switches,
                          const QString& caption);
-    QCheckBox* makeSwitch(const QString& text, const char* name, bool (Preferences::*get)() const,
-                          void (Preferences::*set)(bool), void (Preferences::*changed)());
+    QCheckBox* makeSwitch(const PreferenceRow& row);
 
     Preferences m_preferences;
 };

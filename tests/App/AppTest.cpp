@@ -27,7 +27,7 @@ protected:
     AppTest() {
         QApplication::setQuitOnLastWindowClosed(false);
         SpindriftApp::describe();
-        Preferences().setHasCompletedOnboarding(true);
+        Preferences().set(Preference::HasCompletedOnboarding, true);
         DriveStubs::disc(folder, {});
     }
     ~AppTest() override {
@@ -133,7 +133,7 @@ TEST_F(AppTest, RetroModeChangesEveryWindowAtOnceAndTheCheckMarkFollows) {
 
     command(first, "View", "Retro Mode")->trigger();
     settle();
-    EXPECT_TRUE(Preferences().retroMode());
+    EXPECT_TRUE(Preferences().value(Preference::RetroMode));
     EXPECT_TRUE(box->isChecked());
     EXPECT_TRUE(isRetro(first));
     EXPECT_TRUE(isRetro(second));
@@ -164,7 +164,7 @@ TEST_F(AppTest, TheCommandFlipsWhatAnotherProgramHasStored) {
     folder.write(QStringLiteral("config/Spindrift/Spindrift.conf"),
                  "[General]\nhasCompletedOnboarding=true\n");
     retro->trigger();
-    EXPECT_TRUE(Preferences().retroMode()) << "what is stored was off";
+    EXPECT_TRUE(Preferences().value(Preference::RetroMode)) << "what is stored was off";
     EXPECT_TRUE(retro->isChecked());
 }
 
@@ -178,7 +178,7 @@ TEST_F(AppTest, AHeldShortcutFlipsRetroModeOnce) {
     QKeyEvent repeated(QEvent::KeyPress, Qt::Key_R, modifiers, QStringLiteral("R"), true);
     QCoreApplication::sendEvent(window, &repeated);
     settle();
-    EXPECT_TRUE(Preferences().retroMode());
+    EXPECT_TRUE(Preferences().value(Preference::RetroMode));
 }
 
 TEST_F(AppTest, EscapeAndItsShortcutCloseTheSmallWindows) {
@@ -249,7 +249,7 @@ TEST_F(AppTest, TheShortcutWorksWhateverWindowIsFrontmost) {
         QTest::keyClick(front, Qt::Key_R, Qt::ControlModifier | Qt::ShiftModifier);
         settle();
         retro = !retro;
-        EXPECT_EQ(Preferences().retroMode(), retro) << what;
+        EXPECT_EQ(Preferences().value(Preference::RetroMode), retro) << what;
     };
     press(window, "the main window");
     press(open<SettingsWindow>(), "the settings window");

@@ -11,7 +11,7 @@
 // The only test of its program: a process follows one desktop for its whole life.
 TEST(DesktopWishesTest, TheDesktopsSchemeAndItsWishForNoMotionReachTheWindows) {
     TestFolder folder;
-    Preferences().setHasCompletedOnboarding(true);
+    Preferences().set(Preference::HasCompletedOnboarding, true);
     DriveStubs::disc(folder, {});
     const SessionBus bus(folder);
     PortalServer portal(bus.address(), PortalServer::Manner::Answers, {1, false});

@@ -241,7 +241,7 @@ void takeOutcomes(const Album& album) {
         DriveStubs::imaging(scene.folder, imaging);
         StubTools::write(scene.folder, QStringLiteral("/usr/bin/shasum"), digest);
         scene.open();
-        Preferences().setThoroughVerify(thorough);
+        Preferences().set(Preference::ThoroughVerify, thorough);
         scene.finish();
         scene.take(name);
     };
@@ -258,7 +258,7 @@ void takeOutcomes(const Album& album) {
     Scene scene(album, false);
     DriveStubs::imaging(scene.folder, good + "; [ $verify = yes ] && exec sleep 1000; exit 0");
     scene.open();
-    Preferences().setThoroughVerify(true);
+    Preferences().set(Preference::ThoroughVerify, true);
     scene.start();
     waitUntil([&] { return scene.window->content().ripper().trackedVerifyProcesses() == 1; });
     scene.take(QStringLiteral("verifying"));

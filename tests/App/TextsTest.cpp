@@ -35,8 +35,8 @@ class TextsTest : public testing::Test {
 protected:
     TextsTest() {
         QApplication::setQuitOnLastWindowClosed(false);
-        Preferences().setHasCompletedOnboarding(true);
-        Preferences().setEjectWhenDone(false);
+        Preferences().set(Preference::HasCompletedOnboarding, true);
+        Preferences().set(Preference::EjectWhenDone, false);
         DriveStubs::disc(folder, {.type = "DVD-ROM", .volumeName = "HOLIDAY"});
         DriveStubs::goodImaging(folder);
     }
@@ -144,7 +144,7 @@ TEST_F(TextsTest, OfARip) {
 }
 
 TEST_F(TextsTest, OfAVerification) {
-    Preferences().setThoroughVerify(true);
+    Preferences().set(Preference::ThoroughVerify, true);
     DriveStubs::imaging(folder, "echo x > \"$out\"; [ $verify = yes ] && exec sleep 1000; exit 0");
     open();
     rip();
@@ -170,7 +170,7 @@ TEST_F(TextsTest, OfEveryOutcome) {
     finish();
     expectAll(content(), {"Verified", "Rip Again", "No destination chosen"}, "a match");
 
-    Preferences().setThoroughVerify(true);
+    Preferences().set(Preference::ThoroughVerify, true);
     StubTools::write(folder, QStringLiteral("/usr/bin/shasum"), "echo \"$3\"");
     finish();
     expectAll(content(), {"Verification mismatch", "Rip Again"}, "a mismatch");

@@ -45,8 +45,8 @@ protected:
     TranslationTest() {
         QApplication::setQuitOnLastWindowClosed(false);
         QApplication::installTranslator(&translator);
-        Preferences().setHasCompletedOnboarding(true);
-        Preferences().setEjectWhenDone(false);
+        Preferences().set(Preference::HasCompletedOnboarding, true);
+        Preferences().set(Preference::EjectWhenDone, false);
         DriveStubs::disc(folder, {.type = "CD-ROM", .volumeName = "Audio CD"});
         app = std::make_unique<SpindriftApp>();
     }
@@ -125,7 +125,7 @@ TEST_F(TranslationTest, ARipAndItsOutcomes) {
     window->content().session().cancel();
     ASSERT_TRUE(waitUntil([this] { return !window->content().isWorking(); }));
 
-    Preferences().setThoroughVerify(true);
+    Preferences().set(Preference::ThoroughVerify, true);
     for (const char* body : {"exit 7", "echo Permission denied >&2; exit 1", "exit 0",
                              "echo x > \"$out\"; [ $verify = no ]", "echo x > \"$out\""}) {
         DriveStubs::imaging(folder, body);

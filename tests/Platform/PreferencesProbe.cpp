@@ -1,7 +1,6 @@
 // Another process that reads and writes the preferences: "KEY" prints true or false, "KEY VALUE"
 // writes first.
 #include <QCoreApplication>
-#include <QVariant>
 #include <cstdio>
 
 #include "Preferences.h"
@@ -10,11 +9,14 @@ int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments().mid(1);
     Preferences preferences;
-    const QByteArray key = arguments.value(0).toUtf8();
-    if (arguments.size() > 1 &&
-        !preferences.setProperty(key.constData(), arguments[1] == QLatin1String("true"))) {
-        return 1;
+    for (const PreferenceRow& row : preferenceTable) {
+        if (arguments.value(0) == QLatin1String(row.key)) {
+            if (arguments.size() > 1) {
+                preferences.set(row.preference, arguments[1] == QLatin1String("true"));
+            }
+            std::puts(preferences.value(row.preference) ? "true" : "false");
+            return 0;
+        }
     }
-    std::puts(preferences.property(key.constData()).toBool() ? "true" : "false");
-    return 0;
+    return 1;
 }

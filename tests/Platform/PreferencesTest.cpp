@@ -52,19 +52,12 @@ protected:
     }
 
     void watch(const Preferences& preferences, const QString& name) {
-        const auto note = [this, &preferences, name](const char* key) {
-            changes << name + QLatin1Char(' ') + QLatin1String(key) +
-                           (preferences.property(key).toBool() ? QStringLiteral(" on")
-                                                               : QStringLiteral(" off"));
-        };
-        QObject::connect(&preferences, &Preferences::ejectWhenDoneChanged,
-                         [note] { note("ejectWhenDone"); });
-        QObject::connect(&preferences, &Preferences::thoroughVerifyChanged,
-                         [note] { note("thoroughVerify"); });
-        QObject::connect(&preferences, &Preferences::retroModeChanged,
-                         [note] { note("retroMode"); });
-        QObject::connect(&preferences, &Preferences::hasCompletedOnboardingChanged,
-                         [note] { note("hasCompletedOnboarding"); });
+        QObject::connect(
+            &preferences, &Preferences::changed, [this, &preferences, name](Preference preference) {
+                changes << name + QLatin1Char(' ') + QLatin1String(rowOf(preference).key) +
+                               (preferences.value(preference) ? QStringLiteral(" on")
+                                                              : QStringLiteral(" off"));
+            });
     }
 
     TestFolder folder;
@@ -76,27 +69,27 @@ private:
 
 TEST_F(PreferencesTest, AFreshUserHasEjectingOnAndTheRestOff) {
     const Preferences preferences;
-    EXPECT_TRUE(preferences.ejectWhenDone());
-    EXPECT_FALSE(preferences.thoroughVerify());
-    EXPECT_FALSE(preferences.retroMode());
-    EXPECT_FALSE(preferences.hasCompletedOnboarding());
+    EXPECT_TRUE(preferences.value(Preference::EjectWhenDone));
+    EXPECT_FALSE(preferences.value(Preference::ThoroughVerify));
+    EXPECT_FALSE(preferences.value(Preference::RetroMode));
+    EXPECT_FALSE(preferences.value(Preference::HasCompletedOnboarding));
     EXPECT_EQ(preferences.appleInterfaceStyle(), std::nullopt);
 }
 
 TEST_F(PreferencesTest, ReadingWritesNothing) {
     const Preferences preferences;
-    preferences.ejectWhenDone();
+    preferences.value(Preference::EjectWhenDone);
     EXPECT_EQ(preferences.appleInterfaceStyle(), std::nullopt);
     EXPECT_THAT(TestFolder::list(folder.path(QStringLiteral("config"))), IsEmpty());
 }
 
 TEST_F(PreferencesTest, AWriteLiesInTheFileAtOnce) {
     Preferences preferences;
-    preferences.setEjectWhenDone(false);
+    preferences.set(Preference::EjectWhenDone, false);
     EXPECT_THAT(lines(), ElementsAre(u"[General]", u"ejectWhenDone=false"));
-    preferences.setThoroughVerify(true);
-    preferences.setRetroMode(true);
-    preferences.setHasCompletedOnboarding(true);
+    preferences.set(Preference::ThoroughVerify, true);
+    preferences.set(Preference::RetroMode, true);
+    preferences.set(Preference::HasCompletedOnboarding, true);
     EXPECT_THAT(lines(), testing::UnorderedElementsAre(u"[General]", u"ejectWhenDone=false",
                                                        u"thoroughVerify=true", u"retroMode=true",
                                                        u"hasCompletedOnboarding=true"));
@@ -106,17 +99,16 @@ TEST_F(PreferencesTest, AWriteLiesInTheFileAtOnce) {
 
 TEST_F(PreferencesTest, AWriteOfTheDefaultLiesInTheFileToo) {
     Preferences preferences;
-    preferences.setEjectWhenDone(true);
+    preferences.set(Preference::EjectWhenDone, true);
     EXPECT_THAT(lines(), ElementsAre(u"[General]", u"ejectWhenDone=true"));
 }
 
 TEST_F(PreferencesTest, EveryPreferenceIsWrittenAndReadUnderItsOwnKey) {
-    for (const char* key :
-         {"ejectWhenDone", "thoroughVerify", "retroMode", "hasCompletedOnboarding"}) {
+    for (const PreferenceRow& row : preferenceTable) {
         for (const bool value : {false, true, false}) {
-            Preferences().setProperty(key, value);
-            EXPECT_EQ(Preferences().property(key).toBool(), value) << key;
-            EXPECT_TRUE(lines().contains(QLatin1String(key) + QLatin1Char('=') +
+            Preferences().set(row.preference, value);
+            EXPECT_EQ(Preferences().value(row.preference), value) << row.key;
+            EXPECT_TRUE(lines().contains(QLatin1String(row.key) + QLatin1Char('=') +
                                          (value ? QLatin1String("true") : QLatin1String("false"))));
         }
     }
@@ -127,21 +119,21 @@ TEST_F(PreferencesTest, AWriteIsSeenAndSignalledByAllInstancesAtOnce) {
     Preferences two;
     watch(one, QStringLiteral("one"));
     watch(two, QStringLiteral("two"));
-    one.setRetroMode(true);
+    one.set(Preference::RetroMode, true);
     EXPECT_THAT(changes, testing::UnorderedElementsAre(u"one retroMode on", u"two retroMode on"));
     changes.clear();
-    two.setEjectWhenDone(false);
+    two.set(Preference::EjectWhenDone, false);
     EXPECT_THAT(changes,
                 testing::UnorderedElementsAre(u"one ejectWhenDone off", u"two ejectWhenDone off"));
 }
 
-TEST_F(PreferencesTest, EachPreferenceHasItsOwnSignal) {
+TEST_F(PreferencesTest, TheSignalNamesThePreference) {
     Preferences preferences;
     watch(preferences, QStringLiteral("p"));
-    preferences.setEjectWhenDone(false);
-    preferences.setThoroughVerify(true);
-    preferences.setRetroMode(true);
-    preferences.setHasCompletedOnboarding(true);
+    preferences.set(Preference::EjectWhenDone, false);
+    preferences.set(Preference::ThoroughVerify, true);
+    preferences.set(Preference::RetroMode, true);
+    preferences.set(Preference::HasCompletedOnboarding, true);
     EXPECT_THAT(changes, ElementsAre(u"p ejectWhenDone off", u"p thoroughVerify on",
                                      u"p retroMode on", u"p hasCompletedOnboarding on"));
 }
@@ -149,11 +141,11 @@ TEST_F(PreferencesTest, EachPreferenceHasItsOwnSignal) {
 TEST_F(PreferencesTest, AWriteOfTheSameValueIsNoChange) {
     Preferences preferences;
     watch(preferences, QStringLiteral("p"));
-    preferences.setEjectWhenDone(true);
-    preferences.setRetroMode(false);
+    preferences.set(Preference::EjectWhenDone, true);
+    preferences.set(Preference::RetroMode, false);
     EXPECT_THAT(changes, IsEmpty());
-    preferences.setRetroMode(true);
-    preferences.setRetroMode(true);
+    preferences.set(Preference::RetroMode, true);
+    preferences.set(Preference::RetroMode, true);
     EXPECT_THAT(changes, ElementsAre(u"p retroMode on"));
 }
 
@@ -162,48 +154,48 @@ TEST_F(PreferencesTest, AnInstanceThatAHandlerDeletedIsLeftAlone) {
     auto two = std::make_unique<Preferences>();
     int handled = 0;
     // Whichever is told first takes the other with it.
-    QObject::connect(one.get(), &Preferences::retroModeChanged, [&] {
+    QObject::connect(one.get(), &Preferences::changed, [&] {
         ++handled;
         two.reset();
     });
-    QObject::connect(two.get(), &Preferences::retroModeChanged, [&] {
+    QObject::connect(two.get(), &Preferences::changed, [&] {
         ++handled;
         one.reset();
     });
-    Preferences().setRetroMode(true);
+    Preferences().set(Preference::RetroMode, true);
     EXPECT_EQ(handled, 1);
 }
 
 TEST_F(PreferencesTest, AnotherProcessSeesAWrite) {
     Preferences preferences;
-    preferences.setEjectWhenDone(false);
+    preferences.set(Preference::EjectWhenDone, false);
     EXPECT_EQ(inAnotherProcess({QStringLiteral("ejectWhenDone")}), "false");
-    preferences.setEjectWhenDone(true);
+    preferences.set(Preference::EjectWhenDone, true);
     EXPECT_EQ(inAnotherProcess({QStringLiteral("ejectWhenDone")}), "true");
 }
 
 TEST_F(PreferencesTest, AWriteOfAnotherProcessIsSeen) {
     const Preferences preferences;
-    EXPECT_FALSE(preferences.thoroughVerify());
+    EXPECT_FALSE(preferences.value(Preference::ThoroughVerify));
     inAnotherProcess({QStringLiteral("thoroughVerify"), QStringLiteral("true")});
-    EXPECT_TRUE(preferences.thoroughVerify());
+    EXPECT_TRUE(preferences.value(Preference::ThoroughVerify));
     inAnotherProcess({QStringLiteral("thoroughVerify"), QStringLiteral("false")});
-    EXPECT_FALSE(preferences.thoroughVerify());
+    EXPECT_FALSE(preferences.value(Preference::ThoroughVerify));
 }
 
 TEST_F(PreferencesTest, ProcessesLeaveEachOthersKeysAlone) {
     Preferences preferences;
-    preferences.setRetroMode(true);
+    preferences.set(Preference::RetroMode, true);
     inAnotherProcess({QStringLiteral("thoroughVerify"), QStringLiteral("true")});
-    preferences.setEjectWhenDone(false);
-    EXPECT_TRUE(preferences.retroMode());
-    EXPECT_TRUE(preferences.thoroughVerify());
-    EXPECT_FALSE(preferences.ejectWhenDone());
+    preferences.set(Preference::EjectWhenDone, false);
+    EXPECT_TRUE(preferences.value(Preference::RetroMode));
+    EXPECT_TRUE(preferences.value(Preference::ThoroughVerify));
+    EXPECT_FALSE(preferences.value(Preference::EjectWhenDone));
 }
 
 TEST_F(PreferencesTest, WhatElseLiesInTheFileStays) {
     write("AppleInterfaceStyle=Dark\nunknown=7\n");
-    Preferences().setRetroMode(true);
+    Preferences().set(Preference::RetroMode, true);
     EXPECT_TRUE(lines().contains(QStringLiteral("AppleInterfaceStyle=Dark")));
     EXPECT_TRUE(lines().contains(QStringLiteral("unknown=7")));
     EXPECT_EQ(Preferences().appleInterfaceStyle(), QStringLiteral("Dark"));
@@ -212,11 +204,11 @@ TEST_F(PreferencesTest, WhatElseLiesInTheFileStays) {
 TEST_F(PreferencesTest, ValuesWrittenByHandAreReadInTheUsualSpellings) {
     for (const char* spelling : {"true", "TRUE", "True", "1", "\" true \""}) {
         writeElsewhere("[General]\nretroMode=" + QByteArray(spelling) + "\n");
-        EXPECT_TRUE(Preferences().retroMode()) << spelling;
+        EXPECT_TRUE(Preferences().value(Preference::RetroMode)) << spelling;
     }
     for (const char* spelling : {"false", "FALSE", "False", "0"}) {
         writeElsewhere("[General]\nejectWhenDone=" + QByteArray(spelling) + "\n");
-        EXPECT_FALSE(Preferences().ejectWhenDone()) << spelling;
+        EXPECT_FALSE(Preferences().value(Preference::EjectWhenDone)) << spelling;
     }
 }
 
@@ -225,8 +217,8 @@ TEST_F(PreferencesTest, AValueThatIsNoneFallsToTheDefault) {
                                 "@ByteArray(x)", "\"", "\xff\xfe"}) {
         writeElsewhere("[General]\nejectWhenDone=" + QByteArray(garbage) +
                        "\nretroMode=" + garbage + "\n");
-        EXPECT_TRUE(Preferences().ejectWhenDone()) << garbage;
-        EXPECT_FALSE(Preferences().retroMode()) << garbage;
+        EXPECT_TRUE(Preferences().value(Preference::EjectWhenDone)) << garbage;
+        EXPECT_FALSE(Preferences().value(Preference::RetroMode)) << garbage;
     }
 }
 
@@ -235,9 +227,9 @@ TEST_F(PreferencesTest, AFileThatIsNoSettingsFileLeavesTheDefaultsAndCanBeWritte
          QList<QByteArray>{"garbage\n", QByteArray(3000, '\0'), "[[[\n=\n", "\xff\xd8\xff"}) {
         writeElsewhere(garbage);
         Preferences preferences;
-        EXPECT_TRUE(preferences.ejectWhenDone());
-        preferences.setEjectWhenDone(false);
-        EXPECT_FALSE(preferences.ejectWhenDone());
+        EXPECT_TRUE(preferences.value(Preference::EjectWhenDone));
+        preferences.set(Preference::EjectWhenDone, false);
+        EXPECT_FALSE(preferences.value(Preference::EjectWhenDone));
         EXPECT_EQ(inAnotherProcess({QStringLiteral("ejectWhenDone")}), "false");
     }
 }
@@ -247,85 +239,85 @@ TEST_F(PreferencesTest, WhatCannotBeWrittenHoldsForThisProcess) {
     Preferences preferences;
     Preferences other;
     watch(other, QStringLiteral("other"));
-    preferences.setRetroMode(true);
-    EXPECT_TRUE(preferences.retroMode());
-    EXPECT_TRUE(other.retroMode());
+    preferences.set(Preference::RetroMode, true);
+    EXPECT_TRUE(preferences.value(Preference::RetroMode));
+    EXPECT_TRUE(other.value(Preference::RetroMode));
     EXPECT_THAT(changes, ElementsAre(u"other retroMode on"));
-    EXPECT_TRUE(Preferences().retroMode());
-    preferences.setRetroMode(false);
-    EXPECT_FALSE(other.retroMode());
+    EXPECT_TRUE(Preferences().value(Preference::RetroMode));
+    preferences.set(Preference::RetroMode, false);
+    EXPECT_FALSE(other.value(Preference::RetroMode));
     EXPECT_THAT(changes, ElementsAre(u"other retroMode on", u"other retroMode off"));
-    EXPECT_TRUE(preferences.ejectWhenDone());
+    EXPECT_TRUE(preferences.value(Preference::EjectWhenDone));
 }
 
 TEST_F(PreferencesTest, AFileThatCanBeWrittenAgainIsBelievedAgain) {
     block();
     Preferences preferences;
-    preferences.setRetroMode(true);
+    preferences.set(Preference::RetroMode, true);
     unblock();
-    preferences.setRetroMode(false);
-    EXPECT_FALSE(preferences.retroMode());
+    preferences.set(Preference::RetroMode, false);
+    EXPECT_FALSE(preferences.value(Preference::RetroMode));
     EXPECT_THAT(lines(), testing::Contains(u"retroMode=false"));
     inAnotherProcess({QStringLiteral("retroMode"), QStringLiteral("true")});
-    EXPECT_TRUE(preferences.retroMode());
+    EXPECT_TRUE(preferences.value(Preference::RetroMode));
 }
 
 TEST_F(PreferencesTest, WhatCouldNotBeWrittenIsWrittenWithTheNextPreferenceThatCanBe) {
     Preferences preferences;
     EXPECT_TRUE(preferences.isSaved());
     block();
-    preferences.setRetroMode(true);
-    preferences.setEjectWhenDone(false);
+    preferences.set(Preference::RetroMode, true);
+    preferences.set(Preference::EjectWhenDone, false);
     EXPECT_FALSE(preferences.isSaved());
     EXPECT_FALSE(Preferences().isSaved());
     unblock();
     EXPECT_FALSE(preferences.isSaved());
-    preferences.setThoroughVerify(true);
+    preferences.set(Preference::ThoroughVerify, true);
     EXPECT_TRUE(preferences.isSaved());
     EXPECT_THAT(lines(), testing::UnorderedElementsAre(u"[General]", u"ejectWhenDone=false",
                                                        u"retroMode=true", u"thoroughVerify=true"));
     // From here on the file is believed.
     inAnotherProcess({QStringLiteral("retroMode"), QStringLiteral("false")});
-    EXPECT_FALSE(preferences.retroMode());
+    EXPECT_FALSE(preferences.value(Preference::RetroMode));
 }
 
 TEST_F(PreferencesTest, AFileThatSomebodyRemovedLeavesTheDefaults) {
     Preferences preferences;
-    preferences.setEjectWhenDone(false);
-    preferences.setRetroMode(true);
+    preferences.set(Preference::EjectWhenDone, false);
+    preferences.set(Preference::RetroMode, true);
     ASSERT_TRUE(QFile::remove(file()));
-    EXPECT_TRUE(preferences.ejectWhenDone());
-    EXPECT_FALSE(preferences.retroMode());
-    preferences.setThoroughVerify(true);
+    EXPECT_TRUE(preferences.value(Preference::EjectWhenDone));
+    EXPECT_FALSE(preferences.value(Preference::RetroMode));
+    preferences.set(Preference::ThoroughVerify, true);
     EXPECT_THAT(lines(), ElementsAre(u"[General]", u"thoroughVerify=true"));
 }
 
 TEST_F(PreferencesTest, WhatCouldNotBeWrittenInOneFolderMeansNothingInAnother) {
     block();
     Preferences preferences;
-    preferences.setRetroMode(true);
+    preferences.set(Preference::RetroMode, true);
     folder.setEnvironment("XDG_CONFIG_HOME", folder.path(QStringLiteral("other")).toUtf8());
-    EXPECT_FALSE(preferences.retroMode());
+    EXPECT_FALSE(preferences.value(Preference::RetroMode));
     EXPECT_TRUE(preferences.isSaved());
 }
 
 TEST_F(PreferencesTest, TheFolderIsTheOneThatTheEnvironmentNamesNow) {
     Preferences preferences;
-    preferences.setRetroMode(true);
+    preferences.set(Preference::RetroMode, true);
     folder.setEnvironment("XDG_CONFIG_HOME", folder.path(QStringLiteral("other")).toUtf8());
-    EXPECT_FALSE(preferences.retroMode());
-    preferences.setThoroughVerify(true);
+    EXPECT_FALSE(preferences.value(Preference::RetroMode));
+    preferences.set(Preference::ThoroughVerify, true);
     EXPECT_TRUE(QFile::exists(folder.path(QStringLiteral("other/Spindrift/Spindrift.conf"))));
     folder.setEnvironment("XDG_CONFIG_HOME", folder.path(QStringLiteral("config")).toUtf8());
-    EXPECT_TRUE(preferences.retroMode());
-    EXPECT_FALSE(preferences.thoroughVerify());
+    EXPECT_TRUE(preferences.value(Preference::RetroMode));
+    EXPECT_FALSE(preferences.value(Preference::ThoroughVerify));
 }
 
 TEST_F(PreferencesTest, WithoutAnAbsoluteFolderTheHomeFoldersIsUsed) {
     for (const auto& value : QList<std::optional<QByteArray>>{std::nullopt, "", "relative/path"}) {
         folder.setEnvironment("XDG_CONFIG_HOME", value);
         QFile::remove(folder.path(QStringLiteral("home/.config/Spindrift/Spindrift.conf")));
-        Preferences().setThoroughVerify(true);
+        Preferences().set(Preference::ThoroughVerify, true);
         EXPECT_TRUE(
             QFile::exists(folder.path(QStringLiteral("home/.config/Spindrift/Spindrift.conf"))));
     }
@@ -361,7 +353,7 @@ TEST_F(PreferencesTest, OneThatFollowsTellsOfNothingTwice) {
     Preferences follower;
     watch(follower, QStringLiteral("follower"));
     follower.followOtherProcesses();
-    follower.setRetroMode(true);
+    follower.set(Preference::RetroMode, true);
     EXPECT_THAT(changes, ElementsAre(u"follower retroMode on"));
     inAnotherProcess({QStringLiteral("thoroughVerify"), QStringLiteral("true")});
     ASSERT_TRUE(waitUntil([&] { return changes.size() > 1; }));
@@ -373,8 +365,8 @@ TEST_F(PreferencesTest, WithoutAFolderThereIsNothingToFollow) {
     Preferences preferences;
     watch(preferences, QStringLiteral("one"));
     preferences.followOtherProcesses();
-    preferences.setRetroMode(true);
-    EXPECT_TRUE(preferences.retroMode());
+    preferences.set(Preference::RetroMode, true);
+    EXPECT_TRUE(preferences.value(Preference::RetroMode));
     EXPECT_THAT(changes, ElementsAre(u"one retroMode on"));
 }
 

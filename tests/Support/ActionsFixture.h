@@ -41,7 +41,7 @@ protected:
     }
 
     void startHeldVerification(HostWindow& window) {
-        Preferences().setThoroughVerify(true);
+        Preferences().set(Preference::ThoroughVerify, true);
         DriveStubs::disc(folder, {});
         DriveStubs::imaging(folder,
                             "printf image > \"$out\"\n"

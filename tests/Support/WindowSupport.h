@@ -69,7 +69,7 @@ private:
 class HostWindow final : public QWidget {
 public:
     HostWindow() {
-        Preferences().setHasCompletedOnboarding(true);
+        Preferences().set(Preference::HasCompletedOnboarding, true);
         auto* outer = new QVBoxLayout(this);
         outer->setContentsMargins(0, 0, 0, 0);
         outer->setSizeConstraint(QLayout::SetFixedSize);

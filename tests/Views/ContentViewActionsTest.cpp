@@ -163,13 +163,13 @@ TEST_F(ContentViewActionsTest, AMinimisedWindowKeepsPolling) {
 TEST_F(ContentViewActionsTest, TheGuideDoesNotOpenByItselfWithAccess) {
     DriveStubs::emptyDrive(folder);
     HostWindow window;
-    Preferences().setHasCompletedOnboarding(false);
+    Preferences().set(Preference::HasCompletedOnboarding, false);
     const QString drive = folder.path(QStringLiteral("drive"));
     folder.write(QStringLiteral("drive/drive.json"), "{}");
     folder.setEnvironment("SPINDRIFT_PRACTICE_DRIVE", drive.toUtf8());
     window.open();
     EXPECT_EQ(sheetNamed(window, "OnboardingView"), nullptr);
-    EXPECT_FALSE(Preferences().hasCompletedOnboarding());
+    EXPECT_FALSE(Preferences().value(Preference::HasCompletedOnboarding));
 }
 
 TEST_F(ContentViewActionsTest, PollingStopsWhenTheWindowGoes) {
@@ -202,7 +202,7 @@ TEST_F(ContentViewActionsTest, AVerifiedRipEjectsTheDiscIfSoSet) {
 }
 
 TEST_F(ContentViewActionsTest, AVerifiedRipLeavesTheDiscInTheDriveIfSoSet) {
-    Preferences().setEjectWhenDone(false);
+    Preferences().set(Preference::EjectWhenDone, false);
     DriveStubs::disc(folder, {});
     DriveStubs::goodImaging(folder);
     HostWindow window;
@@ -213,7 +213,7 @@ TEST_F(ContentViewActionsTest, AVerifiedRipLeavesTheDiscInTheDriveIfSoSet) {
 }
 
 TEST_F(ContentViewActionsTest, AMismatchNeitherEjectsNorForgetsTheDestination) {
-    Preferences().setThoroughVerify(true);
+    Preferences().set(Preference::ThoroughVerify, true);
     DriveStubs::disc(folder, {});
     DriveStubs::imaging(folder, "echo $verify > \"$out\"");
     DriveStubs::goodDigest(folder);
@@ -227,7 +227,7 @@ TEST_F(ContentViewActionsTest, AMismatchNeitherEjectsNorForgetsTheDestination) {
 }
 
 TEST_F(ContentViewActionsTest, AMatchOfTheSecondReadIsVerified) {
-    Preferences().setThoroughVerify(true);
+    Preferences().set(Preference::ThoroughVerify, true);
     DriveStubs::disc(folder, {});
     DriveStubs::goodImaging(folder);
     StubTools::write(folder, QStringLiteral("/usr/bin/shasum"), "echo same");
@@ -238,7 +238,7 @@ TEST_F(ContentViewActionsTest, AMatchOfTheSecondReadIsVerified) {
 }
 
 TEST_F(ContentViewActionsTest, AVerificationThatCannotBeDoneShowsWhy) {
-    Preferences().setThoroughVerify(true);
+    Preferences().set(Preference::ThoroughVerify, true);
     DriveStubs::disc(folder, {});
     DriveStubs::imaging(folder, "printf image > \"$out\"; [ $verify = no ]");
     HostWindow window;
@@ -247,7 +247,7 @@ TEST_F(ContentViewActionsTest, AVerificationThatCannotBeDoneShowsWhy) {
 }
 
 TEST_F(ContentViewActionsTest, TheSpeedOfARipJoinsTheHistory) {
-    Preferences().setEjectWhenDone(false);
+    Preferences().set(Preference::EjectWhenDone, false);
     DriveStubs::disc(folder, {});
     DriveStubs::goodImaging(folder);
     HostWindow window;
@@ -273,31 +273,32 @@ TEST_F(ContentViewActionsTest, TheEjectButtonEjectsTheDiscThatIsShown) {
 TEST_F(ContentViewActionsTest, TheGuideOpensAtTheFirstStartWithoutAccess) {
     DriveStubs::emptyDrive(folder);
     HostWindow window;
-    Preferences().setHasCompletedOnboarding(false);
+    Preferences().set(Preference::HasCompletedOnboarding, false);
     folder.setEnvironment("SPINDRIFT_PRACTICE_DRIVE", folder.path(QStringLiteral("none")).toUtf8());
     window.open();
     QDialog* guide = sheetNamed(window, "OnboardingView");
     ASSERT_NE(guide, nullptr);
     EXPECT_EQ(guide->windowModality(), Qt::WindowModal);
-    EXPECT_FALSE(Preferences().hasCompletedOnboarding()) << "not before it is closed";
+    EXPECT_FALSE(Preferences().value(Preference::HasCompletedOnboarding))
+        << "not before it is closed";
     guide->close();
     settle();
     EXPECT_EQ(sheetNamed(window, "OnboardingView"), nullptr);
-    EXPECT_TRUE(Preferences().hasCompletedOnboarding());
+    EXPECT_TRUE(Preferences().value(Preference::HasCompletedOnboarding));
 }
 
 TEST_F(ContentViewActionsTest, EscapeAlsoCountsTheGuideAsCompleted) {
     DriveStubs::emptyDrive(folder);
     HostWindow window;
     window.open();
-    Preferences().setHasCompletedOnboarding(false);
+    Preferences().set(Preference::HasCompletedOnboarding, false);
     window.content->showOnboarding();
     settle();
     ASSERT_NE(sheetNamed(window, "OnboardingView"), nullptr);
     QTest::keyClick(sheetNamed(window, "OnboardingView"), Qt::Key_Escape);
     settle();
     EXPECT_EQ(sheetNamed(window, "OnboardingView"), nullptr);
-    EXPECT_TRUE(Preferences().hasCompletedOnboarding());
+    EXPECT_TRUE(Preferences().value(Preference::HasCompletedOnboarding));
 }
 
 TEST_F(ContentViewActionsTest, TheGuideDoesNotOpenByItselfOnceCompleted) {

@@ -125,7 +125,7 @@ TEST(CancelConfirmationTest, ItsColoursFollowTheSchemeThatItChangesTo) {
 }
 
 TEST_F(ContentViewCancelTest, TheQuestionFollowsWhatRuns) {
-    Preferences().setThoroughVerify(true);
+    Preferences().set(Preference::ThoroughVerify, true);
     DriveStubs::disc(folder, {});
     DriveStubs::imaging(folder,
                         "printf image > \"$out\"\n"
@@ -182,7 +182,7 @@ TEST_F(ContentViewCancelTest, AWindowThatRipsAsksBeforeItCloses) {
 }
 
 TEST_F(ContentViewCancelTest, AWindowThatClosesAlsoCancelsWhatTheVerificationStartsAfterThat) {
-    Preferences().setThoroughVerify(true);
+    Preferences().set(Preference::ThoroughVerify, true);
     DriveStubs::disc(folder, {});
     const QByteArray ready = "'" + folder.path(QStringLiteral("ready")).toUtf8() + "'";
     DriveStubs::imaging(folder,

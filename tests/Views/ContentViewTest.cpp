@@ -284,7 +284,7 @@ TEST_F(ContentViewTest, AnUnknownPercentageMakesTheBarBusyWhileTheBytesCountUp) 
 }
 
 TEST_F(ContentViewTest, AfterAQuickVerificationItReadsVerifiedAtOnceAndRipAgain) {
-    Preferences().setEjectWhenDone(false);
+    Preferences().set(Preference::EjectWhenDone, false);
     DriveStubs::disc(folder, {});
     DriveStubs::goodImaging(folder);
     HostWindow window;
@@ -350,7 +350,7 @@ TEST_F(ContentViewTest, RetroModeIsFollowedAtOnceAndForcesTheLightScheme) {
     EXPECT_EQ(Appearance::schemeOf(window.palette()), SystemAppearance::Scheme::Dark);
     const QFont before = window.content->font();
 
-    Preferences().setRetroMode(true);
+    Preferences().set(Preference::RetroMode, true);
     settle();
     EXPECT_EQ(Appearance::schemeOf(window.palette()), SystemAppearance::Scheme::Light);
     EXPECT_EQ(window.palette().color(QPalette::WindowText),
@@ -363,7 +363,7 @@ TEST_F(ContentViewTest, RetroModeIsFollowedAtOnceAndForcesTheLightScheme) {
     EXPECT_TRUE(stripes->isVisible());
     EXPECT_EQ(stripes->geometry(), window.rect());
 
-    Preferences().setRetroMode(false);
+    Preferences().set(Preference::RetroMode, false);
     settle();
     EXPECT_EQ(Appearance::schemeOf(window.palette()), SystemAppearance::Scheme::Dark);
     EXPECT_EQ(window.content->font(), before);
@@ -425,7 +425,7 @@ TEST_F(ContentViewTest, TheKeyboardsFocusIsSeenOnEveryButton) {
     activate(&window);
     window.choose(folder, QStringLiteral("a.iso"));
     for (const bool retro : {false, true}) {
-        Preferences().setRetroMode(retro);
+        Preferences().set(Preference::RetroMode, retro);
         settle();
         for (const char* name :
              {"diagnosticsButton", "ejectButton", "chooseButton", "startButton"}) {

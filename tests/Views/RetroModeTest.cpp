@@ -31,7 +31,7 @@ int glows(const QWidget& window) {
 }
 
 void setRetroMode(bool retro) {
-    Preferences().setRetroMode(retro);
+    Preferences().set(Preference::RetroMode, retro);
     settle();
 }
 

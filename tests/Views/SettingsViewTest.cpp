@@ -25,23 +25,36 @@ TEST_F(SettingsViewTest, AFreshUserSeesTheDefaults) {
     }
 }
 
+TEST_F(SettingsViewTest, EveryPreferenceWithALabelHasASwitchThatFollowsItAndNoOther) {
+    const SettingsView view;
+    for (const PreferenceRow& row : preferenceTable) {
+        const auto* control = view.findChild<QCheckBox*>(QLatin1String(row.key) + "Switch");
+        ASSERT_EQ(control != nullptr, row.section != nullptr) << row.key;
+        if (control != nullptr) {
+            EXPECT_EQ(control->text(), QString::fromUtf8(row.label));
+            Preferences().set(row.preference, !row.byDefault);
+            EXPECT_EQ(control->isChecked(), !row.byDefault) << row.key;
+        }
+    }
+}
+
 TEST_F(SettingsViewTest, ASwitchIsWrittenAtOnce) {
     const SettingsView view;
     named<QCheckBox>(&view, "ejectWhenDoneSwitch")->click();
-    EXPECT_FALSE(Preferences().ejectWhenDone());
+    EXPECT_FALSE(Preferences().value(Preference::EjectWhenDone));
     named<QCheckBox>(&view, "thoroughVerifySwitch")->click();
-    EXPECT_TRUE(Preferences().thoroughVerify());
+    EXPECT_TRUE(Preferences().value(Preference::ThoroughVerify));
     named<QCheckBox>(&view, "retroModeSwitch")->click();
-    EXPECT_TRUE(Preferences().retroMode());
+    EXPECT_TRUE(Preferences().value(Preference::RetroMode));
     const SettingsView another;
     EXPECT_TRUE(named<QCheckBox>(&another, "retroModeSwitch")->isChecked());
 }
 
 TEST_F(SettingsViewTest, ASwitchFollowsAChangeMadeElsewhere) {
     const SettingsView view;
-    Preferences().setEjectWhenDone(false);
-    Preferences().setThoroughVerify(true);
-    Preferences().setRetroMode(true);
+    Preferences().set(Preference::EjectWhenDone, false);
+    Preferences().set(Preference::ThoroughVerify, true);
+    Preferences().set(Preference::RetroMode, true);
     EXPECT_FALSE(named<QCheckBox>(&view, "ejectWhenDoneSwitch")->isChecked());
     EXPECT_TRUE(named<QCheckBox>(&view, "thoroughVerifySwitch")->isChecked());
     EXPECT_TRUE(named<QCheckBox>(&view, "retroModeSwitch")->isChecked());
