@@ -1,42 +1,13 @@
 #include "CommandArguments.h"
 
 #include <QFile>
-#include <array>
+#include <algorithm>
 #include <utility>
 
+#include "CommandTable.h"
+#include "Suggestion.h"
+
 namespace {
-
-constexpr std::array<std::pair<Command, const char*>, 8> commandNames = {{
-    {Command::Status, "status"},
-    {Command::Rip, "rip"},
-    {Command::SpeedTest, "speed-test"},
-    {Command::History, "history"},
-    {Command::Nickname, "nickname"},
-    {Command::Eject, "eject"},
-    {Command::Access, "access"},
-    {Command::Settings, "settings"},
-}};
-
-std::optional<Command> commandFromName(const QString& name) {
-    for (const auto& [command, text] : commandNames) {
-        if (name == QLatin1String(text)) {
-            return command;
-        }
-    }
-    return std::nullopt;
-}
-
-qsizetype mostOperands(Command command) {
-    switch (command) {
-        case Command::Rip:
-        case Command::Nickname:
-            return 1;
-        case Command::Settings:
-            return 2;
-        default:
-            return 0;
-    }
-}
 
 bool looksLikeOption(const QString& argument) {
     return argument.size() > 1 && argument.startsWith(QLatin1Char('-'));
@@ -77,59 +48,130 @@ private:
             m_invocation.operands.append(argument);
             return;
         }
-        m_command = commandFromName(argument);
-        if (m_command) {
-            m_invocation.command = *m_command;
-        } else {
-            m_problem = QStringLiteral("There is no command “%1”.").arg(argument);
+        if (const CommandRow* row = CommandTable::named(argument)) {
+            m_invocation.command = row->command;
+            m_command = row->command;
+            return;
         }
+        QStringList names;
+        for (const CommandRow& row : CommandTable::commands()) {
+            names.append(QLatin1String(row.name));
+        }
+        m_problem =
+            QStringLiteral("There is no command “%1”.").arg(argument) + suggestion(argument, names);
     }
 
     void readOption(const QString& argument) {
         if (argument == QLatin1String("--")) {
             m_optionsEnded = true;
-            return;
-        }
-        const qsizetype equals =
-            argument.startsWith(QLatin1String("--")) ? argument.indexOf(QLatin1Char('=')) : -1;
-        const QString name = equals < 0 ? argument : argument.left(equals);
-        const auto value = equals < 0 ? std::nullopt : std::optional(argument.mid(equals + 1));
-        if (name == QLatin1String("--practice")) {
-            readPractice(value);
-        } else if (name == QLatin1String("--output") || name == QLatin1String("-o")) {
-            readOutput(name, value);
-        } else if (bool* flag = flagOf(name)) {
-            if (value) {
-                m_problem = QStringLiteral("The option “%1” takes no value.").arg(name);
-                return;
-            }
-            *flag = true;
-            if (flag == &m_invocation.thorough || flag == &m_invocation.eject ||
-                flag == &m_invocation.force) {
-                m_ripOptions.append(name);
-            }
+        } else if (argument.startsWith(QLatin1String("--"))) {
+            readLongOption(argument);
         } else {
-            m_problem = QStringLiteral("There is no option “%1”.").arg(name);
+            readLetters(argument);
         }
     }
 
-    bool* flagOf(const QString& name) {
-        const std::array<std::pair<const char*, bool*>, 8> flags = {{
-            {"--json", &m_invocation.json},
-            {"--help", &m_help},
-            {"-h", &m_help},
-            {"--version", &m_version},
-            {"-V", &m_version},
-            {"--thorough", &m_invocation.thorough},
-            {"--eject", &m_invocation.eject},
-            {"--force", &m_invocation.force},
-        }};
-        for (const auto& [text, flag] : flags) {
-            if (name == QLatin1String(text)) {
-                return flag;
+    // "--output=FILE", also by a beginning that no other option has.
+    void readLongOption(const QString& argument) {
+        const qsizetype equals = argument.indexOf(QLatin1Char('='));
+        const QString name = equals < 0 ? argument : argument.left(equals);
+        const QList<const OptionRow*> begun = optionsBeginning(name.mid(2));
+        if (begun.size() != 1) {
+            complainAboutOption(name);
+            return;
+        }
+        const OptionRow& option = *begun.constFirst();
+        const QString fullName = QLatin1String("--") + QLatin1String(option.name);
+        if (equals >= 0 && option.argument == nullptr) {
+            m_problem = QStringLiteral("The option “%1” takes no value.").arg(fullName);
+            return;
+        }
+        take(option, fullName, equals < 0 ? std::nullopt : std::optional(argument.mid(equals + 1)));
+    }
+
+    // "-hV" is "-h -V", "-oFILE" is "-o FILE".
+    void readLetters(const QString& argument) {
+        for (qsizetype index = 1; index < argument.size() && !m_problem; ++index) {
+            const QString name = QLatin1Char('-') + argument.at(index);
+            const OptionRow* option = optionOfLetter(argument.at(index));
+            if (option == nullptr) {
+                complainAboutOption(name);
+            } else if (option->argument != nullptr && index + 1 < argument.size()) {
+                take(*option, name, argument.mid(index + 1));
+                return;
+            } else {
+                take(*option, name, std::nullopt);
+            }
+        }
+    }
+
+    static QList<const OptionRow*> allOptions() {
+        QList<const OptionRow*> all;
+        const auto add = [&all](const OptionRow& row) { all.append(&row); };
+        std::ranges::for_each(CommandTable::commonOptions(), add);
+        for (const CommandRow& command : CommandTable::commands()) {
+            std::ranges::for_each(command.options, add);
+        }
+        return all;
+    }
+
+    static QList<const OptionRow*> optionsBeginning(const QString& name) {
+        QList<const OptionRow*> begun;
+        for (const OptionRow* option : allOptions()) {
+            const auto full = QLatin1String(option->name);
+            if (full == name) {
+                return {option};
+            }
+            if (full.startsWith(name)) {
+                begun.append(option);
+            }
+        }
+        return begun;
+    }
+
+    static const OptionRow* optionOfLetter(QChar letter) {
+        for (const OptionRow* option : allOptions()) {
+            if (option->letter != 0 && letter == QLatin1Char(option->letter)) {
+                return option;
             }
         }
         return nullptr;
+    }
+
+    void complainAboutOption(const QString& name) {
+        QStringList names;
+        for (const OptionRow* option : allOptions()) {
+            names.append(QLatin1String("--") + QLatin1String(option->name));
+        }
+        m_problem = QStringLiteral("There is no option “%1”.").arg(name) + suggestion(name, names);
+    }
+
+    void take(const OptionRow& row, const QString& name, const std::optional<QString>& value) {
+        m_taken.append({&row, name});
+        switch (row.option) {
+            case Option::Output:
+                return readOutput(name, value);
+            case Option::Practice:
+                return readPractice(value);
+            case Option::Thorough:
+                m_invocation.thorough = true;
+                return;
+            case Option::Eject:
+                m_invocation.eject = true;
+                return;
+            case Option::Force:
+                m_invocation.force = true;
+                return;
+            case Option::Json:
+                m_invocation.json = true;
+                return;
+            case Option::Help:
+                m_help = true;
+                return;
+            case Option::Version:
+                m_version = true;
+                return;
+        }
     }
 
     void readPractice(const std::optional<QString>& value) {
@@ -147,7 +189,7 @@ private:
         }
         const QString& following = m_arguments.at(m_next);
         if (following.isEmpty() || following.startsWith(QLatin1Char('-')) ||
-            commandFromName(following)) {
+            CommandTable::named(following) != nullptr) {
             return;
         }
         m_invocation.practiceImage = following;
@@ -155,7 +197,6 @@ private:
     }
 
     void readOutput(const QString& name, const std::optional<QString>& value) {
-        m_ripOptions.append(name);
         auto file = value;
         if (!file && m_next < m_arguments.size()) {
             // "--output -- -odd-name.iso": the name that follows is meant as it stands.
@@ -185,22 +226,30 @@ private:
         }
     }
 
+    static bool holds(std::span<const OptionRow> rows, const OptionRow& row) {
+        return std::ranges::any_of(rows, [&](const OptionRow& known) { return &known == &row; });
+    }
+
     void check() {
         if (!m_command) {
             m_problem = QStringLiteral("No command was given.");
             return;
         }
-        const qsizetype most = mostOperands(*m_command);
-        if (m_invocation.operands.size() > most) {
-            m_problem = QStringLiteral("“%1” is one argument too many for “%2”.")
-                            .arg(m_invocation.operands.at(most), commandName(*m_command));
+        const CommandRow& row = CommandTable::row(*m_command);
+        if (m_invocation.operands.size() > row.mostOperands) {
+            m_problem =
+                QStringLiteral("“%1” is one argument too many for “%2”.")
+                    .arg(m_invocation.operands.at(row.mostOperands), QLatin1String(row.name));
             return;
         }
-        if (*m_command != Command::Rip) {
-            if (!m_ripOptions.isEmpty()) {
-                m_problem = QStringLiteral("“%1” has no option “%2”.")
-                                .arg(commandName(*m_command), m_ripOptions.constFirst());
+        for (const auto& [option, name] : m_taken) {
+            if (!holds(CommandTable::commonOptions(), *option) && !holds(row.options, *option)) {
+                m_problem =
+                    QStringLiteral("“%1” has no option “%2”.").arg(QLatin1String(row.name), name);
+                return;
             }
+        }
+        if (*m_command != Command::Rip) {
             return;
         }
         if (!m_invocation.operands.isEmpty()) {
@@ -220,7 +269,7 @@ private:
     bool m_help = false;
     bool m_version = false;
     std::optional<Command> m_command;
-    QStringList m_ripOptions;
+    QList<std::pair<const OptionRow*, QString>> m_taken;  // and how they are called in a message
     Invocation m_invocation;
     std::optional<QString> m_problem;
 };
@@ -241,13 +290,4 @@ CommandArguments parseCommandArguments(const QByteArrayList& arguments) {
         decoded.append(text);
     }
     return Parser(std::move(decoded)).parse();
-}
-
-QString commandName(Command command) {
-    for (const auto& [known, text] : commandNames) {
-        if (known == command) {
-            return QString::fromLatin1(text);
-        }
-    }
-    Q_UNREACHABLE();
 }

@@ -46,9 +46,7 @@ struct UsageError {
 using CommandArguments = std::variant<Invocation, HelpRequest, VersionRequest, UsageError>;
 
 // The arguments as the system hands them over, without the program's name. Options may stand before
-// and after the command; "--" ends them. The argument after "--practice" is its image unless it is
+// and after the command, long ones cut to what no other begins with and letters together; "--" ends
+// them. The argument after "--practice" is its image unless it is
 // an option or the name of a command; "--practice=FILE" always is.
 CommandArguments parseCommandArguments(const QByteArrayList& arguments);
-
-// "rip", "speed-test" and so on.
-QString commandName(Command command);

@@ -9,6 +9,7 @@
 
 #include "CommandArguments.h"
 #include "CommandContext.h"
+#include "CommandTable.h"
 #include "HelpText.h"
 #include "Interruption.h"
 #include "PracticeFolder.h"
@@ -98,8 +99,10 @@ int runInvocation(const Invocation& invocation, TextOutput& output, TextOutput& 
 }
 
 int tellUsageError(const UsageError& error, TextOutput& errors) {
-    const QString help = error.command ? commandName(*error.command) + QStringLiteral(" --help")
-                                       : QStringLiteral("--help");
+    QString help = QStringLiteral("--help");
+    if (error.command) {
+        help.prepend(QLatin1String(CommandTable::row(*error.command).name) + QLatin1Char(' '));
+    }
     errors.write(
         QStringLiteral("spindrift-cli: %1\nTry “spindrift-cli %2”.\n").arg(error.message, help));
     return ExitStatus::usage;

@@ -3,6 +3,7 @@
 #include "JsonText.h"
 #include "Preferences.h"
 #include "QuickCommands.h"
+#include "Suggestion.h"
 
 using Json = nlohmann::ordered_json;
 
@@ -58,8 +59,9 @@ int QuickCommands::settings(const CommandContext& context) {
         for (const PreferenceRow& known : preferenceTable) {
             keys.append(QLatin1String(known.key));
         }
-        context.complain(QStringLiteral("There is no setting “%1”. The settings are: %2.")
-                             .arg(operands.at(0), keys.join(QLatin1String(", "))));
+        context.complain(QStringLiteral("There is no setting “%1”.%2 The settings are: %3.")
+                             .arg(operands.at(0), suggestion(operands.at(0), keys),
+                                  keys.join(QLatin1String(", "))));
         return ExitStatus::usage;
     }
     if (operands.size() == 2) {

@@ -37,15 +37,57 @@ TEST(CommandArgumentsTest, EachCommandIsKnownByItsName) {
 TEST(CommandArgumentsTest, NoCommandOrAnUnknownOneIsAUsageError) {
     EXPECT_EQ(complaint({}), "No command was given.");
     EXPECT_EQ(complaint({"--json"}), "No command was given.");
-    EXPECT_EQ(complaint({"Status"}), "There is no command “Status”.");
+    EXPECT_EQ(complaint({"Status"}), "There is no command “Status”. Did you mean “status”?");
     EXPECT_EQ(complaint({""}), "There is no command “”.");
 }
 
 TEST(CommandArgumentsTest, AnUnknownOptionIsAUsageErrorOfItsCommand) {
-    EXPECT_EQ(complaint({"status", "--jason"}), "There is no option “--jason”.");
+    EXPECT_EQ(complaint({"status", "--jason"}),
+              "There is no option “--jason”. Did you mean “--json”?");
     EXPECT_EQ(complaint({"status", "-j"}), "There is no option “-j”.");
     const auto result = parse({"status", "--jason"});
     EXPECT_EQ(std::get<UsageError>(result).command, Command::Status);
+}
+
+TEST(CommandArgumentsTest, ANameThatIsNearIsSuggested) {
+    EXPECT_EQ(complaint({"setings"}), "There is no command “setings”. Did you mean “settings”?");
+    EXPECT_EQ(complaint({"spedtst"}), "There is no command “spedtst”.");
+    EXPECT_EQ(complaint({"speedtest"}),
+              "There is no command “speedtest”. Did you mean “speed-test”?");
+    EXPECT_EQ(complaint({"x"}), "There is no command “x”.");
+    EXPECT_EQ(complaint({"status", "-json"}), "There is no option “-j”.");
+    EXPECT_EQ(complaint({"rip", "--outptu", "a"}),
+              "There is no option “--outptu”. Did you mean “--output”?");
+    EXPECT_EQ(complaint({"rip", "--", "--outptu", "a"}), "“a” is one argument too many for “rip”.");
+}
+
+TEST(CommandArgumentsTest, ALongOptionMayBeCutToWhatNoOtherBeginsWith) {
+    const Invocation cut =
+        parsed({"rip", "--out=a", "--th", "--ej", "--fo", "--js", "--pra=disc.iso"});
+    const Invocation whole = parsed(
+        {"rip", "--output=a", "--thorough", "--eject", "--force", "--json", "--practice=disc.iso"});
+    EXPECT_EQ(cut, whole);
+    EXPECT_TRUE(cut.thorough && cut.eject && cut.force && cut.json);
+    EXPECT_EQ(parsed({"rip", "--o", "a"}).output, QStringLiteral("a"));
+    EXPECT_EQ(complaint({"status", "--j=yes"}), "The option “--json” takes no value.");
+    EXPECT_EQ(complaint({"status", "--fo"}), "“status” has no option “--force”.");
+    // What all begin with is none.
+    EXPECT_EQ(complaint({"status", "--=yes"}), "There is no option “--”.");
+    EXPECT_EQ(complaint({"status", "--jsonx"}),
+              "There is no option “--jsonx”. Did you mean “--json”?");
+}
+
+TEST(CommandArgumentsTest, LettersMayStandTogetherWithTheValueOfTheLast) {
+    EXPECT_EQ(parsed({"rip", "-oa.iso"}).output, QStringLiteral("a.iso"));
+    EXPECT_EQ(parsed({"rip", "-o-a.iso"}).output, QStringLiteral("-a.iso"));
+    EXPECT_EQ(parsed({"rip", "-o", "--", "-a.iso"}).output, QStringLiteral("-a.iso"));
+    EXPECT_TRUE(std::holds_alternative<HelpRequest>(parse({"-Vh"})));
+    EXPECT_TRUE(std::holds_alternative<HelpRequest>(parse({"-hV"})));
+    EXPECT_TRUE(std::holds_alternative<VersionRequest>(parse({"-VV"})));
+    EXPECT_TRUE(std::holds_alternative<HelpRequest>(parse({"rip", "-ho"})));
+    EXPECT_EQ(complaint({"status", "-xV"}), "There is no option “-x”.");
+    EXPECT_EQ(complaint({"rip", "-o"}), "The option “-o” needs the name of a file.");
+    EXPECT_EQ(complaint({"history", "-oa"}), "“history” has no option “-o”.");
 }
 
 TEST(CommandArgumentsTest, AnOptionOfRipIsRefusedElsewhere) {

@@ -3,10 +3,12 @@
 
 #include <QFile>
 #include <QProcess>
-#include <QRegularExpression>
 #include <QSet>
 
+#include "CommandTable.h"
+#include "FilledTemplate.h"
 #include "HelpText.h"
+#include "PreferenceTable.h"
 #include "TestFolder.h"
 
 namespace {
@@ -14,23 +16,18 @@ namespace {
 using testing::HasSubstr;
 
 QString read(const char* name) {
-    QFile file(QStringLiteral(SPINDRIFT_COMMAND_LINE_SOURCE "/") + QLatin1String(name));
+    QFile file(QStringLiteral(SPINDRIFT_COMMAND_LINE_TEXTS "/") + QLatin1String(name));
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
     return QString::fromUtf8(file.readAll());
 }
 
-// Every "--option" of all help texts.
 QSet<QString> options() {
-    QString help = helpText(std::nullopt);
-    for (const Command command :
-         {Command::Status, Command::Rip, Command::SpeedTest, Command::History, Command::Nickname,
-          Command::Eject, Command::Access, Command::Settings}) {
-        help += helpText(command);
-    }
     QSet<QString> found;
-    auto matches = QRegularExpression(QStringLiteral("--[a-z]+")).globalMatch(help);
-    while (matches.hasNext()) {
-        found.insert(matches.next().captured());
+    for (const OptionRow& option : CommandTable::commonOptions()) {
+        found.insert(QStringLiteral("--%1").arg(QLatin1String(option.name)));
+    }
+    for (const OptionRow& option : CommandTable::row(Command::Rip).options) {
+        found.insert(QStringLiteral("--%1").arg(QLatin1String(option.name)));
     }
     return found;
 }
@@ -43,7 +40,7 @@ QStringList completionsOf(const QStringList& words) {
         QStringList{"--norc", "-c",
                     "source \"$0\"; COMP_WORDS=(\"$@\"); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); "
                     "_spindrift_cli 2>/dev/null; printf '%s\\n' \"${COMPREPLY[@]}\"",
-                    SPINDRIFT_COMMAND_LINE_SOURCE "/spindrift-cli.bash", "spindrift-cli"} +
+                    SPINDRIFT_COMMAND_LINE_TEXTS "/spindrift-cli.bash", "spindrift-cli"} +
             words);
     EXPECT_TRUE(bash.waitForFinished());
     EXPECT_EQ(bash.readAllStandardError(), "");
@@ -53,15 +50,53 @@ QStringList completionsOf(const QStringList& words) {
     return lines;
 }
 
-TEST(ManualTest, ThePageNamesEveryCommandAndOption) {
+TEST(ManualTest, ThePageNamesEveryCommandOptionAndSetting) {
     const std::string page = read("spindrift-cli.1").remove(QLatin1Char('\\')).toStdString();
-    for (const char* command :
-         {"status", "rip", "speed-test", "history", "nickname", "eject", "access", "settings"}) {
-        EXPECT_THAT(page, HasSubstr(command));
+    for (const CommandRow& command : CommandTable::commands()) {
+        EXPECT_THAT(page, HasSubstr(std::string(".TP\nfB") + command.name + "fP"));
     }
     EXPECT_EQ(options().size(), 8);
     for (const QString& option : options()) {
-        EXPECT_THAT(page, HasSubstr(option.toStdString()));
+        EXPECT_THAT(page, HasSubstr("fB" + option.toStdString() + "fP"));
+    }
+    for (const PreferenceRow& row : preferenceTable) {
+        EXPECT_THAT(page, HasSubstr(std::string(".TP\nfB") + row.key + "fP\n"));
+    }
+    EXPECT_THAT(page, testing::Not(HasSubstr("@")));
+}
+
+TEST(ManualTest, ThePageMarksOptionsAndTheNamesOfArguments) {
+    EXPECT_TRUE(filledTemplate(QStringLiteral("@OPTION_ENTRIES@\n"))
+                    .startsWith(QStringLiteral(
+                        ".TP\n\\fB\\-\\-json\\fP\nPrint one JSON object a line.\n.TP\n"
+                        "\\fB\\-\\-practice\\fP [\\fIFILE\\fP.iso]\n")));
+    const QString commands = filledTemplate(QStringLiteral("@COMMAND_ENTRIES@\n"));
+    EXPECT_TRUE(commands.contains(QStringLiteral("\\fBspeed\\-test\\fP")));
+    EXPECT_TRUE(commands.contains(
+        QStringLiteral("\\fB\\-o\\fP, \\fB\\-\\-output\\fP \\fIFILE\\fP\nThe image to write;")));
+}
+
+TEST(ManualTest, TheHelpOfACommandNamesItsOptionsAndThoseOfAll) {
+    for (const CommandRow& command : CommandTable::commands()) {
+        const std::string help = helpText(command.command).toStdString();
+        for (const auto& options : {command.options, CommandTable::commonOptions()}) {
+            for (const OptionRow& option : options) {
+                EXPECT_THAT(help, HasSubstr("\n  " + option.usage().toStdString() + " "));
+                EXPECT_THAT(help, HasSubstr(std::string(option.help) + "\n"));
+            }
+        }
+        for (const QString& line : helpText(command.command).split(QLatin1Char('\n'))) {
+            EXPECT_LE(line.size(), 100) << line.toStdString();
+        }
+        EXPECT_THAT(helpText(std::nullopt).toStdString(),
+                    HasSubstr("\n  " + command.synopsis().toStdString() + " "));
+    }
+}
+
+TEST(ManualTest, TheHelpOfSettingsNamesEveryKey) {
+    for (const PreferenceRow& row : preferenceTable) {
+        EXPECT_THAT(helpText(Command::Settings).toStdString(),
+                    HasSubstr(std::string("\n  ") + row.key + " "));
     }
 }
 

@@ -201,7 +201,8 @@ TEST_F(OtherProgramTest, SettingsAreShownAndChanged) {
 
 TEST_F(OtherProgramTest, AnUnknownSettingOrValueIsAUsageError) {
     EXPECT_THAT(errorsOf({"settings", "retromode"}, 64).toStdString(),
-                HasSubstr("There is no setting “retromode”."));
+                HasSubstr("There is no setting “retromode”. Did you mean “retroMode”? The "
+                          "settings are: ejectWhenDone, thoroughVerify, "));
     EXPECT_THAT(errorsOf({"settings", "AppleInterfaceStyle"}, 64).toStdString(),
                 HasSubstr("There is no setting"));
     EXPECT_EQ(errorsOf({"settings", "retroMode", "maybe"}, 64),
