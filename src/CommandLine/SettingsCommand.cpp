@@ -33,7 +33,15 @@ QString truthText(bool value) {
     return value ? QStringLiteral("true") : QStringLiteral("false");
 }
 
+int complainAbout(const QString& problem, const CommandContext& context) {
+    context.complain(problem);
+    return ExitStatus::failed;
+}
+
 int showAll(const CommandContext& context, const Preferences& preferences) {
+    if (const auto problem = preferences.problem()) {
+        return complainAbout(*problem, context);
+    }
     Json all = Json::object();
     QString lines;
     for (const PreferenceRow& row : preferenceTable) {
@@ -72,10 +80,9 @@ int QuickCommands::settings(const CommandContext& context) {
             return ExitStatus::usage;
         }
         preferences.set(row->preference, *value);
-        if (!preferences.isSaved()) {
-            context.complain(QStringLiteral("The setting could not be written."));
-            return ExitStatus::failed;
-        }
+    }
+    if (const auto problem = preferences.problem()) {
+        return complainAbout(*problem, context);
     }
     const bool value = preferences.value(row->preference);
     if (context.invocation.json) {

@@ -6,10 +6,13 @@
 #include <QHash>
 #include <QMap>
 #include <QSet>
-#include <QSettings>
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
+#include "ErrorText.h"
+#include "IniText.h"
+#include "SettingsFile.h"
 #include "UserFolders.h"
 
 namespace {
@@ -29,21 +32,42 @@ QString settingsFile() {
     return folder + QStringLiteral("/Spindrift/Spindrift.conf");
 }
 
-// What could not be written yet, by file and key: it holds until it can be, so that a switch does
-// not fall back by itself.
-using Unsaved = QMap<QString, bool>;
-QHash<QString, Unsaved>& unsaved() {
-    static QHash<QString, Unsaved> values;
-    return values;
+struct FileState {
+    QByteArray text;  // as it could last be read
+    int readError = 0;
+    // What could not be written yet: it holds until it can be, so that a switch does not fall back
+    // by itself.
+    QMap<QByteArray, QByteArray> unsaved;
+    int writeError = 0;
+};
+
+FileState& stateOf(const QString& file) {
+    static QHash<QString, FileState> states;
+    return states[file];
 }
 
-bool save(const QString& file, const Unsaved& values) {
-    QSettings settings(file, QSettings::IniFormat);
-    for (auto value = values.cbegin(); value != values.cend(); ++value) {
-        settings.setValue(value.key(), value.value());
+// A file that cannot be read now says nothing: what was read before holds.
+const FileState& freshState() {
+    const QString file = settingsFile();
+    FileState& state = stateOf(file);
+    if (auto text = SettingsFile::read(file)) {
+        state.text = std::move(*text);
+        state.readError = 0;
+    } else {
+        state.readError = errno;
     }
-    settings.sync();
-    return settings.status() != QSettings::AccessError;
+    return state;
+}
+
+template <typename... Arguments>
+void tellAll(void (Preferences::*signal)(Arguments...), Arguments... arguments) {
+    const QSet<Preferences*> all = instances();
+    for (Preferences* instance : all) {
+        // A handler of the signal may have deleted another instance.
+        if (instances().contains(instance)) {
+            Q_EMIT(instance->*signal)(arguments...);
+        }
+    }
 }
 
 }  // namespace
@@ -58,14 +82,13 @@ Preferences::~Preferences() {
 
 bool Preferences::value(Preference preference) const {
     const PreferenceRow& row = rowOf(preference);
-    const auto key = QLatin1String(row.key);
-    const QString file = settingsFile();
-    const Unsaved kept = unsaved().value(file);
-    if (const auto value = kept.constFind(key); value != kept.cend()) {
-        return *value;
-    }
+    const FileState& state = freshState();
+    const auto kept = state.unsaved.constFind(row.key);
     const QString text =
-        QSettings(file, QSettings::IniFormat).value(key).toString().trimmed().toLower();
+        (kept != state.unsaved.cend() ? QString::fromLatin1(*kept)
+                                      : IniText::value(state.text, row.key).value_or(QString()))
+            .trimmed()
+            .toLower();
     if (text == QLatin1String("true") || text == QLatin1String("1")) {
         return true;
     }
@@ -76,35 +99,36 @@ bool Preferences::value(Preference preference) const {
 }
 
 void Preferences::set(Preference preference, bool value) {
-    const bool before = this->value(preference);
+    const bool valueBefore = this->value(preference);
+    const auto problemBefore = problem();
     const QString file = settingsFile();
-    unsaved()[file][QLatin1String(rowOf(preference).key)] = value;
-    if (save(file, unsaved().value(file))) {
-        unsaved().remove(file);
+    FileState& state = stateOf(file);
+    state.unsaved[rowOf(preference).key] = value ? "true" : "false";
+    state.writeError = SettingsFile::update(file, state.unsaved);
+    if (state.writeError == 0) {
+        state.unsaved.clear();
     }
-    if (value != before) {
-        tellAll(preference);
+    if (value != valueBefore) {
+        tellAll(&Preferences::changed, preference);
+    }
+    if (problem() != problemBefore) {
+        tellAll(&Preferences::problemChanged);
     }
 }
 
 std::optional<QString> Preferences::appleInterfaceStyle() const {
-    const QVariant value = QSettings(settingsFile(), QSettings::IniFormat)
-                               .value(QStringLiteral("AppleInterfaceStyle"));
-    return value.isValid() ? std::optional(value.toString()) : std::nullopt;
+    return IniText::value(freshState().text, "AppleInterfaceStyle");
 }
 
-bool Preferences::isSaved() const {
-    return !unsaved().contains(settingsFile());
-}
-
-void Preferences::tellAll(Preference preference) {
-    const QSet<Preferences*> all = instances();
-    for (Preferences* instance : all) {
-        // A handler of the signal may have deleted another instance.
-        if (instances().contains(instance)) {
-            Q_EMIT instance->changed(preference);
-        }
+std::optional<QString> Preferences::problem() const {
+    const FileState& state = freshState();
+    if (state.writeError != 0) {
+        return tr("The settings could not be saved: %1.").arg(errorText(state.writeError));
     }
+    if (state.readError != 0) {
+        return tr("The settings could not be read: %1.").arg(errorText(state.readError));
+    }
+    return std::nullopt;
 }
 
 Preferences::Values Preferences::values() const {
@@ -119,9 +143,14 @@ void Preferences::followOtherProcesses() {
     const QString folder = QFileInfo(file).path();
     // The folder, because a new file takes the place of the old one; it may be the first.
     QDir().mkpath(folder);
-    m_told = values();
+    const auto remember = [this] {
+        m_told = values();
+        m_toldProblem = problem();
+    };
+    remember();
     m_watcher = std::make_unique<QFileSystemWatcher>();
-    connect(this, &Preferences::changed, m_watcher.get(), [this] { m_told = values(); });
+    connect(this, &Preferences::changed, m_watcher.get(), remember);
+    connect(this, &Preferences::problemChanged, m_watcher.get(), remember);
     const auto watch = [this, folder, file] {
         for (const QString& path : {folder, file}) {
             if (QFileInfo::exists(path)) {
@@ -141,9 +170,13 @@ void Preferences::followOtherProcesses() {
 void Preferences::tellOfOthers() {
     const auto now = values();
     const auto told = std::exchange(m_told, now);
+    const auto toldProblem = std::exchange(m_toldProblem, problem());
     for (std::size_t i = 0; i < now.size(); ++i) {
         if (now.at(i) != told.at(i)) {
-            tellAll(preferenceTable.at(i).preference);
+            tellAll(&Preferences::changed, preferenceTable.at(i).preference);
         }
+    }
+    if (toldProblem != problem()) {
+        tellAll(&Preferences::problemChanged);
     }
 }

@@ -3,8 +3,8 @@
 // Main thread. All instances of a process share one state: a write through any is seen, and
 // signalled, by all at once, and lies in the file when the setter returns. What cannot be written
 // holds in this process, and is written together with the next preference that can be. A getter
-// sees what another process has written; the signal tells of it once an instance follows the
-// others.
+// sees what another process has written, and what was read last while the file cannot be read; the
+// signals tell of it once an instance follows the others.
 #pragma once
 
 #include <QFileSystemWatcher>
@@ -30,8 +30,9 @@ public:
     // written by this program.
     std::optional<QString> appleInterfaceStyle() const;
 
-    // Whether all that this process has set lies in the file.
-    bool isSaved() const;
+    // Why something that was set is not in the file, or why the file cannot be read, as a sentence
+    // for the user; absent when all is well.
+    std::optional<QString> problem() const;
 
     // From now on, and while this lives, every instance also signals what other processes write
     // into the file as it lies now. Without a folder that can be watched nothing is signalled.
@@ -39,13 +40,14 @@ public:
 
 signals:
     void changed(Preference preference);
+    void problemChanged();
 
 private:
     using Values = std::array<bool, preferenceTable.size()>;
     Values values() const;
-    static void tellAll(Preference preference);
     void tellOfOthers();
 
     std::unique_ptr<QFileSystemWatcher> m_watcher;
-    Values m_told{};  // by the signal
+    Values m_told{};  // by the signals
+    std::optional<QString> m_toldProblem;
 };

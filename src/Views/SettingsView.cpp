@@ -26,8 +26,20 @@ SettingsView::SettingsView(QWidget* parent) : QWidget(parent) {
         }
         column->addWidget(makeSection(tr(section->title), switches, tr(section->caption)));
     }
+    m_problem = new TextLabel(QString(), TextStyle::font(TextStyle::Style::Caption),
+                              Appearance::Role::Red, TextLabel::Wrap::Yes, this);
+    m_problem->setObjectName(QStringLiteral("settingsProblem"));
+    column->addWidget(m_problem);
+    connect(&m_preferences, &Preferences::problemChanged, this, &SettingsView::showProblem);
+    showProblem();
     // Wider only where a very large font makes a switch longer than that.
     setFixedWidth(qMax(formWidth, column->minimumSize().width()));
+}
+
+void SettingsView::showProblem() {
+    const auto problem = m_preferences.problem();
+    m_problem->setText(problem.value_or(QString()));
+    m_problem->setVisible(problem.has_value());
 }
 
 QWidget* SettingsView::makeSection(const QString& title, const QList<QCheckBox*>& switches,

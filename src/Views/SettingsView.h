@@ -1,7 +1,7 @@
 // The form of the settings window: a section of switches with a caption for each of the table's.
 //
 // Owned by its parent widget; main thread. Every switch writes its preference at once and follows
-// it when it is changed elsewhere.
+// it when it is changed elsewhere. What goes wrong with that stands in a line below.
 #pragma once
 
 #include <QWidget>
@@ -9,6 +9,7 @@
 #include "Preferences.h"
 
 class QCheckBox;
+class TextLabel;
 
 class SettingsView final : public QWidget {
     Q_OBJECT
@@ -23,5 +24,8 @@ private:
                          const QString& caption);
     QCheckBox* makeSwitch(const PreferenceRow& row);
 
+    void showProblem();
+
     Preferences m_preferences;
+    TextLabel* m_problem;  // hidden while all is well
 };

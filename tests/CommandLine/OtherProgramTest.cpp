@@ -1,10 +1,12 @@
 // The other commands of the built program, against stub tools.
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include <QFile>
 #include <csignal>
 
 #include "CliProgram.h"
+#include "SmallFileSystem.h"
 #include "StubTools.h"
 #include "Waiting.h"
 
@@ -212,10 +214,49 @@ TEST_F(OtherProgramTest, AnUnknownSettingOrValueIsAUsageError) {
 TEST_F(OtherProgramTest, ASettingThatCannotBeWrittenIsAFailure) {
     folder.write("config/Spindrift", "in the way");
     EXPECT_EQ(errorsOf({"settings", "retroMode", "on"}, 1),
-              "spindrift-cli: The setting could not be written.\n");
+              "spindrift-cli: The settings could not be saved: Not a directory.\n");
     EXPECT_EQ(errorsOf({"settings", "retroMode", "off", "--json"}, 1),
-              "spindrift-cli: The setting could not be written.\n");
+              "spindrift-cli: The settings could not be saved: Not a directory.\n");
     EXPECT_EQ(outputOf({"settings", "retroMode"}), "false\n");
+}
+
+// Whatever is free, one page or none: the setting is written, or it is told and nothing is lost.
+TEST_F(OtherProgramTest, ASettingOnAFullDiskTakesNoOtherWithIt) {
+    const QString file = folder.write("config/Spindrift/Spindrift.conf", "");
+    const SmallFileSystem small(folder.path("config/Spindrift"), "64k");
+    NEEDS_A_SMALL_FILE_SYSTEM(small);
+    const QByteArray before = "[General]\nejectWhenDone=false\nthoroughVerify=true\n";
+    int failures = 0;
+    for (const int pages : {0, 1, 2}) {
+        folder.write("config/Spindrift/Spindrift.conf", before);
+        QFile ballast(folder.path("config/Spindrift/ballast"));
+        ASSERT_TRUE(ballast.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        const QByteArray page(sysconf(_SC_PAGESIZE), 'x');
+        while (ballast.write(page) == page.size()) {
+        }
+        ASSERT_TRUE(ballast.resize(ballast.size() - pages * page.size()));
+        CliProgram program({"settings", "retroMode", "on"});
+        if (program.exitStatus() == 0) {
+            EXPECT_EQ(TestFolder::read(file), before + "retroMode=true\n");
+        } else {
+            ++failures;
+            EXPECT_EQ(program.exitStatus(), 1);
+            EXPECT_EQ(program.errors(),
+                      "spindrift-cli: The settings could not be saved: No space "
+                      "left on device.\n");
+            EXPECT_EQ(TestFolder::read(file), before);
+        }
+        ballast.remove();
+    }
+    EXPECT_GE(failures, 1);
+    EXPECT_LT(failures, 3);
+}
+
+TEST_F(OtherProgramTest, SettingsThatCannotBeReadAreAFailure) {
+    folder.write("config/Spindrift/Spindrift.conf/in", "the way");
+    const char* sentence = "spindrift-cli: The settings could not be read: Is a directory.\n";
+    EXPECT_EQ(errorsOf({"settings"}, 1), sentence);
+    EXPECT_EQ(errorsOf({"settings", "retroMode"}, 1), sentence);
 }
 
 TEST_F(OtherProgramTest, APracticeImageThatIsMissingIsToldBeforeAnythingRuns) {

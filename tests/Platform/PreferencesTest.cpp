@@ -94,7 +94,7 @@ TEST_F(PreferencesTest, AWriteLiesInTheFileAtOnce) {
                                                        u"thoroughVerify=true", u"retroMode=true",
                                                        u"hasCompletedOnboarding=true"));
     EXPECT_THAT(TestFolder::list(folder.path(QStringLiteral("config/Spindrift"))),
-                ElementsAre(u"Spindrift.conf"));
+                ElementsAre(u".Spindrift.lock", u"Spindrift.conf"));
 }
 
 TEST_F(PreferencesTest, AWriteOfTheDefaultLiesInTheFileToo) {
@@ -263,17 +263,18 @@ TEST_F(PreferencesTest, AFileThatCanBeWrittenAgainIsBelievedAgain) {
 }
 
 TEST_F(PreferencesTest, WhatCouldNotBeWrittenIsWrittenWithTheNextPreferenceThatCanBe) {
+    const QString notSaved = QStringLiteral("The settings could not be saved: Not a directory.");
     Preferences preferences;
-    EXPECT_TRUE(preferences.isSaved());
+    EXPECT_EQ(preferences.problem(), std::nullopt);
     block();
     preferences.set(Preference::RetroMode, true);
     preferences.set(Preference::EjectWhenDone, false);
-    EXPECT_FALSE(preferences.isSaved());
-    EXPECT_FALSE(Preferences().isSaved());
+    EXPECT_EQ(preferences.problem(), notSaved);
+    EXPECT_EQ(Preferences().problem(), notSaved);
     unblock();
-    EXPECT_FALSE(preferences.isSaved());
+    EXPECT_EQ(preferences.problem(), notSaved);
     preferences.set(Preference::ThoroughVerify, true);
-    EXPECT_TRUE(preferences.isSaved());
+    EXPECT_EQ(preferences.problem(), std::nullopt);
     EXPECT_THAT(lines(), testing::UnorderedElementsAre(u"[General]", u"ejectWhenDone=false",
                                                        u"retroMode=true", u"thoroughVerify=true"));
     // From here on the file is believed.
@@ -298,7 +299,7 @@ TEST_F(PreferencesTest, WhatCouldNotBeWrittenInOneFolderMeansNothingInAnother) {
     preferences.set(Preference::RetroMode, true);
     folder.setEnvironment("XDG_CONFIG_HOME", folder.path(QStringLiteral("other")).toUtf8());
     EXPECT_FALSE(preferences.value(Preference::RetroMode));
-    EXPECT_TRUE(preferences.isSaved());
+    EXPECT_EQ(preferences.problem(), std::nullopt);
 }
 
 TEST_F(PreferencesTest, TheFolderIsTheOneThatTheEnvironmentNamesNow) {
@@ -368,6 +369,51 @@ TEST_F(PreferencesTest, WithoutAFolderThereIsNothingToFollow) {
     preferences.set(Preference::RetroMode, true);
     EXPECT_TRUE(preferences.value(Preference::RetroMode));
     EXPECT_THAT(changes, ElementsAre(u"one retroMode on"));
+}
+
+TEST_F(PreferencesTest, WhatWasReadLastHoldsWhileTheFileCannotBeRead) {
+    write("retroMode=true\n");
+    const Preferences preferences;
+    EXPECT_TRUE(preferences.value(Preference::RetroMode));
+    ASSERT_TRUE(QFile::remove(file()));
+    ASSERT_TRUE(QDir().mkpath(file()));
+    EXPECT_TRUE(preferences.value(Preference::RetroMode));
+    EXPECT_EQ(preferences.problem(),
+              QStringLiteral("The settings could not be read: Is a directory."));
+    ASSERT_TRUE(QDir().rmdir(file()));
+    EXPECT_FALSE(preferences.value(Preference::RetroMode));
+    EXPECT_EQ(preferences.problem(), std::nullopt);
+}
+
+TEST_F(PreferencesTest, AllAreToldOfAProblemAndOfItsEnd) {
+    Preferences preferences;
+    const Preferences other;
+    QObject::connect(&other, &Preferences::problemChanged,
+                     [&] { changes << other.problem().value_or(QStringLiteral("all is well")); });
+    block();
+    preferences.set(Preference::RetroMode, true);
+    preferences.set(Preference::RetroMode, false);
+    unblock();
+    preferences.set(Preference::RetroMode, true);
+    EXPECT_THAT(changes,
+                ElementsAre(u"The settings could not be saved: Not a directory.", u"all is well"));
+}
+
+TEST_F(PreferencesTest, OneThatFollowsTellsThatTheFileCannotBeRead) {
+    write("retroMode=true\n");
+    Preferences follower;
+    follower.followOtherProcesses();
+    QObject::connect(&follower, &Preferences::problemChanged, [&] {
+        changes << follower.problem().value_or(QStringLiteral("all is well"));
+    });
+    watch(follower, QStringLiteral("follower"));
+    ASSERT_TRUE(QDir().rename(file(), folder.path(QStringLiteral("aside"))));
+    folder.write(QStringLiteral("config/Spindrift/Spindrift.conf/in"), "the way");
+    ASSERT_TRUE(waitUntil([&] {
+        return changes.contains(QStringLiteral("The settings could not be read: Is a directory."));
+    }));
+    EXPECT_EQ(QDir(file()).removeRecursively(), true);
+    ASSERT_TRUE(waitUntil([&] { return changes.contains(QStringLiteral("all is well")); }));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QCheckBox>
+#include <QFile>
 
 #include "WindowSupport.h"
 
@@ -58,6 +59,24 @@ TEST_F(SettingsViewTest, ASwitchFollowsAChangeMadeElsewhere) {
     EXPECT_FALSE(named<QCheckBox>(&view, "ejectWhenDoneSwitch")->isChecked());
     EXPECT_TRUE(named<QCheckBox>(&view, "thoroughVerifySwitch")->isChecked());
     EXPECT_TRUE(named<QCheckBox>(&view, "retroModeSwitch")->isChecked());
+}
+
+TEST_F(SettingsViewTest, ALineSaysThatASwitchCouldNotBeSavedAndGoesWhenItIs) {
+    folder.write(QStringLiteral("config/Spindrift"), "in the way");
+    SettingsView view;
+    const FixedFrame frame(&view);
+    const auto* problem = named<TextLabel>(&view, "settingsProblem");
+    EXPECT_FALSE(problem->isVisible());
+    named<QCheckBox>(&view, "retroModeSwitch")->click();
+    EXPECT_TRUE(problem->isVisible());
+    EXPECT_EQ(problem->text(), QStringLiteral("The settings could not be saved: Not a directory."));
+    EXPECT_EQ(problem->role(), Appearance::Role::Red);
+    const SettingsView another;
+    EXPECT_FALSE(named<TextLabel>(&another, "settingsProblem")->isHidden());
+    ASSERT_TRUE(QFile::remove(folder.path(QStringLiteral("config/Spindrift"))));
+    named<QCheckBox>(&view, "ejectWhenDoneSwitch")->click();
+    EXPECT_FALSE(problem->isVisible());
+    EXPECT_TRUE(named<TextLabel>(&another, "settingsProblem")->isHidden());
 }
 
 TEST_F(SettingsViewTest, ItIs440WideAndItsCaptionsWrapInFull) {
