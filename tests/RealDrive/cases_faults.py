@@ -173,6 +173,25 @@ def _interrupted(bench):
     expect(bench.guest.wait_until("! pidof hdiutil", 10), "the imaging tool still runs")
 
 
+@case("A disc that is being read is neither ejected nor read by another program", "udev bare")
+def _eject_beside_a_rip(bench):
+    job = _rip_under_way(bench)
+    began = bench.guest.check("pidof spindrift-cli")
+    for command in ("usr/sbin/diskutil eject /dev/sr0", "usr/bin/drutil eject",
+                    "usr/bin/hdiutil create -srcdevice /dev/sr0 -format UDTO -o /var/tmp/second"):
+        refused = bench.tool(command)
+        expect(refused.status not in (0, 127), f"{command}: {refused}")
+        expect(f"/dev/sr0 is busy: spindrift-cli (pid {began.strip()}) reads it" in refused.err,
+               f"the reader is not named: {refused}")
+    expect_equal(bench.cli("eject").status, 1, "the status of the program's eject")
+    expect_equal(bench.guest.tray()[0], "closed", "the tray")
+    expect(job.running(), "the rip is over")
+    bench.guest.set_pace(0)
+    expect_equal(job.wait(60).status, 0, "the rip's status")
+    bench.expect_same_bytes("/root/out.iso", bench.discs.named("cd", "plain").path)
+    expect_equal(bench.cli("eject").status, 0, "the status of the eject after the rip")
+
+
 @case("While the drive takes seconds for a read, status still answers, and the rip ends well",
       "udev")
 def _slow(bench):

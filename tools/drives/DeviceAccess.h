@@ -30,7 +30,8 @@ public:
     virtual Result<MediumFacts> medium(const std::string& node) = 0;
     // The label of the file system on it; empty without one.
     virtual std::string label(const std::string& node) = 0;
-    // Unlocks the door and opens the tray; also when it is empty. Fails with Busy, Refused,
-    // NoAccess, NoDrive (the device has no tray) or System; the sentence names no device.
+    // Unlocks the door and opens the tray; also when it is empty, and also while other programs
+    // read the disc (see DeviceLock). Fails with Busy, Refused, NoAccess, NoDrive (the device has
+    // no tray) or System; the sentence names no device.
     virtual Result<void> eject(const std::string& node) = 0;
 };

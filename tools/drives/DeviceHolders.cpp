@@ -7,6 +7,7 @@
 #include <array>
 #include <charconv>
 #include <climits>
+#include <cstdlib>
 #include <memory>
 #include <string_view>
 
@@ -63,6 +64,19 @@ bool isHolder(const std::string& process, const std::string& node,
                        [&](const auto& descriptor) { return holds(open + descriptor); });
 }
 
+// The program of the process with this folder, in valid UTF-8.
+std::string programOf(const std::string& process) {
+    return Utf8::oneLine(Utf8::trimmed(SmallFile::read(process + "/comm").value_or("")));
+}
+
+// 0 when it is not known.
+int parentOf(const std::string& process) {
+    constexpr std::string_view key = "\nPPid:\t";
+    const std::string status = SmallFile::read(process + "/status").value_or("");
+    const auto at = status.find(key);
+    return at == std::string::npos ? 0 : std::atoi(status.c_str() + at + key.size());
+}
+
 }  // namespace
 
 std::vector<DeviceHolder> DeviceHolders::find(const std::string& processes, const std::string& node,
@@ -73,13 +87,26 @@ std::vector<DeviceHolder> DeviceHolders::find(const std::string& processes, cons
         std::string folder = processes;
         folder.append("/").append(name);
         if (number > 0 && number != getpid() && isHolder(folder, node, mountPoints)) {
-            const auto program = SmallFile::read(folder + "/comm");
-            holders.push_back({number, Utf8::oneLine(Utf8::trimmed(program.value_or("")))});
+            holders.push_back({number, programOf(folder)});
         }
     }
     std::sort(holders.begin(), holders.end(),
               [](const auto& left, const auto& right) { return left.process < right.process; });
     return holders;
+}
+
+std::optional<DeviceHolder> DeviceHolders::imagingProgram(const std::string& processes,
+                                                          int descriptor) {
+    const std::string device = linkTarget("/proc/self/fd/" + std::to_string(descriptor));
+    const auto holders = find(processes, device, {});
+    const auto tool = std::find_if(holders.begin(), holders.end(),
+                                   [](const auto& holder) { return holder.program == "hdiutil"; });
+    if (tool == holders.end()) {
+        return std::nullopt;
+    }
+    const int parent = parentOf(processes + "/" + std::to_string(tool->process));
+    const std::string program = programOf(processes + "/" + std::to_string(parent));
+    return program.starts_with("spindrift") ? DeviceHolder{parent, program} : *tool;
 }
 
 std::string DeviceHolders::sentence(const std::string& node,

@@ -4,6 +4,7 @@
 // Only the processes that this user may look into are seen. Stateless; any thread.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,10 @@ namespace DeviceHolders {
 // without this process. `processes` is "/proc".
 std::vector<DeviceHolder> find(const std::string& processes, const std::string& node,
                                const std::vector<std::string>& mountPoints);
+
+// The program that images the disc in the device that this process has open with the descriptor:
+// hdiutil, or the program of this project that started it. Absent without one.
+std::optional<DeviceHolder> imagingProgram(const std::string& processes, int descriptor);
 
 // "/dev/sr0 is in use by vlc (process 12) and dd (process 34)."; "another program" for none.
 std::string sentence(const std::string& node, const std::vector<DeviceHolder>& holders);

@@ -53,6 +53,8 @@ struct PracticeDrive {
     static constexpr const char* deviceNode = "/dev/practice0";
     static constexpr const char* discFile = "disc.iso";
     static constexpr const char* ejectedFile = "ejected.iso";  // disc.iso's name after an eject
+    // What a program that reads the disc locks, in place of a device.
+    static constexpr const char* lockFile = ".lock";
 
     std::string folder;  // without a slash at its end
     std::string vendor = "SPINDRFT";

@@ -1,16 +1,31 @@
 #include "Tray.h"
 
+#include <fcntl.h>
+
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <utility>
 
-#include "DeviceHolders.h"
+#include "DescriptorHolder.h"
+#include "DeviceLock.h"
 #include "DriveQuery.h"
 #include "MountTable.h"
 #include "PracticeDrive.h"
 #include "SmallFile.h"
 #include "Utf8.h"
+
+namespace {
+
+// Whoever may not open the device learns that from the eject itself.
+Result<void> checkThatNobodyReads(const std::string& path, const std::string& device,
+                                  const std::string& processes) {
+    const DescriptorHolder file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    return file.isOpen() ? DeviceLock::checkThatNobodyReads(file.get(), device, processes)
+                         : Result<void>();
+}
+
+}  // namespace
 
 Tray::Tray(SystemPaths paths, std::optional<std::string> practiceFolder, DeviceAccess& devices,
            DiscService& service)
@@ -40,6 +55,11 @@ Result<void> Tray::openPractice() const {
     if (!drive->disc) {
         return {};
     }
+    if (auto idle = checkThatNobodyReads(drive->folder + "/" + PracticeDrive::lockFile,
+                                         PracticeDrive::deviceNode, m_paths.processes);
+        !idle) {
+        return idle;
+    }
     // The link itself moves, never the image that it points to.
     const std::string ejected = drive->folder + "/" + PracticeDrive::ejectedFile;
     if (rename(drive->disc->path.c_str(), ejected.c_str()) != 0) {
@@ -55,6 +75,9 @@ Result<void> Tray::openDrive(const std::string& node) {
     // Before anything is unmounted: the name can be any disk's.
     if (!DriveQuery::isOpticalDrive(node)) {
         return notADrive;
+    }
+    if (auto idle = checkThatNobodyReads(nodePath(node), shown, m_paths.processes); !idle) {
+        return idle;
     }
     if (auto unmounted = unmountAll(node); !unmounted) {
         return unmounted;
@@ -77,10 +100,15 @@ Result<void> Tray::openDrive(const std::string& node) {
     if (failure.kind == Kind::NoDrive) {
         return notADrive;
     }
-    failure.sentence = failure.kind == Kind::Busy ? busySentence(node)
-                       : failure.kind == Kind::Refused
+    const auto holders = holdersOf(node);
+    failure.sentence = failure.kind == Kind::Refused
                            ? shown + ": the drive refused to open its tray."
                            : shown + ": " + failure.sentence;
+    if (failure.kind == Kind::Busy) {
+        failure.sentence = DeviceHolders::sentence(shown, holders);
+    } else if (!holders.empty()) {
+        failure.sentence += " " + DeviceHolders::sentence(shown, holders);
+    }
     return failure;
 }
 
@@ -129,10 +157,9 @@ Failure Tray::unmountFailure(const std::string& node, const std::vector<std::str
                             " and cannot be unmounted: " + cause.sentence};
 }
 
-std::string Tray::busySentence(const std::string& node) const {
+std::vector<DeviceHolder> Tray::holdersOf(const std::string& node) const {
     const auto folders = MountTable::read(m_paths.processes, deviceNumber(node));
-    const auto holders = DeviceHolders::find(m_paths.processes, nodePath(node), folders);
-    return DeviceHolders::sentence("/dev/" + node, holders);
+    return DeviceHolders::find(m_paths.processes, nodePath(node), folders);
 }
 
 std::string Tray::nodePath(const std::string& node) const {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "DeviceAccess.h"
+#include "DeviceHolders.h"
 #include "DiscService.h"
 #include "SystemPaths.h"
 
@@ -18,7 +19,8 @@ public:
          DiscService& service);
 
     // Opens the tray of the drive with this name ("sr0"); an empty one opens too. A disc that is in
-    // use stays mounted or in its drive, and the failure's sentence names who uses it.
+    // use or being imaged stays mounted or in its drive, and the failure's sentence names who uses
+    // it.
     Result<void> open(const std::string& node);
 
 private:
@@ -27,7 +29,7 @@ private:
     Result<void> unmountAll(const std::string& node);
     Failure unmountFailure(const std::string& node, const std::vector<std::string>& folders,
                            const Failure& cause) const;
-    std::string busySentence(const std::string& node) const;
+    std::vector<DeviceHolder> holdersOf(const std::string& node) const;
     std::string nodePath(const std::string& node) const;
     std::string deviceNumber(const std::string& node) const;
 

@@ -6,9 +6,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
+#include <utility>
 
+#include "DescriptorHolder.h"
 #include "Mmc.h"
 
 class Medium {
@@ -39,8 +42,14 @@ public:
     // is a multiple of sectorBytes(), and the buffer ends at a sector's end or at the capacity's.
     virtual int read(std::uint64_t offset, std::span<std::byte> buffer) = 0;
 
+    // Keeps the lock on the device for as long as the medium lives.
+    void keepLock(DescriptorHolder lock) { m_lock.emplace(std::move(lock)); }
+
     // Cheap: asked before every read.
     virtual State state() { return State::Same; }
     // Thorough: asked once at the end, and after a failed read; may ask the drive.
     virtual State confirmedState() { return state(); }
+
+private:
+    std::optional<DescriptorHolder> m_lock;
 };

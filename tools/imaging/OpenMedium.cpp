@@ -1,10 +1,12 @@
 #include "OpenMedium.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
 
 #include "AudioMedium.h"
+#include "DeviceLock.h"
 #include "DeviceMedium.h"
 #include "OpticalDrive.h"
 #include "PracticeMedium.h"
@@ -15,6 +17,22 @@ using MediumResult = Result<std::unique_ptr<Medium>>;
 
 Failure badMedium(std::string sentence) {
     return {Failure::Kind::Medium, std::move(sentence)};
+}
+
+// The medium, opened while the file that stands for its device is locked against ejecting. Whoever
+// may not open that file is told so by the opening of the medium.
+template <typename Open>
+MediumResult lockedMedium(DescriptorHolder lock, const std::string& device, Open open) {
+    if (lock.isOpen()) {
+        if (const auto held = DeviceLock::holdForReading(lock.get(), device); !held) {
+            return held.failure();
+        }
+    }
+    MediumResult medium = open();
+    if (medium) {
+        (*medium)->keepLock(std::move(lock));
+    }
+    return medium;
 }
 
 MediumResult openPractice(const std::string& device) {
@@ -32,17 +50,12 @@ MediumResult openPractice(const std::string& device) {
     if (!drive->disc) {
         return badMedium("there is no disc in " + device);
     }
-    return PracticeMedium::open(*drive);
+    const std::string lock = drive->folder + "/" + PracticeDrive::lockFile;
+    return lockedMedium(DescriptorHolder(open(lock.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0666)),
+                        device, [&drive] { return PracticeMedium::open(*drive); });
 }
 
-MediumResult openDevice(const std::string& device) {
-    struct stat status {};
-    if (stat(device.c_str(), &status) != 0) {
-        return Failure::ofErrno(errno, device);
-    }
-    if (!S_ISBLK(status.st_mode)) {
-        return Failure{Failure::Kind::NoDrive, device + ": it is not a block device"};
-    }
+MediumResult openDisc(const std::string& device) {
     auto drive = OpticalDrive::open(device);
     if (!drive) {
         return drive.failure().kind == Failure::Kind::NoDrive
@@ -57,6 +70,18 @@ MediumResult openDevice(const std::string& device) {
         return std::make_unique<AudioMedium>(std::move(*drive), layout);
     }
     return DeviceMedium::open(device, std::move(*drive), layout);
+}
+
+MediumResult openDevice(const std::string& device) {
+    struct stat status {};
+    if (stat(device.c_str(), &status) != 0) {
+        return Failure::ofErrno(errno, device);
+    }
+    if (!S_ISBLK(status.st_mode)) {
+        return Failure{Failure::Kind::NoDrive, device + ": it is not a block device"};
+    }
+    return lockedMedium(DescriptorHolder(open(device.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)),
+                        device, [&device] { return openDisc(device); });
 }
 
 }  // namespace

@@ -131,8 +131,10 @@ void FakeMachine::setMounts(const std::string& mountinfo) {
 }
 
 void FakeMachine::addProcess(int number, const std::string& program,
-                             const std::map<std::string, std::string>& links) {
+                             const std::map<std::string, std::string>& links, int parent) {
     const std::string folder = "proc/" + std::to_string(number) + "/";
+    m_folder.write(folder + "status",
+                   "Name:\t" + program + "\nPPid:\t" + std::to_string(parent) + "\n");
     m_folder.write(folder + "comm", program + "\n");
     m_folder.write(folder + "fd/.keep", "");
     for (const auto& [name, target] : links) {

@@ -59,7 +59,7 @@ public:
     void setMounts(const std::string& mountinfo);
     // A process with these links, such as {"cwd", "/media/A"} or {"fd/3", "/dev/sr0"}.
     void addProcess(int number, const std::string& program,
-                    const std::map<std::string, std::string>& links);
+                    const std::map<std::string, std::string>& links, int parent = 1);
     std::string mountTable() const { return m_folder.path("proc/self/mountinfo"); }
 
 private:

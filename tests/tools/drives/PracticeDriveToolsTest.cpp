@@ -1,9 +1,12 @@
 // The built drutil and diskutil on the practice drive.
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "BuiltTool.h"
+#include "DescriptorHolder.h"
 #include "ScratchFolder.h"
 #include "Utf8.h"
 
@@ -171,6 +174,19 @@ TEST_F(PracticeDriveToolsTest, AHybridDiscIsOneWholeDeviceWithoutSlices) {
     EXPECT_THAT(info().output, HasSubstr(name("HYBRID")));
     EXPECT_THAT(list.output, Not(HasSubstr("practice0s")));
     EXPECT_THAT(list.output, EndsWith(" practice0\n"));
+}
+
+TEST_F(PracticeDriveToolsTest, NeitherToolEjectsADiscThatAProgramReads) {
+    folder.write("disc.iso", "x");
+    const DescriptorHolder reader(open(folder.write(".lock", "").c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(flock(reader.get(), LOCK_SH), 0);
+    const ToolResult disc = diskutil({"eject", "/dev/practice0"});
+    EXPECT_EQ(disc.status, 1);
+    EXPECT_EQ(disc.errors, "diskutil: /dev/practice0 is busy: another program reads it\n");
+    const ToolResult drive = drutil({"eject"});
+    EXPECT_EQ(drive.status, 1);
+    EXPECT_EQ(drive.errors, "drutil: /dev/practice0 is busy: another program reads it\n");
+    EXPECT_THAT(folder.list(), ElementsAre(".lock", "disc.iso"));
 }
 
 TEST_F(PracticeDriveToolsTest, ADiscWithoutAFileSystemHasAnEmptyName) {

@@ -1,9 +1,12 @@
 #include "Tray.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "DescriptorHolder.h"
+#include "DeviceLock.h"
 #include "FakeMachine.h"
 
 namespace {
@@ -104,6 +107,27 @@ TEST_F(TrayTest, ADriveThatRefusesIsAFailure) {
     EXPECT_EQ(problem, "/dev/sr0: the drive refused to open its tray.");
 }
 
+TEST_F(TrayTest, ARefusalNamesTheProgramsThatMayBeTheReason) {
+    machine.addProcess(34, "vlc", {{"fd/9", holderNode()}});
+    devices.ejected = Failure{Kind::Refused, ""};
+    EXPECT_FALSE(open());
+    EXPECT_EQ(problem,
+              "/dev/sr0: the drive refused to open its tray. /dev/sr0 is in use by vlc (process "
+              "34).");
+}
+
+TEST_F(TrayTest, ADiscThatIsImagedIsNeitherUnmountedNorEjected) {
+    machine.setMounts(mountedOnce);
+    machine.addProcess(12, "hdiutil", {{"fd/3", holderNode()}}, 7);
+    machine.addProcess(7, "spindrift-cli", {});
+    const DescriptorHolder reader(::open(holderNode().c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_TRUE(DeviceLock::holdForReading(reader.get(), "/dev/sr0"));
+    EXPECT_FALSE(open());
+    EXPECT_EQ(problem, "/dev/sr0 is busy: spindrift-cli (pid 7) reads it");
+    EXPECT_THAT(service.calls, IsEmpty());
+    EXPECT_THAT(devices.questions, IsEmpty());
+}
+
 TEST_F(TrayTest, WhoMayNotOpenTheDeviceEjectsThroughTheService) {
     devices.ejected = Failure{Kind::NoAccess, "Permission denied"};
     service.ejectResult = {};
@@ -167,6 +191,17 @@ TEST_F(PracticeTrayTest, AnImageThatWasEjectedBeforeIsReplaced) {
     folder.write("disc.iso", "new");
     EXPECT_TRUE(open());
     EXPECT_EQ(ScratchFolder::read(folder.path("ejected.iso")), "new");
+}
+
+TEST_F(PracticeTrayTest, ADiscThatIsImagedStaysInItsDrive) {
+    folder.write("disc.iso", "image");
+    const std::string lock = folder.write(".lock", "");
+    machine.addProcess(12, "hdiutil", {{"fd/3", lock}});
+    const DescriptorHolder reader(::open(lock.c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_TRUE(DeviceLock::holdForReading(reader.get(), "/dev/practice0"));
+    EXPECT_FALSE(open());
+    EXPECT_EQ(problem, "/dev/practice0 is busy: hdiutil (pid 12) reads it");
+    EXPECT_THAT(folder.list(), ElementsAre(".lock", "disc.iso"));
 }
 
 TEST_F(PracticeTrayTest, AnEmptyTrayOpensToo) {
