@@ -246,6 +246,8 @@ TEST_F(OtherProgramTest, ASettingOnAFullDiskTakesNoOtherWithIt) {
                       "left on device.\n");
             EXPECT_EQ(TestFolder::read(file), before);
         }
+        EXPECT_THAT(TestFolder::list(folder.path("config/Spindrift")),
+                    ElementsAre(".Spindrift.lock", "Spindrift.conf", "ballast"));
         ballast.remove();
     }
     EXPECT_GE(failures, 1);

@@ -95,7 +95,7 @@ TEST_F(SettingsFileTest, AReadingThatFailsIsNoEmptyFile) {
     EXPECT_EQ(setOn(file), EISDIR);
 }
 
-TEST_F(SettingsFileTest, AFailedWriteLeavesNothingBehind) {
+TEST_F(SettingsFileTest, ALinkIntoAMissingFolderIsAnErrorAndStays) {
     folder.write(QStringLiteral("settings/a.conf"), "[General]\nz=1\n");
     const QString target = folder.path(QStringLiteral("settings/a.conf"));
     ASSERT_TRUE(QFile::rename(target, folder.path(QStringLiteral("z"))));
