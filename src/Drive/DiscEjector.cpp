@@ -24,6 +24,8 @@ bool DiscEjector::eject(const QString& bsdName, const Sleep& sleep) {
             return true;
         }
     }
-    return ShellCommand::run(QStringLiteral("/usr/bin/drutil"), {QStringLiteral("eject")})
-               .exitCode == 0;
+    const auto result =
+        ShellCommand::run(QStringLiteral("/usr/bin/drutil"), {QStringLiteral("eject")},
+                          {QStringLiteral("SPINDRIFT_DRIVE=") + bsdName});
+    return result.exitCode == 0;
 }

@@ -4,9 +4,11 @@
 #include "StrictUtf8.h"
 #include "ToolRoot.h"
 
-ShellCommand::Result ShellCommand::run(const QString& executable, const QStringList& arguments) {
+ShellCommand::Result ShellCommand::run(const QString& executable, const QStringList& arguments,
+                                       const QStringList& variables) {
     using Output = ChildProcess::Output;
     ChildProcess child(ToolRoot::resolve(executable), arguments);
+    child.setVariables(variables);
     child.setStream(Output::Standard, ChildProcess::Stream::Pipe);
     child.setStream(Output::Error, ChildProcess::Stream::Pipe);
     if (const auto error = child.launch()) {

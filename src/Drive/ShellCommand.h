@@ -19,7 +19,8 @@ struct Result {
 };
 
 // The executable is a fixed absolute path such as "/usr/bin/drutil"; the arguments reach the tool
-// unchanged, with no shell in between.
-Result run(const QString& executable, const QStringList& arguments);
+// unchanged, with no shell in between. variables: "NAME=value", in place of the inherited ones.
+Result run(const QString& executable, const QStringList& arguments,
+           const QStringList& variables = {});
 
 }  // namespace ShellCommand

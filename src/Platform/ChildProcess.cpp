@@ -51,6 +51,7 @@ struct ChildProcess::State {
 
     QString executable;
     QStringList arguments;
+    QStringList variables;
     std::array<Channel, 2> channels;
     ExitHandler exitHandler;
 
@@ -188,6 +189,10 @@ void ChildProcess::setStream(Output output, Stream stream) {
     m_state->channels[index(output)].stream = stream;
 }
 
+void ChildProcess::setVariables(QStringList variables) {
+    m_state->variables = std::move(variables);
+}
+
 void ChildProcess::setChunkHandler(Output output, ChunkHandler handler) {
     m_state->channels[index(output)].handler = std::move(handler);
 }
@@ -210,8 +215,9 @@ std::optional<QString> ChildProcess::launch() {
         state->fail();
         return errorText(error);
     }
-    Spawn::Result spawned = Spawn::start(state->executable, state->arguments,
-                                         {state->channels[0].stream, state->channels[1].stream});
+    Spawn::Result spawned =
+        Spawn::start(state->executable, state->arguments,
+                     {state->channels[0].stream, state->channels[1].stream}, state->variables);
     if (spawned.error != 0) {
         state->fail();
         return errorText(spawned.error);

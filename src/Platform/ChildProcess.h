@@ -39,6 +39,8 @@ public:
     // the background; one without is read with readToEnd() after wait(). The handlers, and what
     // they hold, are dropped once the exit has been delivered. A handler must not call wait().
     void setStream(Output output, Stream stream);
+    // "NAME=value"; the child gets them in place of what it would inherit under these names.
+    void setVariables(QStringList variables);
     void setChunkHandler(Output output, ChunkHandler handler);
     void setExitHandler(ExitHandler handler);
 

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <QFile>
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <vector>
@@ -111,10 +112,29 @@ std::vector<char*> pointersTo(std::vector<QByteArray>& texts) {
     return pointers;
 }
 
+// The environment of this process, with these variables for its own of the same names.
+std::vector<QByteArray> environmentWith(const QStringList& variables) {
+    std::vector<QByteArray> all;
+    for (const QString& variable : variables) {
+        all.push_back(variable.toUtf8());
+    }
+    const std::vector<QByteArray> given = all;
+    for (char** own = environ; own != nullptr && *own != nullptr; ++own) {
+        const QByteArray text(*own);
+        const QByteArray name = text.left(text.indexOf('=') + 1);
+        if (std::none_of(given.begin(), given.end(),
+                         [&name](const QByteArray& one) { return one.startsWith(name); })) {
+            all.push_back(text);
+        }
+    }
+    return all;
+}
+
 }  // namespace
 
 Spawn::Result Spawn::start(const QString& executable, const QStringList& arguments,
-                           const std::array<ChildProcess::Stream, 2>& streams) {
+                           const std::array<ChildProcess::Stream, 2>& streams,
+                           const QStringList& variables) {
     Result result;
     FileActions actions;
     std::array<Descriptor, 2> writeEnds;
@@ -140,14 +160,16 @@ Spawn::Result Spawn::start(const QString& executable, const QStringList& argumen
         texts.push_back(argument.toUtf8());
     }
     const std::vector<char*> pointers = pointersTo(texts);
-    if (pointers.empty() && result.error == 0) {
+    std::vector<QByteArray> environment = environmentWith(variables);
+    const std::vector<char*> environmentPointers = pointersTo(environment);
+    if ((pointers.empty() || environmentPointers.empty()) && result.error == 0) {
         result.error = EINVAL;
     }
     if (result.error == 0) {
         keepExitStatuses();
         const Attributes attributes;
         result.error = posix_spawn(&result.pid, texts.front().constData(), actions.get(),
-                                   attributes.get(), pointers.data(), environ);
+                                   attributes.get(), pointers.data(), environmentPointers.data());
     }
     if (result.error != 0) {
         result.pid = 0;

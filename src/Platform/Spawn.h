@@ -19,7 +19,8 @@ struct Result {
     std::array<Descriptor, 2> readEnds;
 };
 
+// variables: "NAME=value", in place of this process's own of these names.
 Result start(const QString& executable, const QStringList& arguments,
-             const std::array<ChildProcess::Stream, 2>& streams);
+             const std::array<ChildProcess::Stream, 2>& streams, const QStringList& variables);
 
 }  // namespace Spawn

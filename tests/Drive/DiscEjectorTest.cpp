@@ -68,6 +68,15 @@ TEST_F(DiscEjectorTest, AfterThreeFailuresTheDriveIsAskedAtOnceWithoutADevice) {
     EXPECT_THAT(log(), ElementsAre(attempt, pause, attempt, pause, attempt, lastResort));
 }
 
+TEST_F(DiscEjectorTest, TheDriveThatIsAskedAtLastIsTheOneWithTheDisc) {
+    failing(3);
+    StubTools::write(folder, drutil, "[ \"$SPINDRIFT_DRIVE\" = disk4 ]");
+    EXPECT_TRUE(eject());
+    folder.setEnvironment("SPINDRIFT_DRIVE", "disk5");
+    EXPECT_TRUE(eject());
+    EXPECT_EQ(qgetenv("SPINDRIFT_DRIVE"), "disk5");
+}
+
 TEST_F(DiscEjectorTest, FourFailuresAreAFailure) {
     failing(3);
     StubTools::write(folder, drutil, "exit 1");

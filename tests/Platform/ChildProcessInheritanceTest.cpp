@@ -41,6 +41,20 @@ TEST(ChildProcessInheritanceTest, AChildHoldsNoDescriptorOfAnother) {
     first.wait();
 }
 
+TEST(ChildProcessInheritanceTest, VariablesOfTheChildsOwnTakeThePlaceOfInheritedOnes) {
+    qputenv("SPINDRIFT_TEST_ONE", "inherited");
+    qputenv("SPINDRIFT_TEST_ONE_MORE", "inherited");
+    auto child = shell(QStringLiteral("env | grep ^SPINDRIFT_TEST | sort"));
+    child.setVariables(
+        {QStringLiteral("SPINDRIFT_TEST_ONE=a=b c"), QStringLiteral("SPINDRIFT_TEST_TWO=ü")});
+    EXPECT_EQ(outcome(child).output,
+              "SPINDRIFT_TEST_ONE=a=b c\nSPINDRIFT_TEST_ONE_MORE=inherited\n"
+              "SPINDRIFT_TEST_TWO=ü\n");
+    EXPECT_EQ(qgetenv("SPINDRIFT_TEST_ONE"), "inherited");
+    qunsetenv("SPINDRIFT_TEST_ONE");
+    qunsetenv("SPINDRIFT_TEST_ONE_MORE");
+}
+
 // Bits of the signals in a line of /proc/<pid>/status.
 quint64 signalMask(const QByteArray& status, const QByteArray& name) {
     const qsizetype start = status.indexOf(name) + name.size();

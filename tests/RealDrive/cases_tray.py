@@ -151,6 +151,40 @@ def _second_drive(bench):
     expect_equal(bench.status()["disc"]["bsdName"], "sr0", "the disc after unplugging")
 
 
+@case("Of two drives the one with the ripped disc is ejected, or none", "udev bare")
+def _eject_of_two(bench):
+    guest = bench.guest
+    disc = bench.discs.named("cd", "udf")
+    guest.plug_in_second_drive(disc.path)
+    try:
+        expect(guest.wait_until("test -b /dev/sr1"), "the kernel does not see the second drive")
+        guest.settle()
+        guest.check("mount -o ro /dev/sr1 /mnt")
+        guest.start("cd /mnt && exec sleep 60 >/dev/null")
+        expect(guest.wait_until("ls -l /proc/*/cwd | grep ' /mnt$'"), "no holder")
+        job = guest.start(bench.rip_script("/root/out.iso", "--eject"))
+        guest.wait_until(f"ls /var/tmp | grep spindrift- || {job.ended}", 30)
+        guest.insert(bench.discs.named("cd", "plain").path)
+        job.wait(60)
+        bench.expect_same_bytes("/root/out.iso", disc.path)
+        expect_equal(guest.tray()[0], "closed", "the first drive's tray")
+        for unplugged in (False, True):
+            if unplugged:
+                guest.run("kill $(pidof sleep)")
+                guest.wait_until("! pidof sleep")
+                guest.check("umount /mnt")
+                guest.unplug_second_drive()
+                guest.wait_until("! test -e /sys/class/block/sr1")
+            result = guest.run(f"SPINDRIFT_DRIVE=sr1 {TOOL_ROOT}/usr/bin/drutil eject")
+            expect(result.status not in (0, 127), f"drutil eject of sr1: {result}")
+            expect_equal(guest.tray()[0], "closed", "the first drive's tray")
+    finally:
+        guest.run("kill $(pidof sleep)")
+        guest.wait_until("! pidof sleep")
+        guest.run("umount /mnt")
+        guest.unplug_second_drive()
+
+
 @case("A drive that is unplugged is gone, and a rip from it fails; plugged in again it is back",
       "bare")
 def _unplugged(bench):

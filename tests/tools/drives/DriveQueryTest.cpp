@@ -202,6 +202,7 @@ TEST_F(DriveQueryTest, ThePreferredDriveIsTakenWithOrWithoutItsFolder) {
     }
     query.setPreferredDrive("sr7");
     EXPECT_EQ(byDefault(), noDrive());
+    EXPECT_FALSE(query.defaultNode());
 }
 
 TEST_F(DriveQueryTest, ADriveWithoutANodeAndOtherDisksAreNoDrives) {
