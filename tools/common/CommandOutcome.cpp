@@ -10,7 +10,12 @@ CommandOutcome CommandOutcome::failed(const std::string& tool, const Failure& fa
     return {EXIT_FAILURE, {}, tool + ": " + failure.sentence + "\n"};
 }
 
-int CommandOutcome::print() const {
+int CommandOutcome::print(const std::string& tool) const {
     SmallFile::writeAll(STDERR_FILENO, errors);
-    return SmallFile::writeAll(STDOUT_FILENO, output) == 0 ? status : EXIT_FAILURE;
+    if (const int error = SmallFile::writeAll(STDOUT_FILENO, output)) {
+        SmallFile::writeAll(STDERR_FILENO,
+                            failed(tool, Failure::ofErrno(error, "standard output")).errors);
+        return EXIT_FAILURE;
+    }
+    return status;
 }

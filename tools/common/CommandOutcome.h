@@ -13,6 +13,7 @@ struct CommandOutcome {
     // "drutil: No optical drive found." and the exit status for it.
     static CommandOutcome failed(const std::string& tool, const Failure& failure);
 
-    // Writes both; the exit status for the process, a failure when the output cannot be written.
-    int print() const;
+    // Writes both; the exit status for the process, a failure that standard error tells when the
+    // output cannot be written.
+    int print(const std::string& tool) const;
 };

@@ -55,6 +55,12 @@ bool isControl(std::uint32_t point) {
     return point < 0x20 || (point >= 0x7F && point <= 0x9F) || point == 0x2028 || point == 0x2029;
 }
 
+// The explicit formatting characters of bidirectional text.
+bool isBidirectionalControl(std::uint32_t point) {
+    return point == 0x061C || point == 0x200E || point == 0x200F ||
+           (point >= 0x202A && point <= 0x202E) || (point >= 0x2066 && point <= 0x2069);
+}
+
 }  // namespace
 
 std::string Utf8::valid(std::string_view bytes) {
@@ -75,7 +81,8 @@ std::string Utf8::oneLine(std::string_view bytes) {
     result.reserve(text.size());
     while (!rest.empty()) {
         const std::string_view character = rest.substr(0, characterLength(rest));
-        if (isControl(codePoint(character))) {
+        const std::uint32_t point = codePoint(character);
+        if (isControl(point) || isBidirectionalControl(point)) {
             result += ' ';
         } else {
             result += character;

@@ -11,7 +11,8 @@ namespace Utf8 {
 // The same text with each byte that belongs to no UTF-8 character replaced by U+FFFD.
 std::string valid(std::string_view bytes);
 
-// valid(), with control characters (line ends and tabs among them) replaced by blanks.
+// valid(), with control characters (line ends and tabs among them) and those that reorder the text
+// around them replaced by blanks.
 std::string oneLine(std::string_view bytes);
 
 // Without the blanks, tabs and line ends at both ends.

@@ -24,7 +24,7 @@ std::string DiskReports::info(const std::string& node, const DiscFacts& disc) {
     PropertyListWriter list;
     list.add("DeviceIdentifier", node);
     list.add("DeviceNode", "/dev/" + node);
-    list.add("VolumeName", disc.volumeName);
+    list.add("VolumeName", Utf8::oneLine(disc.volumeName));
     if (disc.bytes) {
         list.add("TotalSize", *disc.bytes);
         list.add("Size", *disc.bytes);
@@ -37,7 +37,7 @@ std::string DiskReports::list(const std::string& node, const DiscFacts& disc) {
     list.add("AllDisks", std::vector<std::string>{node});
     list.add("VolumesFromDisks", disc.volumeName.empty()
                                      ? std::vector<std::string>()
-                                     : std::vector<std::string>{disc.volumeName});
+                                     : std::vector<std::string>{Utf8::oneLine(disc.volumeName)});
     return list.text();
 }
 

@@ -8,5 +8,5 @@ int main(int argc, char** argv) {
     drives.useEnvironment();
     UDisks service;
     Tray tray(SystemPaths{}, drives.practiceFolder(), devices, service);
-    return DiskTool(drives, tray).run({argv + 1, argv + argc}).print();
+    return DiskTool(drives, tray).run({argv + 1, argv + argc}).print("diskutil");
 }

@@ -8,5 +8,5 @@ int main(int argc, char** argv) {
     drives.useEnvironment();
     UDisks service;
     Tray tray(SystemPaths{}, drives.practiceFolder(), devices, service);
-    return DriveTool(drives, tray).run({argv + 1, argv + argc}).print();
+    return DriveTool(drives, tray).run({argv + 1, argv + argc}).print("drutil");
 }

@@ -70,9 +70,11 @@ int grantForTheFuture(const AccessGrant::User& user,
         }
         groups.push_back(drive.group);
     }
-    return end(EXIT_SUCCESS, user.name + (forAll ? " may read the optical drives."
-                                                 : " may read the optical drives; some of them "
-                                                   "only until they are removed."));
+    return end(EXIT_SUCCESS,
+               user.name + (forAll ? " may read the optical drives, for good, as a member of "
+                                     "their group."
+                                   : " may read the optical drives; some of them "
+                                     "only until they are removed."));
 }
 
 }  // namespace

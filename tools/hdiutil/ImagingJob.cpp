@@ -166,6 +166,10 @@ int ImagingJob::imageDisc() {
                                                std::to_string(bytes / medium->sectorBytes()) +
                                                "\n");
     }
-    SmallFile::writeAll(STDOUT_FILENO, "created: " + m_command.image + "\n");
+    // Nobody needs to read it, but what was asked for has a place to go.
+    const int error = SmallFile::writeAll(STDOUT_FILENO, "created: " + m_command.image + "\n");
+    if (error != 0 && error != EPIPE) {
+        return fail("standard output: " + std::string(std::strerror(error)));
+    }
     return EXIT_SUCCESS;
 }

@@ -40,6 +40,16 @@ TEST(Utf8Test, OneLineHoldsNoControlCharacterOfAnyKind) {
     EXPECT_EQ(Utf8::oneLine("a\xC2\x85z"), "a z");      // next line
     EXPECT_EQ(Utf8::oneLine("a\xE2\x80\xA8z"), "a z");  // line separator
     EXPECT_EQ(Utf8::oneLine(std::string("a\0z", 3)), "a z");
+    EXPECT_EQ(Utf8::oneLine("a\x7Fz"), "a z");
+    EXPECT_EQ(Utf8::oneLine("a\xC2\x9Bz"), "a z");  // begins a command to a terminal
+}
+
+TEST(Utf8Test, OneLineHoldsNothingThatReordersIt) {
+    for (const char* control : {"\xD8\x9C", "\xE2\x80\x8E", "\xE2\x80\x8F", "\xE2\x80\xAA",
+                                "\xE2\x80\xAE", "\xE2\x81\xA6", "\xE2\x81\xA9"}) {
+        EXPECT_EQ(Utf8::oneLine(std::string("a") + control + "z"), "a z");
+    }
+    EXPECT_EQ(Utf8::oneLine("\xD7\x90\xE2\x80\x8D"), "\xD7\x90\xE2\x80\x8D");
 }
 
 TEST(Utf8Test, TrimmingTakesBlanksAndLineEndsFromBothEndsOnly) {

@@ -80,6 +80,19 @@ TEST(DiskReportsTest, NoNameCanMakeALineThatEndsLikeASlice) {
     }
 }
 
+TEST(DiskReportsTest, ANameIsOneHarmlessLineInEveryReport) {
+    DiscFacts disc = *drive().disc;
+    disc.volumeName =
+        "a\nb\tc\x7F"
+        "d\xC2\x9B"
+        "e\xE2\x80\xAE"
+        "f";
+    for (const auto& text : {DiskReports::info("sr0", disc), DiskReports::list("sr0", disc),
+                             DiskReports::table("sr0", disc)}) {
+        EXPECT_THAT(text, HasSubstr("a b c d e f"));
+    }
+}
+
 TEST(DiskReportsTest, SizesAreDecimalAndRoundToTenths) {
     EXPECT_EQ(DiskReports::sizeText(0), "0 bytes");
     EXPECT_EQ(DiskReports::sizeText(999), "999 bytes");

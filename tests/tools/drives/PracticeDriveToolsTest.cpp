@@ -189,6 +189,18 @@ TEST_F(PracticeDriveToolsTest, NeitherToolEjectsADiscThatAProgramReads) {
     EXPECT_THAT(folder.list(), ElementsAre(".lock", "disc.iso"));
 }
 
+TEST_F(PracticeDriveToolsTest, OutputThatCannotBeWrittenIsAFailureThatSaysSo) {
+    folder.write("disc.iso", "x");
+    for (const auto& [tool, arguments] :
+         {std::pair(BuiltTool::drutil(), " status"),
+          std::pair(BuiltTool::diskutil(), " info -plist /dev/practice0")}) {
+        const ToolResult full =
+            BuiltTool::run("/bin/sh", {"-c", tool + arguments + " >/dev/full"}, environment());
+        EXPECT_EQ(full.status, 1);
+        EXPECT_THAT(full.errors, EndsWith("util: standard output: No space left on device\n"));
+    }
+}
+
 TEST_F(PracticeDriveToolsTest, ADiscWithoutAFileSystemHasAnEmptyName) {
     folder.write("disc.iso", patternBytes(4096));
     EXPECT_THAT(info().output, HasSubstr(name("")));

@@ -126,8 +126,11 @@ id -nG spintest
 getfacl -cpn /dev/sr0
 PKEXEC_UID=54321 "$3")sh");
     ASSERT_EQ(result.status, 0) << result.output;
-    EXPECT_THAT(result.output,
-                HasSubstr("spintest\ngrant-disc-access: spintest may read the optical drives.\n"));
+    EXPECT_THAT(
+        result.output,
+        HasSubstr(
+            "spintest\ngrant-disc-access: spintest may read the optical drives, for good, as a "
+            "member of their group.\n"));
     EXPECT_THAT(result.output, HasSubstr("spintest cdrom\n"));
     EXPECT_THAT(result.output,
                 HasSubstr("user::rw-\nuser:54321:r--\ngroup::rw-\nmask::rw-\nother::---\n"));

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
 
 #include "ImagingFixture.h"
 
@@ -95,6 +96,18 @@ TEST_F(HdiutilEndTest, ItEndsWithTheProgramThatItIsToWatchThoughTheDiscDoesNotOp
     shell->signal(SIGKILL);
     shell->wait();
     EXPECT_THAT(images(), IsEmpty());
+}
+
+TEST_F(HdiutilEndTest, OutputThatCannotBeWrittenIsAFailureThatSaysSo) {
+    const std::string disc = insert(patternBytes(mebibyte));
+    const auto result = create("image", {}, {}, [] {
+        if (freopen("/dev/full", "w", stdout) == nullptr) {
+            _exit(126);
+        }
+    });
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "hdiutil: create failed - standard output: No space left on device\n");
+    EXPECT_TRUE(image() == disc);
 }
 
 TEST_F(HdiutilEndTest, ItReadsForTheProgramThatStartedIt) {
