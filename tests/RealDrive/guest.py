@@ -89,7 +89,7 @@ class Guest:
         control_end.close()
         self._control = control.makefile("rw")
         control.settimeout(30)
-        self._agent.settimeout(60)
+        self._agent.settimeout(300)  # ends a boot that hangs; on a busy machine one takes minutes
         self._answers = self._agent.makefile("rb")
         self._control.readline()
         self.control("qmp_capabilities")
