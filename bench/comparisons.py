@@ -1,5 +1,6 @@
 """Imaging, digests and polls against what a user would otherwise run."""
 
+import json
 import os
 import shutil
 import statistics
@@ -354,5 +355,41 @@ def growth(setting):
     yield Figure(8, f"CPU per byte: {size} / 1 GiB", ratios(results, "large", "small", lambda c: c[1]), 1.10)
 
 
+def history(setting):
+    """Bar 11: what large files of the history and the nicknames cost a program that starts."""
+    def shown(name, file_name, content, lines):
+        data = setting.path(f"data-{name}")
+        os.makedirs(os.path.join(data, "Spindrift"), exist_ok=True)
+        with open(os.path.join(data, "Spindrift", file_name), "wb") as file:
+            file.write(content)
+        costs = []
+        for _ in range(setting.rounds):
+            with tempfile.TemporaryFile(dir=setting.folder) as output:
+                costs.append(run([setting.program("spindrift-cli"), "history", "--json"],
+                                 {"XDG_DATA_HOME": data}, output=output))
+                output.seek(0)
+                if sum(1 for _ in output) != lines:
+                    raise SystemExit(f"bench: the history of {name} was not shown whole")
+        return costs
+
+    def walls(costs):
+        return [cost.wall for cost in costs]
+
+    nicknames = json.dumps({f"VENDOR|PRODUCT {number}|1.0": f"Drive {number}" for number in range(40000)}, indent=2)
+    yield Figure(11, "40,000 nicknames: history's wall, seconds",
+                 walls(shown("nicknames", "drivenicknames.json", nicknames.encode(), 0)), 0.2)
+    for file_name in ("speedlog.json", "drivenicknames.json"):
+        costs = shown(f"junk-{file_name}", file_name, b"junk" * (25 << 20), 0)
+        yield Figure(11, f"100 MiB that is no JSON, {file_name}: wall, seconds", walls(costs), 1.0)
+        yield Figure(11, f"100 MiB that is no JSON, {file_name}: peak memory, MiB",
+                     [cost.peak_memory / MIB for cost in costs], 32, "MiB")
+    entry = {"id": "0A1B2C3D-4E5F-4A6B-8C7D-9E0F1A2B3C4D", "date": "2025-01-31T18:04:59Z", "driveKey": "A|B|1",
+             "driveModelString": "A B 1", "discKind": "DVD", "discSizeBytes": 4700372992,
+             "averageBytesPerSecond": 11080000.0, "source": "Rip"}
+    count = 400000 if setting.full else 100000
+    yield Figure(11, f"{count:,} results shown: wall, seconds",
+                 walls(shown("results", "speedlog.json", json.dumps([entry] * count, indent=2).encode(), count)), None)
+
+
 ALL = {"image": image, "paced": paced, "memory": memory, "faults": faults, "digest": digest,
-       "thorough": thorough, "poll": poll, "growth": growth}
+       "thorough": thorough, "poll": poll, "growth": growth, "history": history}

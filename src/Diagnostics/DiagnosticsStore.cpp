@@ -8,28 +8,15 @@
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
-#include <nlohmann/json.hpp>
+#include <utility>
 
 #include "Descriptor.h"
+#include "JsonReader.h"
 #include "Published.h"
 #include "UserFolders.h"
 #include "WriteAll.h"
 
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-std::optional<QByteArray> readWhole(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return std::nullopt;
-    }
-    QByteArray content = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        return std::nullopt;
-    }
-    return content;
-}
 
 // In place, so that a link or a file with its own permissions stays what it is. On a full disk, as
 // an image may leave behind, the old document stays whole.
@@ -64,32 +51,39 @@ QString trimmed(const QString& name) {
 }
 
 QByteArray encodeNicknames(const QMap<QString, QString>& nicknames) {
-    Json json = Json::object();
+    nlohmann::json json = nlohmann::json::object();
     for (auto it = nicknames.cbegin(); it != nicknames.cend(); ++it) {
         json[it.key().toUtf8().toStdString()] = it.value().toUtf8().toStdString();
     }
     return QByteArray::fromStdString(json.dump(2));
 }
 
-std::optional<QMap<QString, QString>> decodeNicknames(const QByteArray& document) {
-    // The parser takes a null byte for the end.
-    if (document.contains('\0')) {
-        return std::nullopt;
+// One object of texts.
+class NicknameReader final : public JsonReader {
+public:
+    const QMap<QString, QString>& nicknames() const { return m_nicknames; }
+
+private:
+    bool start_object(std::size_t) override { return !std::exchange(m_isInside, true); }
+    bool end_object() override { return true; }
+    bool start_array(std::size_t) override { return false; }
+    bool end_array() override { return false; }
+    bool key(string_t& name) override {
+        m_key = QString::fromStdString(name);
+        return true;
     }
-    const Json json = Json::parse(document.cbegin(), document.cend(), nullptr, false);
-    if (!json.is_object()) {
-        return std::nullopt;
-    }
-    QMap<QString, QString> nicknames;
-    for (const auto& entry : json.items()) {
-        if (!entry.value().is_string()) {
-            return std::nullopt;
+    bool scalar(nlohmann::json value) override {
+        if (!m_isInside || !value.is_string()) {
+            return false;
         }
-        nicknames.insert(QString::fromStdString(entry.key()),
-                         QString::fromStdString(entry.value().get_ref<const std::string&>()));
+        m_nicknames.insert(m_key, QString::fromStdString(value.get_ref<const std::string&>()));
+        return true;
     }
-    return nicknames;
-}
+
+    QMap<QString, QString> m_nicknames;
+    QString m_key;
+    bool m_isInside = false;
+};
 
 // Every store of this process, on the main thread.
 QList<DiagnosticsStore*>& openStores() {
@@ -110,11 +104,12 @@ DiagnosticsStore::DiagnosticsStore(QObject* parent) : QObject(parent) {
     const QString folder = applicationFolder(UserFolders::data());
     m_resultsPath = folder + QStringLiteral("/speedlog.json");
     m_nicknamesPath = folder + QStringLiteral("/drivenicknames.json");
-    if (const auto document = readWhole(m_resultsPath)) {
-        m_results = decodeHistory(*document).value_or(QList<SpeedTestResult>());
+    if (QFile history(m_resultsPath); history.open(QIODevice::ReadOnly)) {
+        m_results = decodeHistory(history).value_or(QList<SpeedTestResult>());
     }
-    if (const auto document = readWhole(m_nicknamesPath)) {
-        m_nicknames = decodeNicknames(*document).value_or(QMap<QString, QString>());
+    NicknameReader reader;
+    if (QFile file(m_nicknamesPath); file.open(QIODevice::ReadOnly) && reader.read(file)) {
+        m_nicknames = reader.nicknames();
     }
     openStores().append(this);
 }

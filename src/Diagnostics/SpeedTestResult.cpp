@@ -8,6 +8,9 @@
 #include <cmath>
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <utility>
+
+#include "JsonReader.h"
 
 namespace {
 
@@ -22,7 +25,7 @@ std::string utf8(const QString& text) {
     return text.toUtf8().toStdString();
 }
 
-std::optional<QString> stringIn(const Json& json, const char* key) {
+std::optional<QString> stringIn(const nlohmann::json& json, const char* key) {
     const auto entry = json.find(key);
     if (entry == json.end() || !entry->is_string()) {
         return std::nullopt;
@@ -84,6 +87,57 @@ bool canBeWritten(const SpeedTestResult& result) {
            year <= 9999;
 }
 
+// An array of objects; what else than its own keys an object has is passed over.
+class HistoryReader final : public JsonReader {
+public:
+    const QList<SpeedTestResult>& results() const { return m_results; }
+
+private:
+    enum Depth { Outside, InArray, InElement };
+
+    bool start_array(std::size_t) override { return m_depth != InArray && begin(); }
+    bool end_array() override {
+        --m_depth;
+        return true;
+    }
+    bool start_object(std::size_t) override { return m_depth != Outside && begin(); }
+    bool end_object() override {
+        if (--m_depth != InArray) {
+            return true;
+        }
+        auto result = SpeedTestResult::fromJson(m_element);
+        m_element.clear();
+        if (result) {
+            m_results.append(std::move(*result));
+        }
+        return result.has_value();
+    }
+    bool key(string_t& name) override {
+        if (m_depth == InElement) {
+            m_key = std::move(name);
+        }
+        return true;
+    }
+    bool scalar(nlohmann::json value) override {
+        if (m_depth == InElement) {
+            m_element[m_key] = std::move(value);
+        }
+        return m_depth >= InElement;
+    }
+    bool begin() {
+        if (m_depth == InElement) {
+            m_element[m_key] = nullptr;  // no key of a result holds an array or an object
+        }
+        ++m_depth;
+        return true;
+    }
+
+    QList<SpeedTestResult> m_results;
+    nlohmann::json m_element = nlohmann::json::object();
+    std::string m_key;
+    int m_depth = Outside;
+};
+
 double singleSpeed(const QString& discKind) {
     if (discKind == QLatin1String("DVD")) {
         return singleSpeedOfDvd;
@@ -114,7 +168,7 @@ Json SpeedTestResult::toJson() const {
     return json;
 }
 
-std::optional<SpeedTestResult> SpeedTestResult::fromJson(const Json& json) {
+std::optional<SpeedTestResult> SpeedTestResult::fromJson(const nlohmann::json& json) {
     if (!json.is_object()) {
         return std::nullopt;
     }
@@ -170,24 +224,9 @@ std::optional<QByteArray> encodeHistory(const QList<SpeedTestResult>& results) {
     return QByteArray::fromStdString(json.dump(2));
 }
 
-std::optional<QList<SpeedTestResult>> decodeHistory(const QByteArray& document) {
-    // The parser takes a null byte for the end.
-    if (document.contains('\0')) {
-        return std::nullopt;
-    }
-    const Json json = Json::parse(document.cbegin(), document.cend(), nullptr, false);
-    if (!json.is_array()) {
-        return std::nullopt;
-    }
-    QList<SpeedTestResult> results;
-    for (const auto& element : json) {
-        auto result = SpeedTestResult::fromJson(element);
-        if (!result) {
-            return std::nullopt;
-        }
-        results.append(std::move(*result));
-    }
-    return results;
+std::optional<QList<SpeedTestResult>> decodeHistory(QIODevice& document) {
+    HistoryReader reader;
+    return reader.read(document) ? std::optional(reader.results()) : std::nullopt;
 }
 
 double speedMultiple(const SpeedTestResult& result) {

@@ -9,6 +9,8 @@
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 
+class QIODevice;
+
 struct SpeedTestResult {
     enum class Source { rip, speedTest };
 
@@ -28,7 +30,7 @@ struct SpeedTestResult {
 
     nlohmann::ordered_json toJson() const;
     // Absent when a key is missing or anything in it is not in its exact form.
-    static std::optional<SpeedTestResult> fromJson(const nlohmann::ordered_json& json);
+    static std::optional<SpeedTestResult> fromJson(const nlohmann::json& json);
 
     bool operator==(const SpeedTestResult&) const = default;
 };
@@ -40,8 +42,8 @@ std::optional<SpeedTestResult::Source> sourceFromRawValue(const QString& rawValu
 // The history file: a JSON array, newest first, pretty-printed. Absent when a value has no JSON
 // form that could be read again: a speed that is not finite, a date outside the years 1 to 9999.
 std::optional<QByteArray> encodeHistory(const QList<SpeedTestResult>& results);
-// Absent when the document or any one element is not in its exact form.
-std::optional<QList<SpeedTestResult>> decodeHistory(const QByteArray& document);
+// Absent when the document or any one element is not in its exact form; reads no further than that.
+std::optional<QList<SpeedTestResult>> decodeHistory(QIODevice& document);
 
 // How many times the single speed of its kind of disc this is: 1,385,000 bytes per second for
 // "DVD", 4,500,000 for "BD", 150,000 for all others. As text: "8.0x"; a tie goes to the even digit,

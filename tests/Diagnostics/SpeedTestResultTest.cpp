@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QBuffer>
 #include <QTimeZone>
 #include <cmath>
 #include <limits>
@@ -21,6 +22,12 @@ SpeedTestResult example() {
             4700372992,
             11080000,
             Source::speedTest};
+}
+
+std::optional<QList<SpeedTestResult>> decodeHistory(QByteArray document) {
+    QBuffer buffer(&document);
+    buffer.open(QIODevice::ReadOnly);
+    return ::decodeHistory(buffer);
 }
 
 Json exampleJson() {
@@ -368,6 +375,30 @@ TEST(HistoryTest, DocumentsThatAreNotAnArrayAreRejected) {
     EXPECT_EQ(decodeHistory(QByteArray(100000, '[')), std::nullopt);
     EXPECT_EQ(decodeHistory(QByteArray("[]\0", 3)), std::nullopt);
     EXPECT_EQ(decodeHistory(QByteArray("[]\0x", 4)), std::nullopt);
+}
+
+TEST(HistoryTest, KeysOfOthersArePassedOverWhateverTheyHold) {
+    Json json = exampleJson();
+    json["id of another"] = {{"id", 1}, {"deep", {{{"driveKey", nullptr}}, 2}}};
+    json["list"] = {1, {2, {{"source", 3}}}};
+    EXPECT_EQ(decodeHistory(QByteArray::fromStdString(Json::array({json}).dump())),
+              QList<SpeedTestResult>({example()}));
+    json["discKind"] = {"DVD"};
+    EXPECT_EQ(decodeHistory(QByteArray::fromStdString(Json::array({json}).dump())), std::nullopt);
+}
+
+TEST(HistoryTest, NothingIsReadAfterTheFirstMistake) {
+    QByteArray document = *encodeHistory({example()});
+    document.replace("Speed Test", "Speed test");
+    document.append(QByteArray(1'000'000, ' '));
+    for (const QByteArray& wrong :
+         {document, QByteArray(1'000'000, '['), QByteArray("x") + document}) {
+        QBuffer buffer;
+        buffer.setData(wrong);
+        ASSERT_TRUE(buffer.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+        EXPECT_EQ(::decodeHistory(buffer), std::nullopt);
+        EXPECT_LT(buffer.pos(), 100'000);
+    }
 }
 
 TEST(HistoryTest, EveryCutOfADocumentIsRejected) {
