@@ -104,6 +104,8 @@ int QuickCommands::nickname(const CommandContext& context) {
     if (!drive) {
         return ExitStatus::failed;
     }
+    const Descriptor lock =
+        context.invocation.operands.isEmpty() ? Descriptor() : DiagnosticsStore::lockFiles();
     DiagnosticsStore store;
     if (!context.invocation.operands.isEmpty()) {
         store.setNickname(context.invocation.operands.constFirst(), *drive);

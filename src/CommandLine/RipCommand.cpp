@@ -5,6 +5,7 @@
 
 #include "BackgroundThread.h"
 #include "ByteCount.h"
+#include "DiagnosticsStore.h"
 #include "FullDiskAccess.h"
 #include "Interruption.h"
 #include "JsonText.h"
@@ -24,7 +25,7 @@ RipCommand::RipCommand(const CommandContext& context, Interruption& interruption
     : m_context(context),
       m_report(context.invocation.json ? RipReport::json(m_ripper, context.output)
                                        : RipReport::forPeople(m_ripper, m_monitor, context.output)),
-      m_session(m_monitor, m_ripper, m_diagnostics,
+      m_session(m_monitor, m_ripper, &DiagnosticsStore::recordAlone,
                 RipChoices{[&context] { return context.invocation.thorough; },
                            [&context] { return context.invocation.eject; },
                            context.invocation.force ? Replacing::Yes : Replacing::No}) {

@@ -10,7 +10,6 @@
 #include <optional>
 
 #include "CommandContext.h"
-#include "DiagnosticsStore.h"
 #include "ISORipper.h"
 #include "OpticalDriveMonitor.h"
 #include "RipReport.h"
@@ -44,7 +43,6 @@ private:
     const CommandContext& m_context;
     OpticalDriveMonitor m_monitor;
     ISORipper m_ripper;
-    DiagnosticsStore m_diagnostics;
     std::unique_ptr<RipReport> m_report;
     RipSession m_session;
     QEventLoop m_loop;

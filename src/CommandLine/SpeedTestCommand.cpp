@@ -98,7 +98,7 @@ void SpeedTestCommand::exitOnceOver() {
 int SpeedTestCommand::reportOutcome() {
     const bool json = m_context.invocation.json;
     if (const auto& result = m_tester.result()) {
-        DiagnosticsStore().record(*result);
+        DiagnosticsStore::recordAlone(*result);
         if (!json) {
             m_printer.say(QStringLiteral("%1, %2 (%3)")
                               .arg(ByteCount::formatSpeed(result->averageBytesPerSecond),

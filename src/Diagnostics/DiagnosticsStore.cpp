@@ -1,22 +1,30 @@
 #include "DiagnosticsStore.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
+#include <QThread>
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <iterator>
 #include <utility>
 
-#include "Descriptor.h"
 #include "JsonReader.h"
 #include "Published.h"
 #include "UserFolders.h"
 #include "WriteAll.h"
 
 namespace {
+
+// Who holds the files for longer has been stopped; the entry counts for more than the order then.
+constexpr std::chrono::seconds longestLockWait{10};
+constexpr unsigned long lockRetryMilliseconds = 10;
 
 // In place, so that a link or a file with its own permissions stays what it is. On a full disk, as
 // an image may leave behind, the old document stays whole.
@@ -140,6 +148,23 @@ void DiagnosticsStore::record(const SpeedTestResult& result) {
     for (auto* store : othersOfThisProcess()) {
         store->keepResult(result);
     }
+}
+
+Descriptor DiagnosticsStore::lockFiles() {
+    const QString path = applicationFolder(UserFolders::data()) + QStringLiteral("/.lock");
+    Descriptor lock(::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC,
+                           S_IRUSR | S_IWUSR));
+    const QDeadlineTimer deadline(longestLockWait);
+    while (lock.isOpen() && ::flock(lock.number(), LOCK_EX | LOCK_NB) != 0 &&
+           (errno == EWOULDBLOCK || errno == EINTR) && !deadline.hasExpired()) {
+        QThread::msleep(lockRetryMilliseconds);
+    }
+    return lock;
+}
+
+void DiagnosticsStore::recordAlone(const SpeedTestResult& result) {
+    const Descriptor lock = lockFiles();
+    DiagnosticsStore().record(result);
 }
 
 QList<DiagnosticsStore*> DiagnosticsStore::othersOfThisProcess() const {

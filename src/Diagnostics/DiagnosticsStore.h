@@ -3,7 +3,8 @@
 // Owned by one window, lives on the main thread. Reads both files when it is made and rewrites one
 // in full after each change; what cannot be read is empty, what cannot be written stays in memory.
 // The stores of one process that share the files share their changes too, so that the second
-// window's next record does not take the first one's away. Another process's changes are not seen.
+// window's next record does not take the first one's away. Another process's changes are not seen:
+// a program that has no window makes its store only when it has something to change.
 #pragma once
 
 #include <QList>
@@ -12,6 +13,7 @@
 #include <QString>
 #include <optional>
 
+#include "Descriptor.h"
 #include "DriveIdentity.h"
 #include "SpeedTestResult.h"
 
@@ -36,6 +38,13 @@ public:
     // Blanks and tabs at both ends are dropped; an empty name removes the nickname.
     void setNickname(const QString& name, const DriveIdentity& drive);
     void record(const SpeedTestResult& result);
+
+    // Keeps other programs that ask for the same from their stores until it is closed; not open
+    // when there is no place for the lock.
+    static Descriptor lockFiles();
+    // Records with a store of its own, made under the lock, so that what other programs have
+    // recorded meanwhile stays.
+    static void recordAlone(const SpeedTestResult& result);
 
 signals:
     void objectWillChange();

@@ -6,11 +6,11 @@
 
 #include "BackgroundThread.h"
 #include "Characters.h"
-#include "DiagnosticsStore.h"
 #include "DiscEjector.h"
 #include "MainThreadLink.h"
 #include "NotificationManager.h"
 #include "OpticalDriveMonitor.h"
+#include "SpeedTestResult.h"
 
 namespace {
 
@@ -32,12 +32,12 @@ QString shortened(const QString& name, qsizetype bytes) {
 
 }  // namespace
 
-RipSession::RipSession(OpticalDriveMonitor& monitor, ISORipper& ripper,
-                       DiagnosticsStore& diagnostics, RipChoices choices, QObject* parent)
+RipSession::RipSession(OpticalDriveMonitor& monitor, ISORipper& ripper, Record record,
+                       RipChoices choices, QObject* parent)
     : QObject(parent),
       m_monitor(monitor),
       m_ripper(ripper),
-      m_diagnostics(diagnostics),
+      m_record(std::move(record)),
       m_choices(std::move(choices)),
       m_hadError(ripper.error().has_value()),
       m_link(MainThreadLink::to(this)) {
@@ -172,7 +172,7 @@ void RipSession::averageSpeedChanged() {
     if (!speed || !m_rippedDrive || !m_rippedDiscKind) {
         return;
     }
-    m_diagnostics.record(SpeedTestResult::now(
+    m_record(SpeedTestResult::now(
         m_rippedDrive->driveKey(), m_rippedDrive->modelString(), rawValue(*m_rippedDiscKind),
         m_rippedDiscSize.value_or(m_ripper.bytesWritten()), *speed, SpeedTestResult::Source::rip));
 }

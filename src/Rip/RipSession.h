@@ -16,9 +16,9 @@
 #include "ISORipper.h"
 #include "OpticalDisc.h"
 
-class DiagnosticsStore;
 class MainThreadLink;
 class OpticalDriveMonitor;
+struct SpeedTestResult;
 
 // What the user has chosen, asked at the moment it matters: thoroughVerify when a rip starts,
 // ejectWhenDone when it has been verified.
@@ -35,8 +35,11 @@ class RipSession final : public QObject {
                    destinationChanged)
 
 public:
-    RipSession(OpticalDriveMonitor& monitor, ISORipper& ripper, DiagnosticsStore& diagnostics,
-               RipChoices choices, QObject* parent = nullptr);
+    // Puts the speed of a rip into the history.
+    using Record = std::function<void(const SpeedTestResult&)>;
+
+    RipSession(OpticalDriveMonitor& monitor, ISORipper& ripper, Record record, RipChoices choices,
+               QObject* parent = nullptr);
     ~RipSession() override;
 
     // Absolute path of the next image; cleared once a rip has been verified.
@@ -75,7 +78,7 @@ private:
 
     OpticalDriveMonitor& m_monitor;
     ISORipper& m_ripper;
-    DiagnosticsStore& m_diagnostics;
+    Record m_record;
     RipChoices m_choices;
     std::optional<QString> m_destination;
     std::optional<QString> m_rippedBSDName;

@@ -44,7 +44,8 @@ std::vector<const ContentView*>& viewsByFront() {
 ContentView::ContentView(QWidget* parent)
     : QWidget(parent),
       m_session(
-          m_monitor, m_ripper, m_diagnostics,
+          m_monitor, m_ripper,
+          [this](const SpeedTestResult& result) { m_diagnostics.record(result); },
           {.thoroughVerify = [this] { return m_preferences.value(Preference::ThoroughVerify); },
            .ejectWhenDone = [this] { return m_preferences.value(Preference::EjectWhenDone); }}) {
     setObjectName(QStringLiteral("contentView"));

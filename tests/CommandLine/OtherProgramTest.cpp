@@ -151,6 +151,25 @@ TEST_F(OtherProgramTest, TheHistoryIsNewestFirstWithMultipleAndNickname) {
               "2024-01-31 18:04  CD       700 MB    1.2 MB/s    8.0x  Rip         C D 2\n");
 }
 
+TEST_F(OtherProgramTest, WhatIsMeasuredWhileADiscIsReadStaysInTheHistory) {
+    const QByteArray go = "'" + folder.path("go").toUtf8() + "'";
+    CliTest::writeImagingTool(folder, "echo PERCENT:10\nwhile [ ! -e " + go +
+                                          " ] && [ -d \"${image%/*}\" ]; do sleep 0.01; done\n"
+                                          "printf 0123456789 > \"$image\"");
+    CliProgram rip({"rip", "--json", "--output", folder.path("out.iso")});
+    CliProgram test({"speed-test", "--json"});
+    ASSERT_TRUE(rip.waitForOutput("0.1"));
+    ASSERT_TRUE(test.waitForOutput("0.1"));
+    CliTest::writeImagingTool(folder, "printf 0123456789 > \"$image\"");
+    outputOf({"speed-test", "--json"});
+    folder.write("go", "");
+    EXPECT_EQ(rip.exitStatus(), 0) << rip.errors().toStdString();
+    EXPECT_EQ(test.exitStatus(), 0) << test.errors().toStdString();
+    CliProgram history({"history", "--json"});
+    EXPECT_EQ(history.exitStatus(), 0);
+    EXPECT_EQ(history.jsonLines().size(), 3U);
+}
+
 TEST_F(OtherProgramTest, AnEmptyHistorySaysSoToPeople) {
     EXPECT_EQ(outputOf({"history"}), "No speed tests recorded yet.\n");
     EXPECT_EQ(outputOf({"history", "--json"}), "");

@@ -1,6 +1,8 @@
 #include "DiagnosticsStore.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -300,6 +302,32 @@ TEST_F(DiagnosticsStoreTest, ChangesOfOtherProgramsAreOverwritten) {
     ASSERT_EQ(next.results().size(), 1);
     EXPECT_EQ(next.results().at(0).discSizeBytes, 1);
     EXPECT_EQ(next.nicknames().values(), QStringList{"Desk"});
+}
+
+TEST_F(DiagnosticsStoreTest, WhatIsRecordedAloneIsAddedToWhatOtherProgramsHaveWritten) {
+    folder.write(QStringLiteral("data/Spindrift/speedlog.json"), *encodeHistory({result(2)}));
+    DiagnosticsStore::recordAlone(result(1));
+    const auto results = DiagnosticsStore().results();
+    ASSERT_EQ(results.size(), 2);
+    EXPECT_EQ(results.at(0).discSizeBytes, 1);
+    EXPECT_EQ(results.at(1).discSizeBytes, 2);
+}
+
+TEST_F(DiagnosticsStoreTest, OnlyOneHoldsTheLockAtATime) {
+    Descriptor held = DiagnosticsStore::lockFiles();
+    ASSERT_TRUE(held.isOpen());
+    const Descriptor other(open(
+        QFile::encodeName(application + QStringLiteral("/.lock")).constData(), O_RDWR | O_CLOEXEC));
+    ASSERT_TRUE(other.isOpen());
+    EXPECT_NE(flock(other.number(), LOCK_EX | LOCK_NB), 0);
+    held.close();
+    EXPECT_EQ(flock(other.number(), LOCK_EX | LOCK_NB), 0);
+}
+
+TEST_F(DiagnosticsStoreTest, WithoutAPlaceForTheLockThereIsNone) {
+    folder.write(QStringLiteral("data/Spindrift"), "a file in the folder's place");
+    EXPECT_FALSE(DiagnosticsStore::lockFiles().isOpen());
+    DiagnosticsStore::recordAlone(result(1));
 }
 
 TEST_F(DiagnosticsStoreTest, TwoWindowsKeepBothTheirRips) {

@@ -25,7 +25,7 @@ protected:
         monitor.poll();
         stub(hdiutil, "printf image > \"$out\"");
         session = std::make_unique<RipSession>(
-            monitor, *ripper, store,
+            monitor, *ripper, [this](const SpeedTestResult& result) { store.record(result); },
             RipChoices{[this] { return thoroughVerify; }, [this] { return ejectWhenDone; }});
         session->setDestination(destination());
         QObject::connect(session.get(), &RipSession::permissionNeeded, session.get(),
