@@ -57,6 +57,11 @@ int RipCommand::run() {
         m_context.complain(*objection);
         return ExitStatus::failed;
     }
+    if (!RipTarget::hasFolder(m_target)) {
+        m_context.complain(
+            QStringLiteral("The folder “%1” does not exist.").arg(QFileInfo(m_target).path()));
+        return ExitStatus::failed;
+    }
     if (!m_context.invocation.force && RipTarget::isTaken(m_target)) {
         m_context.complain(
             QStringLiteral("“%1” exists already. Use --force to replace it.").arg(m_target));
@@ -69,6 +74,12 @@ int RipCommand::run() {
             m_monitor.lastError().value_or(QStringLiteral("No disc inserted.")).trimmed());
         return ExitStatus::failed;
     }
+    m_session.setDestination(m_target);
+    const auto lackOfRoom = m_session.lackOfRoom();
+    if (lackOfRoom && !m_context.invocation.force) {
+        m_context.complain(*lackOfRoom + QStringLiteral(" Or use --force to try it nevertheless."));
+        return ExitStatus::failed;
+    }
 
     NotificationManager::requestAuthorization();
     m_report->say(
@@ -79,7 +90,6 @@ int RipCommand::run() {
     QTimer readerCheck;
     connect(&readerCheck, &QTimer::timeout, this, &RipCommand::cancelWithoutAReader);
     readerCheck.start(TextOutput::readerCheckInterval);
-    m_session.setDestination(m_target);
     m_session.startRip();
     const int status = m_loop.exec();
     m_report->end();

@@ -82,6 +82,6 @@ QString UserFolders::freshIdentifier() {
     return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
 }
 
-QString UserFolders::temporaryImageBase(const QString& prefix) {
-    return temporary() + prefix + freshIdentifier();
+QString UserFolders::temporaryImageBase(const QString& prefix, const QString& folder) {
+    return QDir(folder).filePath(prefix + freshIdentifier());
 }

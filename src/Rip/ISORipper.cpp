@@ -8,6 +8,7 @@
 #include "ImagingTool.h"
 #include "MainThreadLink.h"
 #include "Published.h"
+#include "RipRoom.h"
 #include "StrictUtf8.h"
 #include "UserFolders.h"
 #include "VerifyProcesses.h"
@@ -87,10 +88,12 @@ void ISORipper::start(const QString& bsdName, const QString& destination,
     reset();
     m_destination = destination;
     m_totalBytes = totalBytes;
+    m_temporaryFolder =
+        RipRoom::plan(totalBytes, thoroughVerify, destination, replacing).temporaryFolder;
     m_stoodThere = FileRemoval::identityOf(destination);
     m_link = MainThreadLink::to(this);
     m_tool = std::make_unique<ImagingTool>(
-        bsdName, UserFolders::temporaryImageBase(QStringLiteral("spindrift-")));
+        bsdName, UserFolders::temporaryImageBase(QStringLiteral("spindrift-"), m_temporaryFolder));
     ImagingTool::Handlers handlers;
     handlers.progressed = [this](double fraction) {
         publish(this, m_progress, fraction, &ISORipper::progressChanged);

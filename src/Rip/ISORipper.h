@@ -72,7 +72,8 @@ public:
     // file that stood there at the start and still does, or nothing.
     enum class CancelRemoves { Destination, WhatStoodThere, Nothing };
 
-    // Images /dev/<bsdName> to the destination (an absolute path). Returns at once.
+    // Images /dev/<bsdName> to the destination (an absolute path). Returns at once. The temporary
+    // image is made beside the destination where only that has room for it.
     void start(const QString& bsdName, const QString& destination, std::optional<qint64> totalBytes,
                bool thoroughVerify, Replacing replacing = Replacing::Yes);
     // Stops a running rip.
@@ -135,6 +136,7 @@ private:
     std::unique_ptr<ImagingTool> m_tool;  // stays after its end, until the next reset
     std::optional<QString> m_destination;
     [[maybe_unused]] std::optional<qint64> m_totalBytes;  // kept with the rip
+    QString m_temporaryFolder;                            // of both temporary images
     std::optional<FileRemoval::Identity> m_stoodThere;    // at the destination, at the start
     QStringList m_remarks;
     bool m_cancelled = false;

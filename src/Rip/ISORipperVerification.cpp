@@ -20,7 +20,7 @@ void ISORipper::startVerification(const QString& bsdName, bool thorough) {
     m_verifyCancelled = false;
     m_verification = std::make_shared<VerifyProcesses>();
 
-    const Verification::Job job{bsdName, *m_destination, m_verification};
+    const Verification::Job job{bsdName, *m_destination, m_temporaryFolder, m_verification};
     const auto handOver = [this, link = m_link](const VerifyStatus& verdict) {
         link->post([this, verdict] { verificationEnded(verdict); });
     };

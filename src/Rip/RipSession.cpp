@@ -10,6 +10,7 @@
 #include "MainThreadLink.h"
 #include "NotificationManager.h"
 #include "OpticalDriveMonitor.h"
+#include "RipRoom.h"
 #include "SpeedTestResult.h"
 
 namespace {
@@ -73,6 +74,16 @@ QString RipSession::defaultFileName(const OpticalDisc& disc) {
     name.replace(QLatin1Char('/'), QLatin1Char('-')).remove(QChar(u'\0'));
     name = shortened(name, longestFileName - extension.size());
     return (name.isEmpty() ? rawValue(disc.kind) : name) + extension;
+}
+
+std::optional<QString> RipSession::lackOfRoom() const {
+    const auto& disc = m_monitor.disc();
+    if (!disc || !m_destination) {
+        return std::nullopt;
+    }
+    return RipRoom::plan(disc->totalBytes, m_choices.thoroughVerify && m_choices.thoroughVerify(),
+                         *m_destination, m_choices.replacing)
+        .objection;
 }
 
 void RipSession::startRip() {

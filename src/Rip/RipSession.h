@@ -50,6 +50,10 @@ public:
     // cut to what a file name can hold.
     static QString defaultFileName(const OpticalDisc& disc);
 
+    // Why the rip of the monitor's disc to the destination will not fit, and what to do, as a
+    // sentence; absent when it fits or that is not known.
+    std::optional<QString> lackOfRoom() const;
+
     // Starts a rip of the monitor's disc; nothing without a disc or a destination.
     void startRip();
     // Cancels whatever runs: the rip, else the verification. A process that the verification starts

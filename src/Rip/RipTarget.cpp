@@ -82,6 +82,10 @@ std::optional<QString> RipTarget::objection(const QString& path) {
     return std::nullopt;
 }
 
+bool RipTarget::hasFolder(const QString& path) {
+    return QFileInfo::exists(QFileInfo(path).path());
+}
+
 bool RipTarget::isTaken(const QString& path) {
     const QFileInfo file(path);
     return file.exists() || file.isSymLink();

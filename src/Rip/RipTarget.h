@@ -11,9 +11,11 @@ namespace RipTarget {
 std::optional<QString> absolutePath(const QString& file);
 
 // Why this path cannot be written, as a sentence; absent when nothing speaks against it. An
-// ordinary file that is there already is none of these reasons, and a folder that is missing is
-// left to the rip itself.
+// ordinary file that is there already is none of these reasons, nor is a folder that is missing.
 std::optional<QString> objection(const QString& path);
+
+// Whether the folder that the file is to lie in exists.
+bool hasFolder(const QString& path);
 
 // Whether something stands at this path, be it a link to nothing.
 bool isTaken(const QString& path);

@@ -27,7 +27,8 @@ VerifyStatus compare(const Verification::Job& job, const QString& base) {
 }  // namespace
 
 void Verification::run(const Job& job, const std::function<void(const VerifyStatus&)>& handOver) {
-    const QString base = UserFolders::temporaryImageBase(QStringLiteral("spindrift-verify-"));
+    const QString base =
+        UserFolders::temporaryImageBase(QStringLiteral("spindrift-verify-"), job.temporaryFolder);
     handOver(compare(job, base));
     QFile::remove(base + QStringLiteral(".cdr"));
 }

@@ -17,6 +17,7 @@ namespace Verification {
 struct Job {
     QString bsdName;  // without "/dev/"
     QString image;    // absolute path of the saved image; never changed
+    QString temporaryFolder;
     std::shared_ptr<VerifyProcesses> processes;
 };
 

@@ -27,6 +27,7 @@
 #include "RipProgressView.h"
 #include "RipTarget.h"
 #include "SymbolLabel.h"
+#include "TextStyle.h"
 
 namespace {
 
@@ -77,6 +78,9 @@ void ContentView::addParts() {
     m_noDisc = new SymbolLabel(QStringLiteral("opticaldiscdrive"), tr("No disc inserted."),
                                Role::Secondary, TextLabel::Wrap::No, this);
     m_destination = new DestinationRow(this);
+    m_lackOfRoom = new SymbolLabel(QStringLiteral("exclamationmark.triangle.fill"), QString(),
+                                   TextStyle::font(TextStyle::Style::Caption), Role::Orange,
+                                   TextLabel::Wrap::Yes, this);
     m_progress = new RipProgressView(this);
     m_actions = new ActionRow(this);
     m_header->setObjectName(QStringLiteral("header"));
@@ -84,6 +88,7 @@ void ContentView::addParts() {
     m_noDrive->setObjectName(QStringLiteral("noDrive"));
     m_noDisc->setObjectName(QStringLiteral("noDisc"));
     m_destination->setObjectName(QStringLiteral("destinationRow"));
+    m_lackOfRoom->setObjectName(QStringLiteral("lackOfRoom"));
     m_progress->setObjectName(QStringLiteral("ripProgress"));
     m_actions->setObjectName(QStringLiteral("actionRow"));
 
@@ -97,6 +102,7 @@ void ContentView::addParts() {
     column->addWidget(m_noDisc);
     column->addWidget(new Divider(this));
     column->addLayout(m_destination);
+    column->addWidget(m_lackOfRoom);
     column->addWidget(m_progress);
     column->addLayout(m_actions);
 }
@@ -271,6 +277,12 @@ void ContentView::refresh() {
     m_noDisc->setVisible(!disc && m_monitor.driveDetected());
 
     m_destination->setDestination(m_session.destination());
+    // What the rip itself has written is no lack of room.
+    if (!isWorking()) {
+        const auto lackOfRoom = m_session.lackOfRoom();
+        m_lackOfRoom->setVisible(lackOfRoom.has_value());
+        m_lackOfRoom->setText(lackOfRoom.value_or(QString()));
+    }
     m_destination->setChooseEnabled(!rip.isRunning);
     m_progress->show(rip, retro);
     m_progress->setVisible(rip.isWorthShowing());

@@ -86,6 +86,7 @@ private:
     SymbolLabel* m_noDrive;
     SymbolLabel* m_noDisc;
     DestinationRow* m_destination;
+    SymbolLabel* m_lackOfRoom;
     RipProgressView* m_progress;
     ActionRow* m_actions;
     QPointer<PinstripeBackground> m_pinstripes;  // made when Retro Mode first needs it

@@ -9,6 +9,7 @@
 #include <csignal>
 
 #include "CliProgram.h"
+#include "SmallFileSystem.h"
 #include "StubTools.h"
 #include "Waiting.h"
 
@@ -249,14 +250,34 @@ TEST_F(RipProgramTest, AToolThatCannotBeStartedIsALaunchFailure) {
     EXPECT_EQ(program.jsonLines().back()["case"], "launchFailed");
 }
 
-TEST_F(RipProgramTest, AMissingDestinationFolderIsTheDoublePrefixedFailure) {
-    CliTest::writeImagingTool(folder, goodImage);
-    CliProgram program({"rip", "--json", "--output", folder.path("no/such/out.iso")});
+TEST_F(RipProgramTest, AMissingFolderIsRefusedBeforeAnythingRuns) {
+    CliProgram program({"rip", "--force", "--json", "--output", folder.path("no/such/out.iso")});
     EXPECT_EQ(program.exitStatus(), 1);
-    EXPECT_EQ(program.lastValue("error"),
-              "hdiutil exited with an error: Could not move image into place: No such file or "
-              "directory");
-    EXPECT_EQ(CliTest::temporaryImages(folder).size(), 1);
+    EXPECT_EQ(program.output(), "");
+    EXPECT_EQ(program.errors(), "spindrift-cli: The folder “" + folder.path("no/such").toUtf8() +
+                                    "” does not exist.\n");
+    EXPECT_THAT(StubTools::log(folder), IsEmpty());
+}
+
+TEST_F(RipProgramTest, WithTooLittleRoomNothingIsReadUnlessForced) {
+    const QString small = folder.path("small");
+    QDir().mkpath(small);
+    const SmallFileSystem disk(small, "64k");
+    NEEDS_A_SMALL_FILE_SYSTEM(disk);
+    const QByteArray diskutil = *TestFolder::read(folder.path("tools/usr/sbin/diskutil"));
+    folder.write("tools/usr/sbin/diskutil", QByteArray(diskutil).replace("4096", "1065536"));
+    CliTest::writeImagingTool(folder, goodImage);
+    const QStringList arguments = {"rip", "--json", "--output", small + "/out.iso"};
+    CliProgram refused(arguments);
+    EXPECT_EQ(refused.exitStatus(), 1);
+    EXPECT_EQ(refused.output(), "");
+    EXPECT_EQ(refused.errors(),
+              "spindrift-cli: “" + small.toUtf8() +
+                  "” lacks 1 MB of room for the image, which takes 1.1 MB. Choose a folder with "
+                  "more room. Or use --force to try it nevertheless.\n");
+    EXPECT_THAT(StubTools::log(folder).join('\n').toStdString(), Not(HasSubstr("hdiutil")));
+    CliProgram forced(arguments + QStringList{"--force"});
+    EXPECT_EQ(forced.exitStatus(), 0) << forced.errors().toStdString();
 }
 
 TEST_F(RipProgramTest, AnExistingFileIsRefusedBeforeAnythingRuns) {

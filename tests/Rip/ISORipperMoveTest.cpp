@@ -126,6 +126,27 @@ TEST_F(ISORipperMoveTest, APipeAtTheDestinationIsReplacedWithoutWaitingForItsRea
     EXPECT_EQ(TestFolder::read(destination()), QByteArray("image"));
 }
 
+TEST_F(ISORipperMoveTest, WhereOnlyTheDestinationHasRoomBothTemporaryImagesAreMadeThere) {
+    const QString small = folder.path(QStringLiteral("small"));
+    QDir().mkpath(small);
+    const SmallFileSystem disk(small, "64k");
+    NEEDS_A_SMALL_FILE_SYSTEM(disk);
+    folder.setEnvironment("TMPDIR", small.toUtf8());
+    stub(hdiutil,
+         "echo \"$out\" >> \"$world/paths\"\n"
+         "head -c 100000 /dev/zero > \"$out\"");
+    ripper->start(QStringLiteral("disk4"), destination(), 100000, true);
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_TRUE(ripper->finished());
+    EXPECT_EQ(ripper->verifyStatus(), VerifyStatus::matched());
+    const QList<QByteArray> paths =
+        TestFolder::read(folder.path(QStringLiteral("paths")))->trimmed().split('\n');
+    ASSERT_EQ(paths.size(), 2);
+    EXPECT_TRUE(paths[0].startsWith(folder.path(QStringLiteral("spindrift-")).toUtf8()));
+    EXPECT_TRUE(paths[1].startsWith(folder.path(QStringLiteral("spindrift-verify-")).toUtf8()));
+    EXPECT_TRUE(QDir(folder.path()).entryList({QStringLiteral("spindrift-*")}).isEmpty());
+}
+
 TEST_F(ISORipperMoveTest, WithinOneFileSystemTheImageItselfMoves) {
     stub(hdiutil, "printf image > \"$out\"; stat -c %i \"$out\" > \"$world/inode\"");
     start();

@@ -26,8 +26,10 @@ TEST_F(RipTargetTest, ANewFileIsFine) {
     EXPECT_EQ(objection(folder.path("a.iso")), "none");
 }
 
-TEST_F(RipTargetTest, AFolderThatIsMissingIsLeftToTheRip) {
+TEST_F(RipTargetTest, AFolderThatIsMissingIsNoObjectionAndCanBeAskedFor) {
     EXPECT_EQ(objection(folder.path("no/such/a.iso")), "none");
+    EXPECT_FALSE(RipTarget::hasFolder(folder.path("no/such/a.iso")));
+    EXPECT_TRUE(RipTarget::hasFolder(folder.path("a.iso")));
 }
 
 TEST_F(RipTargetTest, AnExistingFileIsFineAndTaken) {

@@ -12,6 +12,8 @@
 #include "ContentView.h"
 #include "DestinationDialog.h"
 #include "InAppNotifications.h"
+#include "SmallFileSystem.h"
+#include "SymbolLabel.h"
 
 using ContentViewActionsTest = ActionsFixture;
 
@@ -50,6 +52,29 @@ TEST_F(ContentViewActionsTest, CancellingTheSaveDialogLeavesTheDestination) {
     sheet<DestinationDialog>(window)->reject();
     settle();
     EXPECT_EQ(window.content->session().destination(), before);
+}
+
+TEST_F(ContentViewActionsTest, TooLittleRoomIsToldBelowTheDestinationAndKeepsNobodyFromStarting) {
+    const QString small = folder.path(QStringLiteral("small"));
+    QDir().mkpath(small);
+    const SmallFileSystem disk(small, "64k");
+    NEEDS_A_SMALL_FILE_SYSTEM(disk);
+    DriveStubs::disc(folder, {});
+    HostWindow window;
+    window.open();
+    EXPECT_FALSE(shows(window.content, "lackOfRoom"));
+    window.content->session().setDestination(small + QStringLiteral("/disc.iso"));
+    settle();
+    EXPECT_TRUE(shows(window.content, "lackOfRoom"));
+    const auto* warning = named<SymbolLabel>(window.content, "lackOfRoom");
+    EXPECT_EQ(warning->text(),
+              QStringLiteral("“%1” lacks 4.7 GB of room for the image, which takes 4.7 GB. Choose "
+                             "a folder with more room.")
+                  .arg(small));
+    EXPECT_TRUE(named<QPushButton>(window.content, "startButton")->isEnabled());
+    window.content->session().setDestination(std::nullopt);
+    settle();
+    EXPECT_FALSE(shows(window.content, "lackOfRoom"));
 }
 
 TEST_F(ContentViewActionsTest, APlaceThatCannotBeWrittenToIsRefusedAndAnotherAskedFor) {
