@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <QFile>
@@ -128,9 +129,10 @@ int moveFile(const QString& source, const QString& destination, Replacing replac
     return 0;
 }
 
-StagedCopy::StagedCopy(const QString& source, const QString& destination)
+StagedCopy::StagedCopy(const QString& source, const QString& destination, Replacing replacing)
     : m_source(source),
       m_destination(destination),
+      m_replacing(replacing),
       m_staging(AbandonedCopies::freshPath(destination)) {}
 
 StagedCopy::~StagedCopy() {
@@ -138,8 +140,9 @@ StagedCopy::~StagedCopy() {
 }
 
 std::shared_ptr<StagedCopy> StagedCopy::begin(const QString& source, const QString& destination,
+                                              Replacing replacing,
                                               const std::function<void()>& finished) {
-    std::shared_ptr<StagedCopy> staged(new StagedCopy(source, destination));
+    std::shared_ptr<StagedCopy> staged(new StagedCopy(source, destination, replacing));
     const int error =
         BackgroundThread::start(BackgroundThread::Priority::Normal, [staged, finished] {
             staged->m_error = staged->copy();
@@ -161,8 +164,8 @@ void StagedCopy::discard() {
     FileRemoval::remove(m_staging);
 }
 
-int StagedCopy::commit(Replacing replacing) {
-    const int error = m_error != 0 ? m_error : moveFile(m_staging, m_destination, replacing);
+int StagedCopy::commit() {
+    const int error = m_error != 0 ? m_error : moveFile(m_staging, m_destination, m_replacing);
     if (error == 0) {
         syncFolderOf(m_destination);
         FileRemoval::remove(m_source);
@@ -178,6 +181,32 @@ int StagedCopy::copy() {
     if (!input.isOpen()) {
         return errno;
     }
+    int error = copyFrom(input.number());
+    struct stat original = {};
+    if ((error == ENOSPC || error == EDQUOT) && fstat(input.number(), &original) == 0 &&
+        makesWay(original.st_size) && unlink(QFile::encodeName(m_destination).constData()) == 0) {
+        error = lseek(input.number(), 0, SEEK_SET) == 0 ? copyFrom(input.number()) : errno;
+    }
+    return error;
+}
+
+// Whether what stands at the destination is to be replaced and leaves room for so many bytes.
+bool StagedCopy::makesWay(off_t size) const {
+    struct stat replaced = {};
+    struct statvfs system = {};
+    const QByteArray path = QFile::encodeName(m_destination);
+    if (m_replacing == Replacing::No || m_cancelled || lstat(path.constData(), &replaced) != 0 ||
+        !S_ISREG(replaced.st_mode) || replaced.st_nlink != 1 ||
+        statvfs(path.constData(), &system) != 0) {
+        return false;
+    }
+    constexpr off_t bytesOfStatBlock = 512;
+    return static_cast<off_t>(system.f_bavail * system.f_frsize) +
+               replaced.st_blocks * bytesOfStatBlock >=
+           size;
+}
+
+int StagedCopy::copyFrom(int input) {
     const QByteArray staging = QFile::encodeName(m_staging);
     const Descriptor output(
         open(staging.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
@@ -185,7 +214,7 @@ int StagedCopy::copy() {
         return errno;
     }
     AbandonedCopies::claim(output.number());
-    const int error = copyContent(input.number(), output.number());
+    const int error = copyContent(input, output.number());
     if (error != 0) {
         unlink(staging.constData());
     }

@@ -23,7 +23,9 @@ class StagedCopy final {
 public:
     // Paths of files. Returns at once; the callback comes once, however the copy ended, on the
     // copying thread or (when there can be none) on the calling one.
+    // Where a file that is replaced takes the room that the copy needs, it goes first.
     static std::shared_ptr<StagedCopy> begin(const QString& source, const QString& destination,
+                                             Replacing replacing,
                                              const std::function<void()>& finished);
 
     ~StagedCopy();
@@ -43,15 +45,18 @@ public:
 
     // After the callback; main thread. 0, or the error number of what failed; the copy is gone
     // then. The original goes only when the disk knows the copy by its name.
-    int commit(Replacing replacing);
+    int commit();
 
 private:
-    StagedCopy(const QString& source, const QString& destination);
+    StagedCopy(const QString& source, const QString& destination, Replacing replacing);
     int copy();
+    int copyFrom(int input);
+    bool makesWay(off_t size) const;
     int copyContent(int input, int output);
 
     const QString m_source;
     const QString m_destination;
+    const Replacing m_replacing;
     const QString m_staging;
     std::atomic<bool> m_cancelled = false;
     std::atomic<double> m_fraction = 0;

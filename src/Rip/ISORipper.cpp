@@ -151,9 +151,9 @@ void ISORipper::toolEnded(const Rip& rip, int status, const QByteArray& errorOut
     m_remarks = remarksIn(errorOutput);
     const int error = moveFile(m_tool->image(), rip.destination, rip.replacing);
     if (error == EXDEV) {
-        m_copy = StagedCopy::begin(m_tool->image(), rip.destination, [this, link = m_link, rip] {
-            link->post([this, rip] { copyEnded(rip); });
-        });
+        m_copy = StagedCopy::begin(
+            m_tool->image(), rip.destination, rip.replacing,
+            [this, link = m_link, rip] { link->post([this, rip] { copyEnded(rip); }); });
         Q_EMIT objectWillChange();
         return;
     }
@@ -170,7 +170,7 @@ void ISORipper::copyEnded(const Rip& rip) {
         removeTemporaryImage();
         return;
     }
-    const int error = copy->commit(rip.replacing);
+    const int error = copy->commit();
     publishStopped();
     publishMoved(rip, error);
 }

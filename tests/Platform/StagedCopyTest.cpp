@@ -23,10 +23,11 @@ namespace {
 class StagedCopyTest : public testing::Test {
 protected:
     // Runs a copy to its end.
-    std::shared_ptr<StagedCopy> copied(const QString& from, const QString& target) {
+    std::shared_ptr<StagedCopy> copied(const QString& from, const QString& target,
+                                       Replacing replacing = Replacing::Yes) {
         auto ended = std::make_shared<std::promise<void>>();
         auto end = ended->get_future();
-        auto copy = StagedCopy::begin(from, target, [ended] { ended->set_value(); });
+        auto copy = StagedCopy::begin(from, target, replacing, [ended] { ended->set_value(); });
         end.wait();
         return copy;
     }
@@ -63,7 +64,7 @@ TEST_F(StagedCopyTest, TheCommitPutsTheWholeCopyInPlaceAndRemovesTheOriginal) {
     QFile::setPermissions(source, QFile::ReadOwner | QFile::WriteOwner);
     folder.write(QStringLiteral("to/disc.iso"), "old");
     const auto copy = copied(source, destination);
-    EXPECT_EQ(copy->commit(Replacing::Yes), 0);
+    EXPECT_EQ(copy->commit(), 0);
     EXPECT_EQ(TestFolder::read(destination), QByteArray(3000007, 'x'));
     EXPECT_EQ(TestFolder::list(to), QStringList({"disc.iso"}));
     EXPECT_FALSE(QFile::exists(source));
@@ -71,9 +72,9 @@ TEST_F(StagedCopyTest, TheCommitPutsTheWholeCopyInPlaceAndRemovesTheOriginal) {
 }
 
 TEST_F(StagedCopyTest, AFileThatCameMeanwhileIsKeptAndSoIsTheOriginal) {
-    const auto copy = copied(source, destination);
+    const auto copy = copied(source, destination, Replacing::No);
     folder.write(QStringLiteral("to/disc.iso"), "came meanwhile");
-    EXPECT_EQ(copy->commit(Replacing::No), EEXIST);
+    EXPECT_EQ(copy->commit(), EEXIST);
     EXPECT_EQ(TestFolder::read(destination), QByteArray("came meanwhile"));
     EXPECT_EQ(TestFolder::list(to), QStringList({"disc.iso"}));
     EXPECT_TRUE(QFile::exists(source));
@@ -103,20 +104,20 @@ TEST_F(StagedCopyTest, ADiscardedCopyLeavesOnlyTheOriginal) {
     const auto copy = copied(source, destination);
     copy->discard();
     EXPECT_EQ(TestFolder::list(to), QStringList());
-    EXPECT_EQ(copy->commit(Replacing::Yes), ENOENT);
+    EXPECT_EQ(copy->commit(), ENOENT);
     EXPECT_TRUE(QFile::exists(source));
 }
 
 TEST_F(StagedCopyTest, AnOriginalThatIsGoneIsAnError) {
     const auto copy = copied(folder.path(QStringLiteral("from/none")), destination);
-    EXPECT_EQ(copy->commit(Replacing::Yes), ENOENT);
+    EXPECT_EQ(copy->commit(), ENOENT);
     EXPECT_EQ(TestFolder::list(to), QStringList());
 }
 
 TEST_F(StagedCopyTest, AFolderInTheWayKeepsBothItAndTheOriginal) {
     const auto copy = copied(source, destination);
     QDir().mkpath(destination);
-    EXPECT_EQ(copy->commit(Replacing::Yes), EISDIR);
+    EXPECT_EQ(copy->commit(), EISDIR);
     EXPECT_EQ(TestFolder::list(to), QStringList({"disc.iso"}));
     EXPECT_TRUE(QDir(destination).exists());
     EXPECT_TRUE(QFile::exists(source));
@@ -125,9 +126,38 @@ TEST_F(StagedCopyTest, AFolderInTheWayKeepsBothItAndTheOriginal) {
 TEST_F(StagedCopyTest, AFullDiskIsAnErrorAndLeavesNothingBehind) {
     const SmallFileSystem disk(to, "1m");
     NEEDS_A_SMALL_FILE_SYSTEM(disk);
-    EXPECT_EQ(copied(source, destination)->commit(Replacing::Yes), ENOSPC);
+    EXPECT_EQ(copied(source, destination)->commit(), ENOSPC);
     EXPECT_EQ(TestFolder::list(to), QStringList());
     EXPECT_TRUE(QFile::exists(source));
+}
+
+TEST_F(StagedCopyTest, AFileThatIsReplacedGoesFirstWhereItTakesTheRoomOfTheCopy) {
+    const SmallFileSystem disk(to, "4m");
+    NEEDS_A_SMALL_FILE_SYSTEM(disk);
+    folder.write(QStringLiteral("to/disc.iso"), QByteArray(2000000, 'o'));
+    EXPECT_EQ(copied(source, destination)->commit(), 0);
+    EXPECT_EQ(TestFolder::read(destination), QByteArray(3000007, 'x'));
+    EXPECT_EQ(TestFolder::list(to), QStringList({"disc.iso"}));
+    EXPECT_FALSE(QFile::exists(source));
+}
+
+TEST_F(StagedCopyTest, AFileStaysWhenItsRoomWouldNotDoOrItIsNotToBeReplaced) {
+    const SmallFileSystem disk(to, "3m");
+    NEEDS_A_SMALL_FILE_SYSTEM(disk);
+    const QByteArray old(1000000, 'o');
+    folder.write(QStringLiteral("to/disc.iso"), old);
+    EXPECT_EQ(copied(source, destination, Replacing::No)->commit(), ENOSPC);
+    EXPECT_EQ(TestFolder::read(destination), old);
+    ASSERT_EQ(link(QFile::encodeName(destination).constData(),
+                   QFile::encodeName(to + QStringLiteral("/second name")).constData()),
+              0);
+    EXPECT_EQ(copied(source, destination)->commit(), ENOSPC);
+    EXPECT_EQ(TestFolder::read(destination), old);
+    ASSERT_TRUE(QFile::remove(to + QStringLiteral("/second name")));
+    folder.write(QStringLiteral("to/filler"), QByteArray(500000, 'f'));
+    EXPECT_EQ(copied(source, destination)->commit(), ENOSPC);
+    EXPECT_EQ(TestFolder::read(destination), old);
+    EXPECT_EQ(TestFolder::list(to), QStringList({"disc.iso", "filler"}));
 }
 
 TEST_F(StagedCopyTest, AFileTooLargeForTheFileSystemIsAnErrorBeforeAnythingIsCopied) {
@@ -141,7 +171,7 @@ TEST_F(StagedCopyTest, AFileTooLargeForTheFileSystemIsAnErrorBeforeAnythingIsCop
         GTEST_SKIP() << "mounting a file system needs root and loop devices";
     }
     ASSERT_TRUE(QFile::resize(source, qint64(1) << 40));
-    EXPECT_EQ(copied(source, destination)->commit(Replacing::Yes), EFBIG);
+    EXPECT_EQ(copied(source, destination)->commit(), EFBIG);
     EXPECT_EQ(TestFolder::list(to), QStringList({"lost+found"}));
     EXPECT_EQ(umount2(QFile::encodeName(to).constData(), MNT_DETACH), 0);
 }
@@ -150,7 +180,7 @@ TEST_F(StagedCopyTest, AnOriginalThatEndsBeforeItsSizeIsAnError) {
     // As one does that somebody cuts off while it is copied.
     const QString cut = QStringLiteral("/sys/kernel/uevent_seqnum");
     ASSERT_GT(QFileInfo(cut).size(), 100);
-    EXPECT_EQ(copied(cut, destination)->commit(Replacing::Yes), EIO);
+    EXPECT_EQ(copied(cut, destination)->commit(), EIO);
     EXPECT_EQ(TestFolder::list(to), QStringList());
 }
 
@@ -159,7 +189,7 @@ TEST_F(StagedCopyTest, ACancelTouchesNothingAndTheCopyIsGoneBeforeTheCallback) {
     ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
     QStringList leftAtTheEnd;
     std::promise<void> ended;
-    const auto copy = StagedCopy::begin(fifo, destination, [&] {
+    const auto copy = StagedCopy::begin(fifo, destination, Replacing::Yes, [&] {
         leftAtTheEnd = TestFolder::list(to);
         ended.set_value();
     });
@@ -173,14 +203,15 @@ TEST_F(StagedCopyTest, ACancelTouchesNothingAndTheCopyIsGoneBeforeTheCallback) {
     }
     ended.get_future().wait();
     EXPECT_EQ(leftAtTheEnd, QStringList());
-    EXPECT_EQ(copy->commit(Replacing::Yes), ECANCELED);
+    EXPECT_EQ(copy->commit(), ECANCELED);
 }
 
 TEST_F(StagedCopyTest, ACopyThatRunsIsClaimed) {
     const QString fifo = folder.path(QStringLiteral("fifo"));
     ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
     std::promise<void> ended;
-    const auto copy = StagedCopy::begin(fifo, destination, [&] { ended.set_value(); });
+    const auto copy =
+        StagedCopy::begin(fifo, destination, Replacing::Yes, [&] { ended.set_value(); });
     {
         QFile feed(fifo);
         ASSERT_TRUE(feed.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
@@ -194,7 +225,7 @@ TEST_F(StagedCopyTest, ACopyThatRunsIsClaimed) {
         }));
     }
     ended.get_future().wait();
-    EXPECT_EQ(copy->commit(Replacing::Yes), 0);
+    EXPECT_EQ(copy->commit(), 0);
 }
 
 TEST_F(StagedCopyTest, WhatAKilledProgramLeftGoesWhenTheNextCopyBegins) {
@@ -205,7 +236,7 @@ TEST_F(StagedCopyTest, WhatAKilledProgramLeftGoesWhenTheNextCopyBegins) {
     ASSERT_TRUE(file.setFileTime(QDateTime::currentDateTime().addDays(-1),
                                  QFileDevice::FileModificationTime));
     file.close();
-    EXPECT_EQ(copied(source, destination)->commit(Replacing::Yes), 0);
+    EXPECT_EQ(copied(source, destination)->commit(), 0);
     EXPECT_EQ(TestFolder::list(to), QStringList({"disc.iso"}));
 }
 
