@@ -108,10 +108,14 @@ QString DiagnosticsStore::applicationFolder(const std::optional<QString>& dataFo
     return folder;
 }
 
-DiagnosticsStore::DiagnosticsStore(QObject* parent) : QObject(parent) {
+QStringList DiagnosticsStore::files() {
     const QString folder = applicationFolder(UserFolders::data());
-    m_resultsPath = folder + QStringLiteral("/speedlog.json");
-    m_nicknamesPath = folder + QStringLiteral("/drivenicknames.json");
+    return {folder + QStringLiteral("/speedlog.json"),
+            folder + QStringLiteral("/drivenicknames.json")};
+}
+
+DiagnosticsStore::DiagnosticsStore(QObject* parent)
+    : QObject(parent), m_resultsPath(files().constFirst()), m_nicknamesPath(files().constLast()) {
     if (QFile history(m_resultsPath); history.open(QIODevice::ReadOnly)) {
         m_results = decodeHistory(history).value_or(QList<SpeedTestResult>());
     }

@@ -11,6 +11,7 @@
 #include <QMap>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <optional>
 
 #include "Descriptor.h"
@@ -39,6 +40,8 @@ public:
     void setNickname(const QString& name, const DriveIdentity& drive);
     void record(const SpeedTestResult& result);
 
+    // The paths of both files as the environment names them now.
+    static QStringList files();
     // Keeps other programs that ask for the same from their stores until it is closed; not open
     // when there is no place for the lock.
     static Descriptor lockFiles();

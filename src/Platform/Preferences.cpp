@@ -120,6 +120,10 @@ std::optional<QString> Preferences::appleInterfaceStyle() const {
     return IniText::value(freshState().text, "AppleInterfaceStyle");
 }
 
+QString Preferences::file() {
+    return settingsFile();
+}
+
 std::optional<QString> Preferences::problem() const {
     const FileState& state = freshState();
     if (state.writeError != 0) {

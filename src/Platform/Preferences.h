@@ -30,6 +30,9 @@ public:
     // written by this program.
     std::optional<QString> appleInterfaceStyle() const;
 
+    // The path of the file as the environment names it now.
+    static QString file();
+
     // Why something that was set is not in the file, or why the file cannot be read, as a sentence
     // for the user; absent when all is well.
     std::optional<QString> problem() const;

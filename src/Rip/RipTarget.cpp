@@ -7,10 +7,13 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <algorithm>
 #include <cerrno>
 
+#include "DiagnosticsStore.h"
 #include "ErrorText.h"
 #include "PracticeFolder.h"
+#include "Preferences.h"
 
 namespace {
 
@@ -50,6 +53,22 @@ bool isThePracticeDisc(const QFileInfo& file) {
            QFileInfo(practice->disc()).canonicalFilePath() == file.canonicalFilePath();
 }
 
+// Whether both name one file, be it there yet or not.
+bool areSame(const QFileInfo& one, const QFileInfo& other) {
+    const auto folder = [](const QFileInfo& file) {
+        return QFileInfo(file.path()).canonicalFilePath();
+    };
+    return one.exists() ? one.canonicalFilePath() == other.canonicalFilePath()
+                        : one.fileName() == other.fileName() && folder(one) == folder(other);
+}
+
+// Whether the program keeps its history, its nicknames or its preferences there.
+bool isOwn(const QFileInfo& file) {
+    const QStringList own = DiagnosticsStore::files() + QStringList{Preferences::file()};
+    return std::ranges::any_of(
+        own, [&file](const QString& path) { return areSame(file, QFileInfo(path)); });
+}
+
 }  // namespace
 
 std::optional<QString> RipTarget::absolutePath(const QString& file) {
@@ -75,6 +94,9 @@ std::optional<QString> RipTarget::objection(const QString& path) {
     }
     if (auto objection = objectionToPlace(file)) {
         return objection;
+    }
+    if (isOwn(file)) {
+        return translated("“%1” is a file that Spindrift itself needs.").arg(path);
     }
     if (isThePracticeDisc(file)) {
         return translated("“%1” is the disc in the practice drive.").arg(path);

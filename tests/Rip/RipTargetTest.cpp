@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include "OrdinaryUser.h"
 #include "TestFolder.h"
@@ -95,6 +96,22 @@ TEST_F(RipTargetTest, TheDiscInThePracticeDriveIsRefused) {
     folder.setEnvironment("SPINDRIFT_PRACTICE_DRIVE", folder.path("drive").toUtf8());
     EXPECT_EQ(objection(image), "“FOLDER/disc.iso” is the disc in the practice drive.");
     EXPECT_EQ(objection(folder.write("other.iso", "x")), "none");
+}
+
+TEST_F(RipTargetTest, TheProgramsOwnFilesAreRefusedWhetherTheyAreThereOrNot) {
+    for (const char* own : {"data/Spindrift/speedlog.json", "data/Spindrift/drivenicknames.json",
+                            "config/Spindrift/Spindrift.conf"}) {
+        QDir().mkpath(QFileInfo(folder.path(own)).path());
+        const std::string refusal =
+            std::string("“FOLDER/") + own + "” is a file that Spindrift itself needs.";
+        EXPECT_EQ(objection(folder.path(own)), refusal);
+        folder.write(own, "x");
+        EXPECT_EQ(objection(folder.path(own)), refusal);
+        QFile::link(folder.path(own), folder.path("link.iso"));
+        EXPECT_NE(objection(folder.path("link.iso")), "none");
+        EXPECT_EQ(objection(folder.path(own) + ".iso"), "none");
+        QFile::remove(folder.path("link.iso"));
+    }
 }
 
 TEST_F(RipTargetTest, ARelativeNameIsTakenFromTheCurrentFolder) {
