@@ -38,10 +38,12 @@ Exit status: 0 a drive answered, 1 none did.)",
     CommandRow{
         Command::Rip, "rip", "--output FILE", 1, "make an ISO image of the disc",
         R"(Makes an ISO image of the disc in the drive. The image is written to a temporary file and
-moved to FILE when it is complete. Ctrl-C cancels; while the image is being verified, the image
-is kept.
+moved to FILE when it is complete. Nothing is read when FILE's folder does not exist, nor, without
+--force, when there is too little room. Ctrl-C cancels; while the image is being verified, the
+image is kept.
 
-With --json every change is printed: {"property": name, "value": value}.
+With --json every change is printed: {"property": name, "value": value}. After a failure the value
+of "temporaryImage" is the path of the file with what was read, if there is one.
 A FILE whose name begins with "-" is given as --output=FILE or after "--".
 Exit status: 0 done, 1 failed, 2 the image does not match the disc, 130 cancelled.)",
         ripRows},

@@ -158,7 +158,16 @@ void RipCommand::printOutcome(int status) {
     if (m_ejectFailed) {
         m_context.complain(QStringLiteral("The rip finished, but the disc couldn't be ejected."));
     }
+    // It may take the space of a whole disc, or be all that there is of a disc that is dying.
+    const auto left = m_ripper.error() && status != ExitStatus::cancelled
+                          ? m_ripper.temporaryImage()
+                          : std::nullopt;
+    const bool isLeft = left && QFileInfo::exists(*left);
     if (m_context.invocation.json) {
+        if (isLeft) {
+            m_context.output.write(
+                JsonText::line(JsonText::change("temporaryImage", left->toStdString())));
+        }
         return;
     }
     if (status == ExitStatus::cancelled) {
@@ -172,10 +181,8 @@ void RipCommand::printOutcome(int status) {
         if (error->kind() == RipError::Kind::permissionDenied && !FullDiskAccess::isGranted()) {
             m_context.errors.write(accessGuidance());
         }
-        // It may take the space of a whole disc, or be all that there is of a disc that is dying.
-        const auto& image = m_ripper.temporaryImage();
-        if (image && QFileInfo::exists(*image)) {
-            m_context.complain(QStringLiteral("What was read is left in “%1”.").arg(*image));
+        if (isLeft) {
+            m_context.complain(QStringLiteral("What was read is left in “%1”.").arg(*left));
         }
     } else if (const auto& verdict = m_ripper.verifyStatus()) {
         printVerdict(*verdict);

@@ -186,9 +186,12 @@ TEST_F(RipProgramTest, AFailureWithTextShowsTheTextAsItIs) {
     EXPECT_THAT(program.changes(),
                 ElementsAre("isRunning=true", "isRunning=false",
                             "error=\"hdiutil exited with an error: hdiutil: create failed - "
-                            "Input/output error\\n\""));
-    EXPECT_EQ(program.jsonLines().back()["case"], "imagingFailed");
-    EXPECT_EQ(CliTest::temporaryImages(folder).size(), 1);
+                            "Input/output error\\n\"",
+                            StartsWith("temporaryImage=")));
+    EXPECT_EQ(program.jsonLines()[program.jsonLines().size() - 2]["case"], "imagingFailed");
+    ASSERT_EQ(CliTest::temporaryImages(folder).size(), 1);
+    EXPECT_EQ(program.lastValue("temporaryImage"),
+              (folder.temporary() + CliTest::temporaryImages(folder).constFirst()).toStdString());
     EXPECT_FALSE(QFile::exists(target()));
 }
 
