@@ -79,6 +79,17 @@ bool NotificationBus::connect(const std::string& address) {
     return true;
 }
 
+void NotificationBus::wakeServer() {
+    Message request;
+    if (m_bus &&
+        sd_bus_message_new_method_call(m_bus.get(), request.out(), service, object, interface,
+                                       "GetCapabilities") >= 0 &&
+        sd_bus_message_set_expect_reply(request.get(), 0) >= 0 &&
+        sd_bus_send(m_bus.get(), request.get(), nullptr) >= 0) {
+        sd_bus_flush(m_bus.get());
+    }
+}
+
 bool NotificationBus::serverReadsMarkup(bool* markup) {
     Message request;
     Message reply;

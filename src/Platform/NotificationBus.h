@@ -23,6 +23,9 @@ public:
     // when there is none.
     bool connect(const std::string& address);
 
+    // Has the bus start the daemon unless it runs; waits for no answer.
+    void wakeServer();
+
     // Posts a new notification; UTF-8 texts without NUL. False when it was not delivered.
     bool post(const std::string& title, const std::string& body);
 

@@ -15,7 +15,7 @@ namespace {
 // Texts as UTF-8, and the bus as it was known when the notification was posted.
 struct Notice {
     std::string address;
-    std::optional<std::pair<std::string, std::string>> texts;  // absent: only connect
+    std::optional<std::pair<std::string, std::string>> texts;  // absent: only wake the daemon
 };
 
 // More than a user could read; bounds what a bus that hangs can pile up.
@@ -57,8 +57,11 @@ private:
             // It leaves the queue only when it is done, for flush().
             const Notice notice = m_queue.front();
             lock.unlock();
-            if (bus.connect(notice.address) && notice.texts) {
+            const bool connected = bus.connect(notice.address);
+            if (connected && notice.texts) {
                 bus.post(notice.texts->first, notice.texts->second);
+            } else if (connected) {
+                bus.wakeServer();
             }
             lock.lock();
             m_queue.pop_front();

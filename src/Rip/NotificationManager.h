@@ -9,8 +9,8 @@
 
 namespace NotificationManager {
 
-// The desktop needs no permission; connects to the bus in the background so that the first
-// notification is quick. Call once at the start.
+// The desktop needs no permission; connects to the bus in the background, which starts the daemon
+// if need be, so that the first notification is quick. Call at the start of what will be told of.
 void requestAuthorization();
 
 // A new notification, never the replacement of another. Plain texts.

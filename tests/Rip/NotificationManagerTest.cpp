@@ -200,6 +200,14 @@ TEST_F(NotificationManagerTest, ABusThatNeverAnswersHoldsUpNobody) {
     EXPECT_EQ(server.texts(), QStringList({"Title: one"}));
 }
 
+TEST_F(NotificationManagerTest, TheDaemonIsAskedForBeforeThereIsAnythingToTell) {
+    const SessionBus bus(folder);
+    const NotificationServer server(bus.address(), {});
+    NotificationManager::requestAuthorization();
+    EXPECT_TRUE(waitUntil([&] { return server.calls() == 1; }));
+    EXPECT_EQ(server.texts(), QStringList());
+}
+
 TEST_F(NotificationManagerTest, AProgramThatEndsAtOnceStillTellsTheUser) {
     const SessionBus bus(folder);
     const NotificationServer server(bus.address(), {});
