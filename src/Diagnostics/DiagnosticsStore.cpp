@@ -93,6 +93,15 @@ private:
     bool m_isInside = false;
 };
 
+// Where everybody may make folders: false for one that is somebody else's.
+bool makeOurs(const QString& folder) {
+    const QByteArray path = QFile::encodeName(folder);
+    ::mkdir(path.constData(), S_IRWXU);
+    struct stat status = {};
+    return ::lstat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode) &&
+           status.st_uid == ::geteuid() && ::chmod(path.constData(), S_IRWXU) == 0;
+}
+
 // Every store of this process, on the main thread.
 QList<DiagnosticsStore*>& openStores() {
     static QList<DiagnosticsStore*> stores;
@@ -102,9 +111,13 @@ QList<DiagnosticsStore*>& openStores() {
 }  // namespace
 
 QString DiagnosticsStore::applicationFolder(const std::optional<QString>& dataFolder) {
-    QString folder = QDir::cleanPath(dataFolder.value_or(UserFolders::temporary())) +
-                     QStringLiteral("/Spindrift");
-    QDir().mkpath(folder);
+    const QString parent = QDir::cleanPath(dataFolder.value_or(UserFolders::temporary()));
+    QString folder = parent + QStringLiteral("/Spindrift");
+    if (dataFolder) {
+        QDir().mkpath(folder);
+    } else if (QDir().mkpath(parent) && !makeOurs(folder)) {
+        folder = QStringLiteral("/dev/null");  // no file can be in it
+    }
     return folder;
 }
 

@@ -32,7 +32,8 @@ public:
     const QString& nicknamesPath() const { return m_nicknamesPath; }
 
     // The application's folder under the user's data folder, or under the temporary one when there
-    // is none; made if need be.
+    // is none; made if need be. In the temporary one nobody else can use it, and none that is
+    // another user's is used.
     static QString applicationFolder(const std::optional<QString>& dataFolder);
 
     std::optional<QString> nickname(const DriveIdentity& drive) const;

@@ -62,6 +62,22 @@ TEST_F(DiagnosticsStoreTest, WithoutADataFolderTheTemporaryOneServes) {
     EXPECT_TRUE(QDir(folder.temporary() + QStringLiteral("Spindrift")).exists());
 }
 
+TEST_F(DiagnosticsStoreTest, InTheTemporaryFolderTheFolderIsTheUsersAlone) {
+    const QString made = folder.temporary() + QStringLiteral("Spindrift");
+    const QByteArray path = QFile::encodeName(made);
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(DiagnosticsStore::applicationFolder(std::nullopt), made);
+        struct stat status = {};
+        ASSERT_EQ(stat(path.constData(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777U, 0700U);
+        ASSERT_EQ(chmod(path.constData(), 0777), 0);  // as an older one may be
+    }
+    ASSERT_TRUE(QDir(made).removeRecursively());
+    QDir().mkpath(folder.path(QStringLiteral("elsewhere")));
+    ASSERT_TRUE(QFile::link(folder.path(QStringLiteral("elsewhere")), made));
+    EXPECT_EQ(DiagnosticsStore::applicationFolder(std::nullopt), QStringLiteral("/dev/null"));
+}
+
 TEST_F(DiagnosticsStoreTest, TheFirstNicknameWritesTheFile) {
     DiagnosticsStore store;
     store.setNickname(QStringLiteral("Desk"), drive);
