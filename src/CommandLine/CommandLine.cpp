@@ -4,12 +4,17 @@
 #include <unistd.h>
 
 #include <QCoreApplication>
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <variant>
 
 #include "CommandArguments.h"
 #include "CommandContext.h"
 #include "CommandTable.h"
+#include "Descriptor.h"
 #include "HelpText.h"
 #include "Interruption.h"
 #include "PracticeFolder.h"
@@ -29,6 +34,15 @@ void openClosedDescriptors() {
             [[maybe_unused]] const int opened = ::open("/dev/null", O_RDWR);
         }
     }
+}
+
+// Where Qt cannot open what its event loop needs, it aborts the program.
+bool canOpenDescriptors() {
+    std::array<Descriptor, 16> some;
+    return std::ranges::all_of(some, [](Descriptor& descriptor) {
+        descriptor = Descriptor(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0));
+        return descriptor.isOpen();
+    });
 }
 
 // Qt remarks on a locale that is not UTF-8 and then does the right thing.
@@ -112,6 +126,10 @@ int tellUsageError(const UsageError& error, TextOutput& errors) {
 
 int runCommandLine(int argc, char** argv) {
     openClosedDescriptors();
+    if (!canOpenDescriptors()) {
+        std::fprintf(stderr, "spindrift-cli: %s\n", std::strerror(errno));
+        return ExitStatus::failed;
+    }
     ProcessTree::letToolsWatchThisProcess();
     QByteArrayList arguments;
     for (int index = 1; index < argc; ++index) {

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <QFile>
+#include <QProcess>
 #include <csignal>
 
 #include "CliProgram.h"
@@ -54,6 +55,15 @@ TEST_F(OtherProgramTest, AUsageErrorHasAHint) {
               "spindrift-cli: No command was given.\nTry “spindrift-cli --help”.\n");
     EXPECT_EQ(errorsOf({"rip", "--fast"}, 64),
               "spindrift-cli: There is no option “--fast”.\nTry “spindrift-cli rip --help”.\n");
+}
+
+TEST_F(OtherProgramTest, TooFewFreeDescriptorsAreAnErrorAndNoCrash) {
+    QProcess shell;
+    shell.start("/bin/sh", {"-c", "ulimit -n 8; exec \"$0\" speed-test", SPINDRIFT_CLI});
+    ASSERT_TRUE(shell.waitForFinished(100'000));
+    EXPECT_EQ(shell.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(shell.exitCode(), 1);
+    EXPECT_EQ(shell.readAllStandardError(), "spindrift-cli: Too many open files\n");
 }
 
 TEST_F(OtherProgramTest, ASpeedTestIsMeasuredShownAndRecorded) {
