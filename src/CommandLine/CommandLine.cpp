@@ -23,6 +23,7 @@
 #include "RipCommand.h"
 #include "SpeedTestCommand.h"
 #include "TextOutput.h"
+#include "WriteAll.h"
 
 namespace {
 
@@ -53,6 +54,19 @@ void printMessage(QtMsgType type, const QMessageLogContext& context, const QStri
     }
 }
 
+// Beside the commands' own output: the main thread may be busy with it.
+void tellOfAHangingDrive() {
+    constexpr QByteArrayView words =
+        "spindrift-cli: Cancelled. The drive has not answered yet and may stay busy for a while.\n";
+    if (::isatty(STDERR_FILENO) != 0) {
+        writeAll(STDERR_FILENO, {"\n", 1});  // below the progress
+    }
+    writeAll(STDERR_FILENO, words);
+}
+
+constexpr Interruption::Ending endingOfCommands = {[](int) { return ExitStatus::cancelled; },
+                                                   tellOfAHangingDrive};
+
 int runCommand(const CommandContext& context) {
     switch (context.invocation.command) {
         case Command::Status:
@@ -68,11 +82,11 @@ int runCommand(const CommandContext& context) {
         case Command::Settings:
             return QuickCommands::settings(context);
         case Command::Rip: {
-            Interruption interruption;
+            Interruption interruption(endingOfCommands);
             return RipCommand(context, interruption).run();
         }
         case Command::SpeedTest: {
-            Interruption interruption;
+            Interruption interruption(endingOfCommands);
             return SpeedTestCommand(context, interruption).run();
         }
     }

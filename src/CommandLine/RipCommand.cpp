@@ -23,6 +23,7 @@ constexpr std::chrono::seconds longestTidying{20};
 
 RipCommand::RipCommand(const CommandContext& context, Interruption& interruption)
     : m_context(context),
+      m_interruption(interruption),
       m_report(context.invocation.json ? RipReport::json(m_ripper, context.output)
                                        : RipReport::forPeople(m_ripper, m_monitor, context.output)),
       m_session(m_monitor, m_ripper, &DiagnosticsStore::recordAlone,
@@ -92,6 +93,7 @@ int RipCommand::run() {
     readerCheck.start(TextOutput::readerCheckInterval);
     m_session.startRip();
     const int status = m_loop.exec();
+    m_interruption.end();
     m_report->end();
     printOutcome(status);
     NotificationManager::flush(longestNotificationWait);

@@ -41,6 +41,7 @@ private:
     void printVerdict(const VerifyStatus& verdict);
 
     const CommandContext& m_context;
+    Interruption& m_interruption;
     OpticalDriveMonitor m_monitor;
     ISORipper m_ripper;
     std::unique_ptr<RipReport> m_report;

@@ -9,7 +9,9 @@
 #include "JsonText.h"
 
 SpeedTestCommand::SpeedTestCommand(const CommandContext& context, Interruption& interruption)
-    : m_context(context), m_printer(context.output, [this] { return progressState(); }) {
+    : m_context(context),
+      m_interruption(interruption),
+      m_printer(context.output, [this] { return progressState(); }) {
     if (context.invocation.json) {
         printChangesAsJson();
     }
@@ -67,6 +69,7 @@ int SpeedTestCommand::run() {
     m_elapsed.start();
     m_tester.start(disc->imageSourceBSDName, *drive, disc->kind, disc->totalBytes);
     m_loop.exec();
+    m_interruption.end();
     m_printer.stop();
     return reportOutcome();
 }

@@ -37,6 +37,7 @@ private:
     int reportOutcome();
 
     const CommandContext& m_context;
+    Interruption& m_interruption;
     OpticalDriveMonitor m_monitor;
     SpeedTester m_tester;
     ProgressPrinter m_printer;

@@ -3,21 +3,23 @@
 #include "FileRemoval.h"
 #include "ImagingTool.h"
 #include "Published.h"
+#include "RemovedAtExit.h"
 #include "UserFolders.h"
 
 namespace {
 
 // Goes when nobody needs it any more: at the end of its test, and at the end of the tool when the
-// tester did not live to see it.
+// tester did not live to see it, or of the program.
 class ThrowAwayFile final {
 public:
-    explicit ThrowAwayFile(QString path) : m_path(std::move(path)) {}
+    explicit ThrowAwayFile(const QString& path) : m_path(path), m_removedAtExit(path) {}
     ~ThrowAwayFile() { FileRemoval::remove(m_path); }
     ThrowAwayFile(const ThrowAwayFile&) = delete;
     ThrowAwayFile& operator=(const ThrowAwayFile&) = delete;
 
 private:
     QString m_path;
+    RemovedAtExit m_removedAtExit;
 };
 
 }  // namespace

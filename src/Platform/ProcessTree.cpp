@@ -5,15 +5,26 @@
 #include "ChildProcess.h"
 #include "ToolRoot.h"
 
-void ProcessTree::terminate(ChildProcess& process) {
-    const pid_t identifier = process.processIdentifier();
-    process.terminate();
-    if (identifier < 1) {
-        return;
-    }
+namespace {
+
+void terminateChildrenOf(pid_t identifier) {
     ChildProcess pkill(ToolRoot::resolve(QStringLiteral("/usr/bin/pkill")),
                        {QStringLiteral("-P"), QString::number(identifier)});
     pkill.launch();
+}
+
+}  // namespace
+
+void ProcessTree::terminate(ChildProcess& process) {
+    const pid_t identifier = process.processIdentifier();
+    process.terminate();
+    if (identifier >= 1) {
+        terminateChildrenOf(identifier);
+    }
+}
+
+void ProcessTree::terminateChildren() {
+    terminateChildrenOf(::getpid());
 }
 
 void ProcessTree::letToolsWatchThisProcess() {

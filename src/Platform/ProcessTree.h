@@ -10,6 +10,9 @@ namespace ProcessTree {
 // thread.
 void terminate(ChildProcess& process);
 
+// Asks every child of this process to terminate, likewise. Any thread.
+void terminateChildren();
+
 // From now on the tools that this process starts learn whom to watch, by SPINDRIFT_WATCH_PID in
 // their environment: one that reads a disc ends, and takes its image along, when this process has
 // gone. Call once, before any thread is started.

@@ -133,7 +133,8 @@ StagedCopy::StagedCopy(const QString& source, const QString& destination, Replac
     : m_source(source),
       m_destination(destination),
       m_replacing(replacing),
-      m_staging(AbandonedCopies::freshPath(destination)) {}
+      m_staging(AbandonedCopies::freshPath(destination)),
+      m_removedAtExit(m_staging) {}
 
 StagedCopy::~StagedCopy() {
     discard();

@@ -11,6 +11,8 @@
 #include <functional>
 #include <memory>
 
+#include "RemovedAtExit.h"
+
 // Whether a file that stands at the destination gives way, or is an error (EEXIST).
 enum class Replacing { Yes, No };
 
@@ -58,6 +60,7 @@ private:
     const QString m_destination;
     const Replacing m_replacing;
     const QString m_staging;
+    const RemovedAtExit m_removedAtExit;
     std::atomic<bool> m_cancelled = false;
     std::atomic<double> m_fraction = 0;
     int m_error = 0;  // written by the copying thread before the callback

@@ -61,6 +61,7 @@ void ISORipper::reset() {
         m_copy.reset();
     }
     m_tool.reset();
+    m_removedAtExit.reset();
     m_verification.reset();
     m_destination.reset();
     m_totalBytes.reset();
@@ -106,6 +107,7 @@ void ISORipper::start(const QString& bsdName, const QString& destination,
                 &ISORipper::errorChanged);
         return;
     }
+    m_removedAtExit.emplace(m_tool->image());
     publish(this, m_isRunning, true, &ISORipper::isRunningChanged);
     m_ripStartTime = m_lastSampleTime = Clock::now();
     m_lastSampleBytes = 0;
@@ -139,8 +141,8 @@ void ISORipper::sample(Clock::time_point now) {
 // a copy as well.
 void ISORipper::toolEnded(const Rip& rip, int status, const QByteArray& errorOutput) {
     if (m_cancelled) {
-        publishStopped();
         removeTemporaryImage();
+        publishStopped();
         return;
     }
     if (status != 0 || !QFileInfo::exists(m_tool->image())) {
@@ -166,8 +168,8 @@ void ISORipper::copyEnded(const Rip& rip) {
     if (m_cancelled) {
         // It may have been whole before it heard of the cancellation.
         copy->discard();
-        publishStopped();
         removeTemporaryImage();
+        publishStopped();
         return;
     }
     const int error = copy->commit();
@@ -176,6 +178,7 @@ void ISORipper::copyEnded(const Rip& rip) {
 }
 
 void ISORipper::publishStopped() {
+    m_removedAtExit.reset();
     publish(this, m_isRunning, false, &ISORipper::isRunningChanged);
     publish(this, m_speedBytesPerSecond, 0.0, &ISORipper::speedBytesPerSecondChanged);
 }

@@ -14,6 +14,7 @@
 #include <optional>
 
 #include "FileRemoval.h"
+#include "RemovedAtExit.h"
 #include "RipError.h"
 #include "StagedCopy.h"
 #include "VerifyStatus.h"
@@ -133,7 +134,8 @@ private:
     std::optional<VerifyStatus> m_verifyStatus;
     std::optional<double> m_lastRipAverageBytesPerSecond;
 
-    std::unique_ptr<ImagingTool> m_tool;  // stays after its end, until the next reset
+    std::unique_ptr<ImagingTool> m_tool;           // stays after its end, until the next reset
+    std::optional<RemovedAtExit> m_removedAtExit;  // the image of a rip that runs
     std::optional<QString> m_destination;
     [[maybe_unused]] std::optional<qint64> m_totalBytes;  // kept with the rip
     QString m_temporaryFolder;                            // of both temporary images

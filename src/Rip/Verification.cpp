@@ -4,6 +4,7 @@
 #include <QFile>
 
 #include "ImagingTool.h"
+#include "RemovedAtExit.h"
 #include "StrictUtf8.h"
 #include "ToolRoot.h"
 #include "UserFolders.h"
@@ -29,6 +30,7 @@ VerifyStatus compare(const Verification::Job& job, const QString& base) {
 void Verification::run(const Job& job, const std::function<void(const VerifyStatus&)>& handOver) {
     const QString base =
         UserFolders::temporaryImageBase(QStringLiteral("spindrift-verify-"), job.temporaryFolder);
+    const RemovedAtExit second(base + QStringLiteral(".cdr"));
     handOver(compare(job, base));
     QFile::remove(base + QStringLiteral(".cdr"));
 }

@@ -43,6 +43,14 @@ protected:
                                               "exec sleep 1000");
     }
 
+    // The same of one that nothing but SIGKILL ends, as the kernel waits for the drive.
+    void imagingHangsDespiteEverything() const {
+        CliTest::writeImagingTool(folder, "trap '' TERM INT HUP\necho $$ > '" +
+                                              folder.path("pid").toUtf8() +
+                                              "'\nprintf partial > \"$image\"\necho PERCENT:10\n"
+                                              "exec sleep 1000");
+    }
+
     qint64 pidOfTheTool() const {
         return TestFolder::read(folder.path("pid")).value_or("0").trimmed().toLongLong();
     }
@@ -55,6 +63,17 @@ protected:
         EXPECT_FALSE(QFile::exists(target()));
         EXPECT_FALSE(CliTest::isRunning(pidOfTheTool()));
         EXPECT_EQ(program.errors(), "");
+    }
+
+    void expectEndedBeforeTheTool(CliProgram& program) const {
+        EXPECT_EQ(program.exitStatus(), 130);
+        EXPECT_TRUE(CliTest::isRunning(pidOfTheTool()));
+        EXPECT_THAT(CliTest::temporaryImages(folder), IsEmpty());
+        EXPECT_FALSE(QFile::exists(target()));
+        EXPECT_EQ(program.errors(),
+                  "spindrift-cli: Cancelled. The drive has not answered yet and may stay busy for "
+                  "a while.\n");
+        ::kill(static_cast<pid_t>(pidOfTheTool()), SIGKILL);
     }
 
     static constexpr const char* goodImage = "printf 0123456789 > \"$image\"";
@@ -144,18 +163,40 @@ TEST_F(RipProgramTest, AnInterruptionIsHeardBeforeTheDeathOfTheToolThatItKilled)
     }
 }
 
-TEST_F(RipProgramTest, ASecondInterruptionChangesNothing) {
-    // The tool takes its time to end, so that the second signal comes while the first is at work.
-    CliTest::writeImagingTool(folder, "echo $$ > '" + folder.path("pid").toUtf8() +
-                                          "'\ntrap 'sleep 0.3; exit 15' TERM\n"
-                                          "printf partial > \"$image\"\necho PERCENT:10\n"
-                                          "while :; do sleep 0.05; done");
+TEST_F(RipProgramTest, ADriveThatDoesNotAnswerIsNotWaitedFor) {
+    for (const QStringList& command : {rip(), QStringList{"speed-test", "--json"}}) {
+        imagingHangsDespiteEverything();
+        CliProgram program(command);
+        ASSERT_TRUE(program.waitForOutput("0.1"));
+        program.sendSignal(SIGINT);
+        expectEndedBeforeTheTool(program);
+    }
+}
+
+TEST_F(RipProgramTest, ASecondInterruptionEndsTheProgramAtOnce) {
+    imagingHangsDespiteEverything();
     CliProgram program(rip());
     ASSERT_TRUE(program.waitForOutput("0.1"));
     program.sendSignal(SIGINT);
-    program.sendSignal(SIGINT);
     program.sendSignal(SIGTERM);
-    expectCancelledWithoutATrace(program);
+    expectEndedBeforeTheTool(program);
+}
+
+TEST_F(RipProgramTest, AVerificationThatIsNotWaitedForKeepsTheImage) {
+    const QByteArray pid = "'" + folder.path("pid").toUtf8() + "'";
+    CliTest::writeImagingTool(folder,
+                              "printf 0123456789 > \"$image\"\n"
+                              "case \"$*\" in *-puppetstrings*) exit 0 ;; esac\n"
+                              "trap '' TERM\necho $$ > " +
+                                  pid + ".new\nmv " + pid + ".new " + pid +
+                                  "\nwhile :; do sleep 0.05; done");
+    CliProgram program(rip({"--thorough"}));
+    ASSERT_TRUE(waitUntil([this] { return QFile::exists(folder.path("pid")); }));
+    program.sendSignal(SIGINT);
+    EXPECT_EQ(program.exitStatus(), 130);
+    EXPECT_EQ(TestFolder::read(target()), QByteArray("0123456789"));
+    EXPECT_THAT(CliTest::temporaryImages(folder), IsEmpty());
+    ::kill(static_cast<pid_t>(pidOfTheTool()), SIGKILL);
 }
 
 TEST_F(RipProgramTest, ACancelledRipWithForceRemovesWhatStoodThere) {

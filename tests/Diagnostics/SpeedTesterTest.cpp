@@ -8,6 +8,7 @@
 #include <QTimer>
 #include <chrono>
 
+#include "RemovedAtExit.h"
 #include "StubTools.h"
 #include "TestFolder.h"
 #include "Waiting.h"
@@ -300,6 +301,19 @@ TEST_F(SpeedTesterTest, ADiscardedTesterDropsWhatComesBackAndTheImageGoesAtTheTo
     release("go");
     EXPECT_TRUE(waitUntil([&] { return temporaryFiles().isEmpty(); }));
     EXPECT_EQ(changes, QStringList());
+}
+
+TEST_F(SpeedTesterTest, TheImageOfATestWhoseToolOutlivesItsTesterGoesWithTheProgram) {
+    stub("trap '' TERM; printf part > \"$out\"; echo $$ > \"$world/pid\"; wait_for end");
+    start();
+    ASSERT_TRUE(waitUntil([&] { return pidIn("pid") != 0; }));
+    tester->cancel();
+    tester.reset();
+    ASSERT_EQ(temporaryFiles().size(), 1) << "the tool lives";
+    RemovedAtExit::removeAll();
+    EXPECT_EQ(temporaryFiles(), QStringList());
+    release("end");
+    EXPECT_TRUE(waitUntil([&] { return ::kill(pidIn("pid"), 0) != 0; }));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Cancelling a rip: what goes, what stays, what is published when.
 #include <QDir>
 
+#include "RemovedAtExit.h"
 #include "RipperTest.h"
 
 namespace {
@@ -115,6 +116,35 @@ TEST_F(ISORipperCancelTest, ALinkAtTheDestinationGoesAndItsTargetStays) {
     ASSERT_TRUE(waitForEnd());
     EXPECT_FALSE(QFileInfo(destination()).isSymLink());
     EXPECT_EQ(TestFolder::read(folder.path(QStringLiteral("precious"))), QByteArray("kept"));
+}
+
+TEST_F(ISORipperCancelTest, TheImageOfARipThatRunsGoesWithTheProgram) {
+    stub(hdiutil, "printf part > \"$out\"; : > \"$world/started\"; exec sleep 1000");
+    startAndWaitFor("started");
+    RemovedAtExit::removeAll();
+    EXPECT_EQ(temporaryFiles(), QStringList());
+    ripper->cancel();
+    ASSERT_TRUE(waitForEnd());
+}
+
+TEST_F(ISORipperCancelTest, TheImageOfAFailedRipOutlivesTheProgram) {
+    rip("printf part > \"$out\"; exit 1");
+    RemovedAtExit::removeAll();
+    EXPECT_EQ(temporaryFiles().size(), 1);
+}
+
+TEST_F(ISORipperCancelTest, TheSecondImageOfAVerificationGoesWithTheProgram) {
+    stub(hdiutil,
+         "printf image > \"$out\"\n[ $pass = rip ] && exit 0\n"
+         ": > \"$world/started\"; exec sleep 1000");
+    start(true);
+    ASSERT_TRUE(waitForFile("started"));
+    RemovedAtExit::removeAll();
+    EXPECT_EQ(temporaryFiles(), QStringList());
+    EXPECT_EQ(TestFolder::read(destination()), QByteArray("image"));
+    ASSERT_TRUE(waitUntil([&] { return ripper->trackedVerifyProcesses() == 1; }));
+    ripper->cancelVerification();
+    ASSERT_TRUE(waitForEnd());
 }
 
 TEST_F(ISORipperCancelTest, BeforeTheFirstRipThereIsNothingToCancel) {
