@@ -20,7 +20,7 @@ constexpr qint64 unlimited = std::numeric_limits<qint64>::max() / 4;
 constexpr qint64 longestFileOfFat = std::numeric_limits<quint32>::max();
 constexpr qint64 bytesOfStatBlock = 512;
 
-QString translated(const char* sentence) {
+QString inWords(const char* sentence) {
     return QCoreApplication::translate("RipRoom", sentence);
 }
 
@@ -30,13 +30,13 @@ std::optional<QString> objection(const RipRoom::Rip& rip, const RipRoom::Place& 
     const qint64 image = rip.imageBytes;
     const QString size = ByteCount::format(image);
     if (image > destination.longestFile) {
-        return translated(
+        return inWords(
                    "No file in “%1” can be as large as the image, which takes %2. Choose a "
                    "folder on another file system.")
             .arg(destination.folder, size);
     }
     if (image > temporary.longestFile) {
-        return translated(
+        return inWords(
                    "No file in “%1” can be as large as the image, which takes %2. Set "
                    "TMPDIR to a folder on another file system.")
             .arg(temporary.folder, size);
@@ -44,13 +44,13 @@ std::optional<QString> objection(const RipRoom::Rip& rip, const RipRoom::Place& 
     // The image is whole before it replaces anything in its own file system.
     const qint64 there = destination.freeBytes + (together ? 0 : rip.replacedBytes);
     if (there < image) {
-        return translated(
+        return inWords(
                    "“%1” lacks %2 of room for the image, which takes %3. Choose a folder "
                    "with more room.")
             .arg(destination.folder, ByteCount::format(image - there), size);
     }
     if (temporary.freeBytes < image) {
-        return translated(
+        return inWords(
                    "“%1” lacks %2 of room for the temporary image, which takes %3. Set "
                    "TMPDIR to a folder with more room, or choose another destination.")
             .arg(temporary.folder, ByteCount::format(image - temporary.freeBytes), size);
@@ -58,7 +58,7 @@ std::optional<QString> objection(const RipRoom::Rip& rip, const RipRoom::Place& 
     // The temporary image is gone before the second one comes, unless it is now the image itself.
     const qint64 forSecond = temporary.freeBytes + rip.replacedBytes - image;
     if (together && rip.thorough && forSecond < image) {
-        return translated(
+        return inWords(
                    "“%1” lacks %2 of room for the second image of a thorough verification, "
                    "which takes %3, too. Choose a folder with more room, or set TMPDIR to a "
                    "folder on another file system.")

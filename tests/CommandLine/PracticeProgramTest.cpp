@@ -162,7 +162,7 @@ TEST_F(PracticeProgramTest, AVerifiedDiscIsEjectedWhenAskedFor) {
     EXPECT_EQ(program.exitStatus(), 0);
     EXPECT_EQ(program.errors(), "");
     EXPECT_THAT(TestFolder::list(folder.path("data/Spindrift/practice-drive")),
-                ElementsAre(QStringLiteral("ejected.iso")));
+                ElementsAre(QStringLiteral(".lock"), QStringLiteral("ejected.iso")));
 }
 
 TEST_F(PracticeProgramTest, AnEjectThatFailsIsTold) {

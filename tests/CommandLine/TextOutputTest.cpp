@@ -69,7 +69,7 @@ TEST_F(TextOutputTest, AFullDiskIsAFailureAndNotAMissingReader) {
 }
 
 TEST_F(TextOutputTest, AReaderThatHasStoppedReadingDoesNotHoldUpAnInterruption) {
-    Interruption interruption;
+    Interruption interruption({.status = [](int) { return 130; }});
     Interruption::begin();
     ::raise(SIGINT);
     TextOutput output(ends[1]);

@@ -392,7 +392,7 @@ TEST(HistoryTest, NothingIsReadAfterTheFirstMistake) {
     document.replace("Speed Test", "Speed test");
     document.append(QByteArray(1'000'000, ' '));
     for (const QByteArray& wrong :
-         {document, QByteArray(1'000'000, '['), QByteArray("x") + document}) {
+         {document, QByteArray(1'000'000, '['), QByteArray("x" + document)}) {
         QBuffer buffer;
         buffer.setData(wrong);
         ASSERT_TRUE(buffer.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
