@@ -156,6 +156,7 @@ def _eject_of_two(bench):
     guest = bench.guest
     disc = bench.discs.named("cd", "udf")
     guest.plug_in_second_drive(disc.path)
+    plugged_in = True
     try:
         expect(guest.wait_until("test -b /dev/sr1"), "the kernel does not see the second drive")
         guest.settle()
@@ -174,6 +175,7 @@ def _eject_of_two(bench):
                 guest.wait_until("! pidof sleep")
                 guest.check("umount /mnt")
                 guest.unplug_second_drive()
+                plugged_in = False
                 guest.wait_until("! test -e /sys/class/block/sr1")
             result = guest.run(f"SPINDRIFT_DRIVE=sr1 {TOOL_ROOT}/usr/bin/drutil eject")
             expect(result.status not in (0, 127), f"drutil eject of sr1: {result}")
@@ -182,7 +184,8 @@ def _eject_of_two(bench):
         guest.run("kill $(pidof sleep)")
         guest.wait_until("! pidof sleep")
         guest.run("umount /mnt")
-        guest.unplug_second_drive()
+        if plugged_in:
+            guest.unplug_second_drive()
 
 
 @case("A drive that is unplugged is gone, and a rip from it fails; plugged in again it is back",
