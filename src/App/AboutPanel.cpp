@@ -53,3 +53,5 @@ AboutPanel::AboutPanel(QWidget* parent) : QDialog(parent) {
     connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this), &QShortcut::activated, this,
             &QDialog::close);
 }
+
+#include "moc_AboutPanel.cpp"

@@ -98,3 +98,5 @@ void MainWindow::addEditMenu(QMenuBar* bar) {
         }
     });
 }
+
+#include "moc_MainWindow.cpp"

@@ -22,3 +22,5 @@ SettingsWindow::SettingsWindow(QWidget* parent) : QWidget(parent, Qt::Window) {
         connect(new QShortcut(keys, this), &QShortcut::activated, this, &QWidget::close);
     }
 }
+
+#include "moc_SettingsWindow.cpp"

@@ -77,3 +77,5 @@ void ProgressPrinter::erase() {
         m_drawn.clear();
     }
 }
+
+#include "moc_ProgressPrinter.cpp"

@@ -108,3 +108,5 @@ std::unique_ptr<RipReport> RipReport::forPeople(const ISORipper& ripper,
                                                 TextOutput& output) {
     return std::make_unique<RipReportForPeople>(ripper, monitor, output);
 }
+
+#include "moc_RipReport.cpp"

@@ -122,3 +122,5 @@ int SpeedTestCommand::reportOutcome() {
     }
     return ExitStatus::failed;
 }
+
+#include "moc_SpeedTestCommand.cpp"

@@ -23,3 +23,5 @@ void ButtonTextColor::apply() {
     m_button->setPalette(own);
     m_applying = false;
 }
+
+#include "moc_ButtonTextColor.cpp"

@@ -21,3 +21,5 @@ void Divider::paintEvent(QPaintEvent*) {
     const QRectF pixels(corner.x(), std::round(corner.y()), width() * toDevice.m11(), line);
     painter.fillRect(toDevice.inverted().mapRect(pixels), color);
 }
+
+#include "moc_Divider.cpp"

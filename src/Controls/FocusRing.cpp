@@ -52,3 +52,5 @@ void FocusRing::paintEvent(QPaintEvent* /*event*/) {
     painter.setPen(QPen(Appearance::color(Appearance::Role::Accent, palette()), thickness));
     painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 4, 4);
 }
+
+#include "moc_FocusRing.cpp"

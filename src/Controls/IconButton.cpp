@@ -28,3 +28,5 @@ void IconButton::changeEvent(QEvent* event) {
 void IconButton::tint() {
     setIcon(Symbol::icon(m_symbol, Appearance::color(m_role, palette())));
 }
+
+#include "moc_IconButton.cpp"

@@ -51,3 +51,5 @@ void StatusPill::paintEvent(QPaintEvent* /*event*/) {
     painter.setBrush(colour);
     painter.drawPath(continuousCapsule(QRectF(rect())));
 }
+
+#include "moc_StatusPill.cpp"

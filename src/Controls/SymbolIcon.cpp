@@ -30,3 +30,5 @@ void SymbolIcon::paintEvent(QPaintEvent*) {
                        Symbol::pixmap(m_symbol, m_points, Appearance::color(m_role, palette()),
                                       devicePixelRatioF()));
 }
+
+#include "moc_SymbolIcon.cpp"

@@ -67,3 +67,5 @@ void SymbolLabel::alignIcon() {
     const int space = TextLabel::lineHeight(m_text->font()) - m_icon->height();
     m_iconColumn->setContentsMargins(0, qMax(0, space / 2), 0, 0);
 }
+
+#include "moc_SymbolLabel.cpp"

@@ -240,3 +240,5 @@ void TextLabel::applyRole() {
     setPalette(own);
     m_applying = false;
 }
+
+#include "moc_TextLabel.cpp"

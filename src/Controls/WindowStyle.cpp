@@ -76,3 +76,5 @@ QSize WindowStyle::sizeFromContents(ContentsType type, const QStyleOption* optio
     const QSize usual = QProxyStyle::sizeFromContents(type, option, contents, widget);
     return type == CT_PushButton ? usual.grownBy(QMargins(6, 2, 6, 2)) : usual;
 }
+
+#include "moc_WindowStyle.cpp"

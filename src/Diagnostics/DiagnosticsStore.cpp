@@ -207,3 +207,5 @@ void DiagnosticsStore::keepResult(const SpeedTestResult& result) {
     results.prepend(result);
     publish(this, m_results, std::move(results), &DiagnosticsStore::resultsChanged);
 }
+
+#include "moc_DiagnosticsStore.cpp"

@@ -60,3 +60,5 @@ void OpticalDriveMonitor::poll() {
             &OpticalDriveMonitor::driveIdentityChanged);
     publish(this, m_disc, discIn(status.standardOutput), &OpticalDriveMonitor::discChanged);
 }
+
+#include "moc_OpticalDriveMonitor.cpp"

@@ -162,3 +162,5 @@ void Interruption::tell() {
         emit interrupted();
     }
 }
+
+#include "moc_Interruption.cpp"

@@ -184,3 +184,5 @@ void Preferences::tellOfOthers() {
         tellAll(&Preferences::problemChanged);
     }
 }
+
+#include "moc_Preferences.cpp"

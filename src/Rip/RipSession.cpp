@@ -187,3 +187,5 @@ void RipSession::averageSpeedChanged() {
         m_rippedDrive->driveKey(), m_rippedDrive->modelString(), rawValue(*m_rippedDiscKind),
         m_rippedDiscSize.value_or(m_ripper.bytesWritten()), *speed, SpeedTestResult::Source::rip));
 }
+
+#include "moc_RipSession.cpp"

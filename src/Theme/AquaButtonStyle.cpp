@@ -127,3 +127,5 @@ void aquaButton(QPushButton* button, bool enabled, Tint tint) {
         delete look;
     }
 }
+
+#include "moc_AquaButtonStyle.cpp"

@@ -67,3 +67,5 @@ void AquaProgressBar::showEvent(QShowEvent* event) {
     m_appeared = true;
     QProgressBar::showEvent(event);
 }
+
+#include "moc_AquaProgressBar.cpp"

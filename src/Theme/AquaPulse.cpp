@@ -145,3 +145,5 @@ void aquaPulse(QWidget* view, bool enabled) {
         delete holder;
     }
 }
+
+#include "moc_AquaPulse.cpp"

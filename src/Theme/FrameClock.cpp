@@ -159,3 +159,5 @@ void FrameClock::refresh() {
     m_running = running;
     startOrStopTimer();
 }
+
+#include "moc_FrameClock.cpp"

@@ -75,3 +75,5 @@ void GelButtonState::showPressed(bool pressed, bool visible) {
         m_pressing->start();
     }
 }
+
+#include "moc_GelButtonState.cpp"

@@ -85,3 +85,5 @@ void PinstripeBackground::fillParent() {
     setGeometry(parentWidget()->rect());
     lower();
 }
+
+#include "moc_PinstripeBackground.cpp"

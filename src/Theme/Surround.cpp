@@ -106,3 +106,5 @@ void Surround::watch() {
         }
     }
 }
+
+#include "moc_Surround.cpp"

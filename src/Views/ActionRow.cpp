@@ -39,3 +39,5 @@ void ActionRow::triggerDefault() {
         m_start->click();
     }
 }
+
+#include "moc_ActionRow.cpp"

@@ -48,3 +48,5 @@ void CancelConfirmation::tintIcon() {
         QStringLiteral("exclamationmark.triangle.fill"), TextStyle::length(26),
         Appearance::color(Appearance::Role::Orange, palette()), devicePixelRatioF()));
 }
+
+#include "moc_CancelConfirmation.cpp"

@@ -38,3 +38,5 @@ QString DestinationDialog::withExtension(const QString& path) {
     }
     return path + extension;
 }
+
+#include "moc_DestinationDialog.cpp"

@@ -36,3 +36,5 @@ void DestinationRow::setChooseEnabled(bool enabled) {
 void DestinationRow::setRetro(bool retro) {
     aquaButton(m_choose, retro, Tint::gray);
 }
+
+#include "moc_DestinationRow.cpp"

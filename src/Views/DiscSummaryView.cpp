@@ -56,3 +56,5 @@ void DiscSummaryView::show(const OpticalDisc& disc) {
 void DiscSummaryView::setEjectEnabled(bool enabled) {
     m_eject->setEnabled(enabled);
 }
+
+#include "moc_DiscSummaryView.cpp"

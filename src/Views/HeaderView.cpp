@@ -43,3 +43,5 @@ void HeaderView::setRetro(bool retro) {
                            : TextStyle::font(TextStyle::Style::Title, QFont::Bold));
     m_subtitle->setFont(retro ? Aqua::font(11) : TextStyle::font(TextStyle::Style::Caption));
 }
+
+#include "moc_HeaderView.cpp"

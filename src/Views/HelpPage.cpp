@@ -63,3 +63,5 @@ HelpPage* HelpPage::openDiscAccess(QWidget* parent) {
     page->show();
     return page;
 }
+
+#include "moc_HelpPage.cpp"

@@ -4,3 +4,5 @@ InAppNotifications& InAppNotifications::shared() {
     static InAppNotifications notifications;
     return notifications;
 }
+
+#include "moc_InAppNotifications.cpp"

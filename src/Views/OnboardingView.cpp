@@ -248,3 +248,5 @@ void OnboardingView::openAccessOfSystem(QWidget* guide,
         }
     });
 }
+
+#include "moc_OnboardingView.cpp"

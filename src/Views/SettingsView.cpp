@@ -88,3 +88,5 @@ QCheckBox* SettingsView::makeSwitch(const PreferenceRow& row) {
             });
     return control;
 }
+
+#include "moc_SettingsView.cpp"

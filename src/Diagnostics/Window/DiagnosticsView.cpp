@@ -192,3 +192,5 @@ DiagnosticsView::~DiagnosticsView() {
         connect(tester, &SpeedTester::isRunningChanged, tester, &QObject::deleteLater);
     }
 }
+
+#include "moc_DiagnosticsView.cpp"

@@ -130,3 +130,5 @@ QWidget* HistoryList::makeRow(const SpeedTestResult& result, int index) {
                                .join(QStringLiteral(", ")));
     return row;
 }
+
+#include "moc_HistoryList.cpp"

@@ -108,3 +108,5 @@ void SpeedTestPanel::startTest() {
         m_tester.start(disc->imageSourceBSDName, *drive, disc->kind, disc->totalBytes);
     }
 }
+
+#include "moc_SpeedTestPanel.cpp"
