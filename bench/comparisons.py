@@ -361,7 +361,7 @@ def history(setting):
         data = setting.path(f"data-{name}")
         os.makedirs(os.path.join(data, "Spindrift"), exist_ok=True)
         with open(os.path.join(data, "Spindrift", file_name), "wb") as file:
-            file.write(content)
+            file.writelines(content)
         costs = []
         for _ in range(setting.rounds):
             with tempfile.TemporaryFile(dir=setting.folder) as output:
@@ -377,9 +377,9 @@ def history(setting):
 
     nicknames = json.dumps({f"VENDOR|PRODUCT {number}|1.0": f"Drive {number}" for number in range(40000)}, indent=2)
     yield Figure(11, "40,000 nicknames: history's wall, seconds",
-                 walls(shown("nicknames", "drivenicknames.json", nicknames.encode(), 0)), 0.2)
+                 walls(shown("nicknames", "drivenicknames.json", [nicknames.encode()], 0)), 0.2)
     for file_name in ("speedlog.json", "drivenicknames.json"):
-        costs = shown(f"junk-{file_name}", file_name, b"junk" * (25 << 20), 0)
+        costs = shown(f"junk-{file_name}", file_name, [b"junk" * (1 << 18)] * 100, 0)
         yield Figure(11, f"100 MiB that is no JSON, {file_name}: wall, seconds", walls(costs), 1.0)
         yield Figure(11, f"100 MiB that is no JSON, {file_name}: peak memory, MiB",
                      [cost.peak_memory / MIB for cost in costs], 32, "MiB")
@@ -388,7 +388,7 @@ def history(setting):
              "averageBytesPerSecond": 11080000.0, "source": "Rip"}
     count = 400000 if setting.full else 100000
     yield Figure(11, f"{count:,} results shown: wall, seconds",
-                 walls(shown("results", "speedlog.json", json.dumps([entry] * count, indent=2).encode(), count)), None)
+                 walls(shown("results", "speedlog.json", [json.dumps([entry] * count, indent=2).encode()], count)), None)
 
 
 ALL = {"image": image, "paced": paced, "memory": memory, "faults": faults, "digest": digest,
