@@ -21,7 +21,7 @@ constexpr std::array ripRows{
     OptionRow{Option::Eject, "eject", 0, nullptr,
               "eject the disc after the image has been verified"},
     OptionRow{Option::Force, "force", 0, nullptr,
-              "replace FILE if it is there (a cancel removes it); start without room"},
+              "replace FILE if it is there (a cancel puts it in the trash), room or not"},
 };
 
 constexpr std::array commandRows{

@@ -4,18 +4,37 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <algorithm>
 #include <cerrno>
 #include <memory>
 
 #include "BackgroundThread.h"
+#include "UserFolders.h"
 
 namespace {
 
 // Below this the thread costs more than the wait.
 constexpr off_t worthAThread = off_t(64) * 1024 * 1024;
 constexpr off_t bytesOfABlock = 512;  // of stat()
+
+bool isRegularFile(const QString& path) {
+    struct stat attributes = {};
+    return lstat(QFile::encodeName(path).constData(), &attributes) == 0 &&
+           S_ISREG(attributes.st_mode);
+}
+
+// Qt takes the current folder for the trash when it cannot make one.
+bool canHaveTrash() {
+    const auto data = UserFolders::data();
+    if (!data || !QDir().mkpath(*data)) {
+        return false;
+    }
+    const QFileInfo trash(*data + QStringLiteral("/Trash"));
+    return trash.exists() ? trash.isDir() && trash.isWritable() : QFileInfo(*data).isWritable();
+}
 
 }  // namespace
 
@@ -50,6 +69,13 @@ std::optional<FileRemoval::Identity> FileRemoval::identityOf(const QString& path
         return std::nullopt;
     }
     return Identity{attributes.st_dev, attributes.st_ino};
+}
+
+int FileRemoval::moveToTrash(const QString& path) {
+    if (isRegularFile(path) && canHaveTrash() && QFile::moveToTrash(path)) {
+        return 0;
+    }
+    return remove(path);
 }
 
 int FileRemoval::remove(const QString& path) {

@@ -17,6 +17,9 @@ namespace FileRemoval {
 // Removes the name of a file or a link, never a folder. 0, or the error number.
 int remove(const QString& path);
 
+// Moves a regular file to the user's trash; what cannot go there is removed as above.
+int moveToTrash(const QString& path);
+
 // Which file it is, whatever its name. Absent when there is nothing.
 struct Identity {
     dev_t device;

@@ -244,7 +244,7 @@ void ISORipper::removeTemporaryImage() {
 // Never a folder, whatever it holds: only files are removed.
 void ISORipper::deletePartialOutput() {
     if (m_destination) {
-        FileRemoval::remove(*m_destination);
+        FileRemoval::moveToTrash(*m_destination);
     }
 }
 

@@ -56,6 +56,39 @@ TEST_F(FileRemovalTest, ASmallFileWithMuchSpaceReservedIsALargeOne) {
     EXPECT_TRUE(FileRemoval::hold(path).isOpen());
 }
 
+TEST_F(FileRemovalTest, WhatGoesToTheTrashCanBeHadBack) {
+    const QString path = folder.write(QStringLiteral("disc.iso"), "image");
+    EXPECT_EQ(FileRemoval::moveToTrash(path), 0);
+    EXPECT_FALSE(QFile::exists(path));
+    EXPECT_EQ(TestFolder::read(folder.path(QStringLiteral("data/Trash/files/disc.iso"))),
+              QByteArray("image"));
+}
+
+TEST_F(FileRemovalTest, WithoutATrashAFileIsRemoved) {
+    const QString path = folder.write(QStringLiteral("disc.iso"), "image");
+    folder.write(QStringLiteral("data/Trash"), "no folder");
+    EXPECT_EQ(FileRemoval::moveToTrash(path), 0);
+    EXPECT_FALSE(QFile::exists(path));
+    folder.setEnvironment("XDG_DATA_HOME", "/proc/none");
+    folder.write(QStringLiteral("disc.iso"), "image");
+    EXPECT_EQ(FileRemoval::moveToTrash(path), 0);
+    EXPECT_FALSE(QFile::exists(path));
+}
+
+TEST_F(FileRemovalTest, AFolderNeverGoesToTheTrash) {
+    EXPECT_NE(FileRemoval::moveToTrash(folder.path(QStringLiteral("home"))), 0);
+    EXPECT_TRUE(QFile::exists(folder.path(QStringLiteral("home"))));
+}
+
+TEST_F(FileRemovalTest, OfALinkOnlyTheLinkGoes) {
+    const QString target = folder.write(QStringLiteral("target"), "image");
+    const QString link = folder.path(QStringLiteral("link"));
+    ASSERT_TRUE(QFile::link(target, link));
+    EXPECT_EQ(FileRemoval::moveToTrash(link), 0);
+    EXPECT_FALSE(QFileInfo(link).isSymLink());
+    EXPECT_EQ(TestFolder::read(target), QByteArray("image"));
+}
+
 TEST_F(FileRemovalTest, WhatIsHeldIsNeitherReadNorWritten) {
     const Descriptor content = FileRemoval::hold(large());
     ASSERT_TRUE(content.isOpen());

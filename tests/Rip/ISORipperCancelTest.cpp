@@ -29,6 +29,17 @@ TEST_F(ISORipperCancelTest, TheTemporaryImageAndTheFileAtTheDestinationGo) {
     EXPECT_EQ(ripper->verifyStatus(), std::nullopt);
 }
 
+TEST_F(ISORipperCancelTest, TheFileAtTheDestinationIsInTheTrash) {
+    folder.write(QStringLiteral("disc.iso"), "an older image");
+    stub(hdiutil, ": > \"$world/started\"; exec sleep 1000");
+    startAndWaitFor("started");
+    ripper->cancel();
+    EXPECT_FALSE(QFile::exists(destination()));
+    EXPECT_EQ(TestFolder::read(folder.path(QStringLiteral("data/Trash/files/disc.iso"))),
+              QByteArray("an older image"));
+    ASSERT_TRUE(waitForEnd());
+}
+
 TEST_F(ISORipperCancelTest, TheSpeedGoesBackToZero) {
     stub(hdiutil, "printf part > \"$out\"; : > \"$world/started\"; exec sleep 1000");
     startAndWaitFor("started");
