@@ -6,10 +6,12 @@
 #include <cstdio>
 
 #include "BackgroundThread.h"
+#include "Interruption.h"
 #include "LaunchOptions.h"
 #include "PracticeFolder.h"
 #include "ProcessTree.h"
 #include "SpindriftApp.h"
+#include "WriteAll.h"
 
 namespace {
 
@@ -32,6 +34,15 @@ void explainMissingDisplay(QtMsgType type, const QMessageLogContext&, const QStr
         _exit(exitFailed);
     }
 }
+
+constexpr int statusOfSignals = 128;  // and the number, as in a shell
+
+constexpr Interruption::Ending endingOfWindows = {
+    [](int number) { return statusOfSignals + number; },
+    [] {
+        writeAll(STDERR_FILENO,
+                 "spindrift: The drive has not answered yet and may stay busy for a while.\n");
+    }};
 
 }  // namespace
 
@@ -60,6 +71,8 @@ int launch(int argc, char** argv) {
     QApplication application(argc, argv);
     qInstallMessageHandler(usual);
     SpindriftApp::describe();
+    Interruption interruption(endingOfWindows);
+    Interruption::begin();
     if (options->practice) {
         const auto drive = PracticeFolder::prepare(options->practiceImage, &error);
         if (!drive) {
@@ -73,11 +86,12 @@ int launch(int argc, char** argv) {
     int status = 0;
     {
         SpindriftApp app;
+        QObject::connect(&interruption, &Interruption::interrupted, &app, &SpindriftApp::abandon);
         app.openMainWindow();
         status = QApplication::exec();
     }
     // A verification tells how it ended before it removes its second image, which is as large as
     // the disc.
     BackgroundThread::waitForPassing(longestTidying);
-    return status;
+    return Interruption::happened() ? Interruption::exitStatus() : status;
 }

@@ -5,11 +5,26 @@
 
 #include "AboutPanel.h"
 #include "Appearance.h"
+#include "ContentView.h"
 #include "MainWindow.h"
 #include "NotificationManager.h"
 #include "SettingsWindow.h"
 #include "Symbol.h"
 #include "SystemAppearance.h"
+
+namespace {
+
+QList<MainWindow*> mainWindows() {
+    QList<MainWindow*> windows;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* window = qobject_cast<MainWindow*>(widget)) {
+            windows << window;
+        }
+    }
+    return windows;
+}
+
+}  // namespace
 
 SpindriftApp::SpindriftApp(QObject* parent) : QObject(parent), m_retroModeAction(tr("Retro Mode")) {
     NotificationManager::requestAuthorization();
@@ -98,11 +113,16 @@ void SpindriftApp::quit() {
     QApplication::closeAllWindows();
 }
 
+void SpindriftApp::abandon() {
+    for (MainWindow* window : mainWindows()) {
+        window->content().abandon();
+    }
+}
+
 void SpindriftApp::closeMainWindows() {
     // Not closeAllWindows(), which would begin with the questions that are open.
-    const QWidgetList all = QApplication::topLevelWidgets();
-    for (QWidget* widget : all) {
-        if (auto* window = qobject_cast<MainWindow*>(widget); window && window->isVisible()) {
+    for (MainWindow* window : mainWindows()) {
+        if (window->isVisible()) {
             window->close();
         }
     }
@@ -129,3 +149,5 @@ bool SpindriftApp::eventFilter(QObject* watched, QEvent* event) {
     }
     return QObject::eventFilter(watched, event);
 }
+
+#include "moc_SpindriftApp.cpp"

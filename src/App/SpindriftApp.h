@@ -30,6 +30,8 @@ public:
     // Closes all windows, which ends the program. One that still has something to ask holds that up
     // until it is answered, or stops it.
     void quit();
+    // The same without a question: what runs is cancelled and leaves nothing.
+    void abandon();
 
     QAction* retroModeAction() { return &m_retroModeAction; }
 

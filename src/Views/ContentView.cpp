@@ -150,6 +150,15 @@ bool ContentView::mayClose() {
     return false;
 }
 
+void ContentView::abandon() {
+    m_isAbandoned = true;
+    delete m_diagnosticsSheet;  // with a test that runs
+    if (isWorking()) {
+        m_session.cancelUntilNothingIsLeft(ISORipper::CancelRemoves::Nothing);
+    }
+    scheduleRefresh();
+}
+
 void ContentView::chooseDestination() {
     if (!m_monitor.disc() || m_destinationDialog) {
         return;
@@ -326,10 +335,10 @@ void ContentView::refreshConfirmation() {
         if (m_confirmation) {
             m_confirmation->close();
         }
-        if (wasToClose && hasBadNews()) {
-            emit keptOpen();
-        } else if (wasToClose) {
+        if (m_isAbandoned || (wasToClose && !hasBadNews())) {
             window()->close();
+        } else if (wasToClose) {
+            emit keptOpen();
         }
         return;
     }
@@ -339,3 +348,5 @@ void ContentView::refreshConfirmation() {
                                        : CancelConfirmation::Subject::Verification);
     }
 }
+
+#include "moc_ContentView.cpp"

@@ -46,6 +46,10 @@ public:
     // confirmation opens, and the window closes by itself once what runs has been cancelled.
     bool mayClose();
 
+    // Cancels all that runs without a question, whatever stands at the destination staying; then
+    // the window closes by itself.
+    void abandon();
+
 public slots:
     void chooseDestination();
     void confirmCancel();
@@ -100,4 +104,5 @@ private:
     bool m_justShown = false;  // until the first paint after that
     bool m_retroShown = false;
     bool m_closeOnceCancelled = false;
+    bool m_isAbandoned = false;
 };

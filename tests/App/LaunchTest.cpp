@@ -2,8 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <QProcess>
+#include <csignal>
 
+#include "DriveStubs.h"
+#include "Preferences.h"
+#include "StubTools.h"
 #include "TestFolder.h"
+#include "Waiting.h"
 
 namespace {
 
@@ -29,6 +34,38 @@ Outcome run(const QStringList& arguments) {
 }
 
 }  // namespace
+
+TEST(LaunchTest, ASignalEndsTheWindowWithoutAQuestion) {
+    for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+        TestFolder folder;
+        Preferences().set(Preference::HasCompletedOnboarding, true);
+        DriveStubs::disc(folder, {});
+        QProcess process;
+        process.start(QStringLiteral(SPINDRIFT_PROGRAM), QStringList());
+        // The window that shows the drive is there, and so is whoever is told of the signal.
+        ASSERT_TRUE(waitUntil([&] { return !StubTools::log(folder).isEmpty(); }));
+        ::kill(static_cast<pid_t>(process.processId()), number);
+        EXPECT_TRUE(process.waitForFinished(60000));
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(process.exitCode(), 128 + number);
+        EXPECT_FALSE(process.readAllStandardError().contains("spindrift:")) << "nothing keeps it";
+    }
+}
+
+TEST(LaunchTest, ADriveThatHangsDoesNotKeepTheWindowFromEnding) {
+    TestFolder folder;
+    Preferences().set(Preference::HasCompletedOnboarding, true);
+    StubTools::write(folder, StubTools::drutil, "trap '' TERM\nexec sleep 1000");
+    QProcess process;
+    process.start(QStringLiteral(SPINDRIFT_PROGRAM), QStringList());
+    ASSERT_TRUE(waitUntil([&] { return !StubTools::log(folder).isEmpty(); }));
+    ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+    EXPECT_TRUE(process.waitForFinished(60000));
+    EXPECT_EQ(process.exitCode(), 128 + SIGTERM);
+    // Qt's offscreen platform has remarks of its own.
+    EXPECT_TRUE(process.readAllStandardError().endsWith(
+        "spindrift: The drive has not answered yet and may stay busy for a while.\n"));
+}
 
 TEST(LaunchTest, WithoutADisplayItSaysWhatToDo) {
     const TestFolder folder;
