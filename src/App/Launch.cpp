@@ -11,6 +11,7 @@
 #include "PracticeFolder.h"
 #include "ProcessTree.h"
 #include "SpindriftApp.h"
+#include "TemporaryImages.h"
 #include "WriteAll.h"
 
 namespace {
@@ -85,6 +86,7 @@ int launch(int argc, char** argv) {
     }
     int status = 0;
     {
+        TemporaryImages::removeAbandoned();
         SpindriftApp app;
         QObject::connect(&interruption, &Interruption::interrupted, &app, &SpindriftApp::abandon);
         app.openMainWindow();

@@ -162,6 +162,9 @@ private:
             case Option::Force:
                 m_invocation.force = true;
                 return;
+            case Option::Remove:
+                m_invocation.remove = true;
+                return;
             case Option::Json:
                 m_invocation.json = true;
                 return;

@@ -7,7 +7,17 @@
 #include <optional>
 #include <variant>
 
-enum class Command { Status, Rip, SpeedTest, History, Nickname, Eject, Access, Settings };
+enum class Command {
+    Status,
+    Rip,
+    SpeedTest,
+    History,
+    Nickname,
+    Eject,
+    Access,
+    Settings,
+    Leftovers
+};
 
 // One well-formed request to do something.
 struct Invocation {
@@ -21,7 +31,10 @@ struct Invocation {
     bool eject = false;
     bool force = false;
 
-    QStringList operands;  // nickname: at most one text; settings: a key, then its value
+    bool remove = false;  // leftovers
+
+    QStringList operands;  // nickname: at most one text; settings: a key, then its value;
+                           // leftovers: at most one folder
 
     bool operator==(const Invocation&) const = default;
 };

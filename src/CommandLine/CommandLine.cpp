@@ -22,6 +22,7 @@
 #include "QuickCommands.h"
 #include "RipCommand.h"
 #include "SpeedTestCommand.h"
+#include "TemporaryImages.h"
 #include "TextOutput.h"
 #include "WriteAll.h"
 
@@ -81,6 +82,8 @@ int runCommand(const CommandContext& context) {
             return QuickCommands::access(context);
         case Command::Settings:
             return QuickCommands::settings(context);
+        case Command::Leftovers:
+            return QuickCommands::leftovers(context);
         case Command::Rip: {
             Interruption interruption(endingOfCommands);
             return RipCommand(context, interruption).run();
@@ -117,6 +120,7 @@ int runInvocation(const Invocation& invocation, TextOutput& output, TextOutput& 
             return ExitStatus::failed;
         }
     }
+    TemporaryImages::removeAbandoned();
     const int status = runCommand(context);
     const auto failure = output.failure();
     if (failure && !output.readerIsGone()) {

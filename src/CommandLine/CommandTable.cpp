@@ -24,6 +24,10 @@ constexpr std::array ripRows{
               "replace FILE if it is there (a cancel puts it in the trash), room or not"},
 };
 
+constexpr std::array leftoversRows{
+    OptionRow{Option::Remove, "remove", 0, nullptr, "remove them for good after naming them"},
+};
+
 constexpr std::array commandRows{
     CommandRow{Command::Status,
                "status",
@@ -101,6 +105,14 @@ Exit status: 0 allowed, 1 not.)",
         R"(Shows all preferences, or one, or changes one. VALUE is true, false, on or off. The preferences
 are the window's; "rip" goes by its own options.)",
         {}},
+    CommandRow{
+        Command::Leftovers, "leftovers", "[FOLDER]", 1,
+        "list or remove the images that failed rips have left",
+        R"(Lists what failed rips have left in the folder for temporary images, or in FOLDER, newest first:
+when it was written, its size, the disc's name and the file. Images of rips that run are left out.
+
+With --json one object a file: "path", "bytes", "lastChanged" and "volumeName".)",
+        leftoversRows},
 };
 
 }  // namespace

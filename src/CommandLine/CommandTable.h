@@ -7,7 +7,7 @@
 
 #include "CommandArguments.h"
 
-enum class Option { Output, Thorough, Eject, Force, Json, Practice, Help, Version };
+enum class Option { Output, Thorough, Eject, Force, Remove, Json, Practice, Help, Version };
 
 struct OptionRow {
     Option option;

@@ -13,6 +13,7 @@ int eject(const CommandContext& context);
 int access(const CommandContext& context);
 // A usage error of a key or a value is told here.
 int settings(const CommandContext& context);
+int leftovers(const CommandContext& context);
 
 }  // namespace QuickCommands
 

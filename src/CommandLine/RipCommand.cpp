@@ -9,6 +9,7 @@
 #include "FullDiskAccess.h"
 #include "Interruption.h"
 #include "JsonText.h"
+#include "Leftovers.h"
 #include "NotificationManager.h"
 #include "QuickCommands.h"
 #include "RipTarget.h"
@@ -184,7 +185,8 @@ void RipCommand::printOutcome(int status) {
             m_context.errors.write(accessGuidance());
         }
         if (isLeft) {
-            m_context.complain(QStringLiteral("What was read is left in “%1”.").arg(*left));
+            m_context.complain(QStringLiteral("What was read is left in “%1”; see “%2”.")
+                                   .arg(*left, Leftovers::commandThatLists(*left)));
         }
     } else if (const auto& verdict = m_ripper.verifyStatus()) {
         printVerdict(*verdict);
@@ -215,3 +217,5 @@ void RipCommand::printVerdict(const VerifyStatus& verdict) {
             return;
     }
 }
+
+#include "moc_RipCommand.cpp"

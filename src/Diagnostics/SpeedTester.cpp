@@ -4,7 +4,7 @@
 #include "ImagingTool.h"
 #include "Published.h"
 #include "RemovedAtExit.h"
-#include "UserFolders.h"
+#include "TemporaryImages.h"
 
 namespace {
 
@@ -42,7 +42,7 @@ void SpeedTester::start(const QString& bsdName, const DriveIdentity& drive, Disc
                         std::optional<qint64> discSizeBytes) {
     reset();
     m_tool = std::make_unique<ImagingTool>(
-        bsdName, UserFolders::temporaryImageBase(QStringLiteral("spindrift-speedtest-")));
+        bsdName, TemporaryImages::freshBase(TemporaryImages::Purpose::SpeedTest));
     ImagingTool::Handlers handlers;
     handlers.progressed = [this](double fraction) {
         publish(this, m_progress, fraction, &SpeedTester::progressChanged);
@@ -105,3 +105,5 @@ void SpeedTester::publishOutcome(const Subject& subject, int status) {
 std::optional<double> SpeedTester::averageSpeed(qint64 bytes, double seconds) {
     return seconds > 0 ? std::optional(static_cast<double>(bytes) / seconds) : std::nullopt;
 }
+
+#include "moc_SpeedTester.cpp"

@@ -13,10 +13,11 @@
 #include <utility>
 #include <vector>
 
-#include "AbandonedCopies.h"
+#include "AbandonedFiles.h"
 #include "BackgroundThread.h"
 #include "Descriptor.h"
 #include "FileRemoval.h"
+#include "UserFolders.h"
 #include "WriteAll.h"
 
 namespace {
@@ -24,6 +25,17 @@ namespace {
 constexpr size_t copyBlock = size_t(1024) * 1024;
 // How much may wait in memory for a slow disk: bounds what the last flush has to do.
 constexpr off_t flushWindow = off_t(16) * 1024 * 1024;
+
+// Hidden from whoever looks at the folder.
+AbandonedFiles::Names namesOfCopies() {
+    return {QStringLiteral(".spindrift-"), QStringLiteral(".part")};
+}
+
+QString freshPathBeside(const QString& destination) {
+    const auto [prefix, suffix] = namesOfCopies();
+    return QFileInfo(destination).path() + QLatin1Char('/') + prefix +
+           UserFolders::freshIdentifier() + suffix;
+}
 
 ssize_t readSome(int descriptor, std::vector<char>& buffer) {
     ssize_t count = 0;
@@ -133,7 +145,7 @@ StagedCopy::StagedCopy(const QString& source, const QString& destination, Replac
     : m_source(source),
       m_destination(destination),
       m_replacing(replacing),
-      m_staging(AbandonedCopies::freshPath(destination)),
+      m_staging(freshPathBeside(destination)),
       m_removedAtExit(m_staging) {}
 
 StagedCopy::~StagedCopy() {
@@ -177,11 +189,12 @@ int StagedCopy::commit() {
 }
 
 int StagedCopy::copy() {
-    AbandonedCopies::removeFrom(QFileInfo(m_destination).path());
+    AbandonedFiles::removeFrom(QFileInfo(m_destination).path(), namesOfCopies());
     const Descriptor input(open(QFile::encodeName(m_source).constData(), O_RDONLY | O_CLOEXEC));
     if (!input.isOpen()) {
         return errno;
     }
+    AbandonedFiles::claim(input.number());
     int error = copyFrom(input.number());
     struct stat original = {};
     if ((error == ENOSPC || error == EDQUOT) && fstat(input.number(), &original) == 0 &&
@@ -214,7 +227,7 @@ int StagedCopy::copyFrom(int input) {
     if (!output.isOpen()) {
         return errno;
     }
-    AbandonedCopies::claim(output.number());
+    AbandonedFiles::claim(output.number());
     const int error = copyContent(input, output.number());
     if (error != 0) {
         unlink(staging.constData());

@@ -81,7 +81,3 @@ std::optional<QString> UserFolders::data() {
 QString UserFolders::freshIdentifier() {
     return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
 }
-
-QString UserFolders::temporaryImageBase(const QString& prefix, const QString& folder) {
-    return QDir(folder).filePath(prefix + freshIdentifier());
-}

@@ -19,7 +19,4 @@ std::optional<QString> data();
 // A fresh random UUID in its 36-character upper-case form.
 QString freshIdentifier();
 
-// Path of a new temporary image without its extension: folder + prefix + fresh identifier.
-QString temporaryImageBase(const QString& prefix, const QString& folder = temporary());
-
 }  // namespace UserFolders

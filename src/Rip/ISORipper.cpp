@@ -10,7 +10,7 @@
 #include "Published.h"
 #include "RipRoom.h"
 #include "StrictUtf8.h"
-#include "UserFolders.h"
+#include "TemporaryImages.h"
 #include "VerifyProcesses.h"
 
 namespace {
@@ -91,10 +91,11 @@ void ISORipper::start(const QString& bsdName, const QString& destination,
     m_totalBytes = totalBytes;
     m_temporaryFolder =
         RipRoom::plan(totalBytes, thoroughVerify, destination, replacing).temporaryFolder;
+    TemporaryImages::removeAbandoned(m_temporaryFolder);
     m_stoodThere = FileRemoval::identityOf(destination);
     m_link = MainThreadLink::to(this);
     m_tool = std::make_unique<ImagingTool>(
-        bsdName, UserFolders::temporaryImageBase(QStringLiteral("spindrift-"), m_temporaryFolder));
+        bsdName, TemporaryImages::freshBase(TemporaryImages::Purpose::Rip, m_temporaryFolder));
     ImagingTool::Handlers handlers;
     handlers.progressed = [this](double fraction) {
         publish(this, m_progress, fraction, &ISORipper::progressChanged);
@@ -254,3 +255,5 @@ void ISORipper::deleteWhatStoodThere() {
         deletePartialOutput();
     }
 }
+
+#include "moc_ISORipper.cpp"

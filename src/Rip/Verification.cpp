@@ -6,8 +6,8 @@
 #include "ImagingTool.h"
 #include "RemovedAtExit.h"
 #include "StrictUtf8.h"
+#include "TemporaryImages.h"
 #include "ToolRoot.h"
-#include "UserFolders.h"
 
 namespace {
 
@@ -29,7 +29,7 @@ VerifyStatus compare(const Verification::Job& job, const QString& base) {
 
 void Verification::run(const Job& job, const std::function<void(const VerifyStatus&)>& handOver) {
     const QString base =
-        UserFolders::temporaryImageBase(QStringLiteral("spindrift-verify-"), job.temporaryFolder);
+        TemporaryImages::freshBase(TemporaryImages::Purpose::Verification, job.temporaryFolder);
     const RemovedAtExit second(base + QStringLiteral(".cdr"));
     handOver(compare(job, base));
     QFile::remove(base + QStringLiteral(".cdr"));

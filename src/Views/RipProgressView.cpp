@@ -9,6 +9,7 @@
 #include "AquaProgressBar.h"
 #include "ByteCount.h"
 #include "ISORipper.h"
+#include "Leftovers.h"
 #include "SymbolLabel.h"
 #include "TextLabel.h"
 #include "TextStyle.h"
@@ -121,7 +122,8 @@ void RipProgressView::show(const RipState& state, bool retro) {
     showBar(state.determinateValue(), retro);
     m_bytesWritten->setText(state.bytesWrittenText());
     m_status->textLabel()->setAddition(
-        state.leftImage ? tr("What was read is left in \u201c%1\u201d.").arg(*state.leftImage)
+        state.leftImage ? tr("What was read is left in \u201c%1\u201d; see \u201c%2\u201d.")
+                              .arg(*state.leftImage, Leftovers::commandThatLists(*state.leftImage))
                         : QString());
     m_remarks->setText(state.remarks);
     m_remarks->setAddition(state.remarks);
@@ -165,3 +167,5 @@ void RipProgressView::showStatus(const std::optional<RipStatus>& status) {
         emit statusChanged(status->text);
     }
 }
+
+#include "moc_RipProgressView.cpp"

@@ -32,6 +32,7 @@ TEST(CommandArgumentsTest, EachCommandIsKnownByItsName) {
     EXPECT_EQ(parsed({"eject"}).command, Command::Eject);
     EXPECT_EQ(parsed({"access"}).command, Command::Access);
     EXPECT_EQ(parsed({"settings"}).command, Command::Settings);
+    EXPECT_EQ(parsed({"leftovers"}).command, Command::Leftovers);
 }
 
 TEST(CommandArgumentsTest, NoCommandOrAnUnknownOneIsAUsageError) {

@@ -101,8 +101,9 @@ TEST(ManualTest, TheHelpOfSettingsNamesEveryKey) {
 }
 
 TEST(ManualTest, CompletionOffersTheCommands) {
-    EXPECT_EQ(completionsOf({""}), (QStringList{"access", "eject", "history", "nickname", "rip",
-                                                "settings", "speed-test", "status"}));
+    EXPECT_EQ(completionsOf({""}),
+              (QStringList{"access", "eject", "history", "leftovers", "nickname", "rip", "settings",
+                           "speed-test", "status"}));
     EXPECT_EQ(completionsOf({"--json", "s"}), (QStringList{"settings", "speed-test", "status"}));
 }
 

@@ -249,7 +249,8 @@ TEST_F(RipProgramTest, ForPeopleAFailureIsASentence) {
     EXPECT_EQ(program.errors(),
               "spindrift-cli: hdiutil exited with an error: no medium\n"
               "spindrift-cli: What was read is left in “" +
-                  (folder.temporary() + left.first()).toUtf8() + "”.\n");
+                  (folder.temporary() + left.first()).toUtf8() +
+                  "”; see “spindrift-cli leftovers”.\n");
 }
 
 TEST_F(RipProgramTest, ForPeopleAFailureWithoutAnImageSaysNothingOfOne) {

@@ -1,7 +1,6 @@
 #include "StagedCopy.h"
 
 #include <gtest/gtest.h>
-#include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,6 +13,7 @@
 #include <cerrno>
 #include <future>
 
+#include "AbandonedFiles.h"
 #include "SmallFileSystem.h"
 #include "TestFolder.h"
 #include "Waiting.h"
@@ -216,12 +216,8 @@ TEST_F(StagedCopyTest, ACopyThatRunsIsClaimed) {
         QFile feed(fifo);
         ASSERT_TRUE(feed.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
         ASSERT_TRUE(waitUntil([&] { return TestFolder::list(to).size() == 1; }));
-        QFile running(to + u'/' + TestFolder::list(to).value(0));
-        ASSERT_TRUE(running.open(QIODevice::ReadOnly));
         EXPECT_TRUE(waitUntil([&] {
-            const bool isClaimed = flock(running.handle(), LOCK_SH | LOCK_NB) != 0;
-            flock(running.handle(), LOCK_UN);
-            return isClaimed;
+            return AbandonedFiles::unclaimed(to, {".spindrift-", ".part"}).isEmpty();
         }));
     }
     ended.get_future().wait();

@@ -101,12 +101,4 @@ TEST(UserFoldersTest, AnIdentifierIsThirtySixUpperCaseCharactersAndFreshEachTime
     EXPECT_EQ(seen.size(), 100);
 }
 
-TEST(UserFoldersTest, ATemporaryImageIsPrefixAndIdentifierInTheTemporaryFolder) {
-    TestFolder folder;
-    const QString base = UserFolders::temporaryImageBase(QStringLiteral("spindrift-verify-"));
-    const QString start = folder.temporary() + QStringLiteral("spindrift-verify-");
-    EXPECT_TRUE(base.startsWith(start)) << base.toStdString();
-    EXPECT_EQ(base.size(), start.size() + 36);
-}
-
 }  // namespace

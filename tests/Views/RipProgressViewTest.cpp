@@ -233,12 +233,13 @@ TEST(RipProgressViewTest, AShortErrorTakesOneLine) {
 TEST(RipProgressViewTest, AnErrorTellsWhereTheRestOfTheImageIs) {
     RipState state;
     state.error = QStringLiteral("no");
-    state.leftImage = QStringLiteral("/var/tmp/spindrift-1.cdr");
+    state.leftImage = QStringLiteral("/images/spindrift-1.cdr");
     RipProgressView view;
     view.show(state, false);
     const TextLabel* label = named<SymbolLabel>(&view, "ripStatus")->textLabel();
     EXPECT_EQ(label->accessibleDescription(),
-              QStringLiteral("What was read is left in \u201c/var/tmp/spindrift-1.cdr\u201d."));
+              QStringLiteral("What was read is left in \u201c/images/spindrift-1.cdr\u201d; see "
+                             "\u201cspindrift-cli leftovers '/images'\u201d."));
     view.show(running(0), false);
     EXPECT_EQ(label->accessibleDescription(), QString());
 }

@@ -38,6 +38,14 @@ Failure spaceFailure(const std::string& path, int error, std::uint64_t bytes) {
     return failure;
 }
 
+// Tells programs that clean up that the file is needed, for as long as it is open.
+void claim(int descriptor) {
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    fcntl(descriptor, F_OFD_SETLK, &lock);
+}
+
 // Truncating to the size that the file has frees the blocks beyond its end.
 void cutToSize(int descriptor) {
     struct stat status {};
@@ -64,12 +72,14 @@ extern "C" void keepPartialAndEnd(int signal) {
 
 Result<std::unique_ptr<ImageFile>> ImageFile::create(const std::string& path, Caching caching) {
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
-    constexpr mode_t mode = 0666;
+    // Until it has its place, a disc's content is for its reader alone.
+    constexpr mode_t mode = S_IRUSR | S_IWUSR;
     // Created without O_DIRECT: where it is refused, an open that asks for it leaves an empty file.
     DescriptorHolder descriptor(open(path.c_str(), flags, mode));
     if (!descriptor.isOpen()) {
         return createFailure(path, errno);
     }
+    claim(descriptor.get());
     const bool direct =
         caching == Caching::Avoid && fcntl(descriptor.get(), F_SETFL, O_DIRECT) == 0;
     return std::unique_ptr<ImageFile>(new ImageFile(path, std::move(descriptor), direct));

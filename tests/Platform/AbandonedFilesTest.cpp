@@ -1,4 +1,4 @@
-#include "AbandonedCopies.h"
+#include "AbandonedFiles.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -7,14 +7,14 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 
 #include "Descriptor.h"
 #include "TestFolder.h"
+#include "UserFolders.h"
 
 namespace {
 
-class AbandonedCopiesTest : public testing::Test {
+class AbandonedFilesTest : public testing::Test {
 protected:
     // A file that was last written to so many seconds ago.
     QString write(const QString& name, time_t age) const {
@@ -22,10 +22,9 @@ protected:
         makeOlder(path, age);
         return path;
     }
-    QString writeCopy(time_t age) const {
-        return write(
-            QFileInfo(AbandonedCopies::freshPath(place + QStringLiteral("/disc.iso"))).fileName(),
-            age);
+    QString writeCopy(time_t age) const { return write(freshName(), age); }
+    QString freshName() const {
+        return copies.prefix + UserFolders::freshIdentifier() + copies.suffix;
     }
     static void makeOlder(const QString& path, time_t age) {
         const timespec then = {time(nullptr) - age, 0};
@@ -35,47 +34,61 @@ protected:
             0);
     }
     QStringList left() const {
-        AbandonedCopies::removeFrom(place);
+        AbandonedFiles::removeFrom(place, copies);
         return TestFolder::list(place);
     }
 
     TestFolder folder;
     const QString place = folder.path(QStringLiteral("place"));
+    const AbandonedFiles::Names copies = {".spindrift-", ".part"};
     static constexpr time_t day = 24 * 3600;
 };
 
-TEST_F(AbandonedCopiesTest, ACopyIsHiddenBesideItsDestination) {
-    const QFileInfo copy(AbandonedCopies::freshPath(QStringLiteral("/some/where/disc.iso")));
-    EXPECT_EQ(copy.path(), QStringLiteral("/some/where"));
-    EXPECT_TRUE(copy.fileName().startsWith(QStringLiteral(".spindrift-")));
-    EXPECT_NE(AbandonedCopies::freshPath(place), AbandonedCopies::freshPath(place));
-}
-
-TEST_F(AbandonedCopiesTest, AnOldCopyThatNobodyWritesGoes) {
+TEST_F(AbandonedFilesTest, AnOldCopyThatNobodyWritesGoes) {
     writeCopy(day);
     writeCopy(3700);
     EXPECT_EQ(left(), QStringList());
 }
 
-TEST_F(AbandonedCopiesTest, ACopyThatWasWrittenToWithinTheHourStays) {
+TEST_F(AbandonedFilesTest, ACopyThatWasWrittenToWithinTheHourStays) {
     writeCopy(0);
     writeCopy(3500);
     writeCopy(-day);
     EXPECT_EQ(left().size(), 3);
 }
 
-TEST_F(AbandonedCopiesTest, AClaimedCopyStaysHoweverOldUntilItsWriterIsGone) {
+TEST_F(AbandonedFilesTest, AClaimedCopyStaysHoweverOldUntilItsWriterIsGone) {
     const QString path = writeCopy(day);
     {
         const Descriptor writer(open(QFile::encodeName(path).constData(), O_WRONLY | O_CLOEXEC));
         ASSERT_TRUE(writer.isOpen());
-        AbandonedCopies::claim(writer.number());
+        AbandonedFiles::claim(writer.number());
         EXPECT_EQ(left().size(), 1);
     }
     EXPECT_EQ(left(), QStringList());
 }
 
-TEST_F(AbandonedCopiesTest, FilesWithOtherNamesStay) {
+TEST_F(AbandonedFilesTest, ACopyThatIsOnlyReadIsNeededToo) {
+    const QString path = writeCopy(day);
+    {
+        const Descriptor reader(open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+        AbandonedFiles::claim(reader.number());
+        EXPECT_EQ(AbandonedFiles::unclaimed(place, copies), QStringList());
+        EXPECT_EQ(AbandonedFiles::remove(path), EBUSY);
+        EXPECT_TRUE(QFile::exists(path));
+    }
+    EXPECT_EQ(AbandonedFiles::unclaimed(place, copies), QStringList(path));
+    EXPECT_EQ(AbandonedFiles::remove(path), 0);
+    EXPECT_FALSE(QFile::exists(path));
+}
+
+TEST_F(AbandonedFilesTest, WhatNobodyClaimsIsToldNewestFirst) {
+    const QString older = writeCopy(2 * day);
+    const QString newer = writeCopy(0);
+    EXPECT_EQ(AbandonedFiles::unclaimed(place, copies), QStringList({newer, older}));
+}
+
+TEST_F(AbandonedFilesTest, FilesWithOtherNamesStay) {
     const QStringList names = {".spindrift-.part",
                                ".spindrift-holiday.part",
                                ".spindrift-0A1B2C3D-4E5F-4A6B-8C7D-9E0F1A2B3C4D.part2",
@@ -89,13 +102,13 @@ TEST_F(AbandonedCopiesTest, FilesWithOtherNamesStay) {
     EXPECT_EQ(left().size(), names.size());
 }
 
-TEST_F(AbandonedCopiesTest, WhatIsNoFileStays) {
+TEST_F(AbandonedFilesTest, WhatIsNoFileStays) {
     const QString target = write(QStringLiteral("precious"), day);
-    const QString link = AbandonedCopies::freshPath(target);
+    const QString link = folder.path(u"place/" + freshName());
     ASSERT_TRUE(QFile::link(target, link));
-    const QString inside = AbandonedCopies::freshPath(target);
+    const QString inside = folder.path(u"place/" + freshName());
     ASSERT_TRUE(QDir().mkdir(inside));
-    const QString pipe = AbandonedCopies::freshPath(target);
+    const QString pipe = folder.path(u"place/" + freshName());
     ASSERT_EQ(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
     for (const QString& path : {link, inside, pipe}) {
         makeOlder(path, day);
@@ -104,7 +117,7 @@ TEST_F(AbandonedCopiesTest, WhatIsNoFileStays) {
     EXPECT_EQ(TestFolder::read(target), QByteArray("half"));
 }
 
-TEST_F(AbandonedCopiesTest, AnotherUsersCopyStays) {
+TEST_F(AbandonedFilesTest, AnotherUsersCopyStays) {
     const QString path = writeCopy(day);
     if (chown(QFile::encodeName(path).constData(), geteuid() + 1, gid_t(-1)) != 0) {
         GTEST_SKIP() << "giving a file away needs root";
@@ -112,8 +125,8 @@ TEST_F(AbandonedCopiesTest, AnotherUsersCopyStays) {
     EXPECT_EQ(left().size(), 1);
 }
 
-TEST_F(AbandonedCopiesTest, AMissingFolderIsPassedOver) {
-    AbandonedCopies::removeFrom(folder.path(QStringLiteral("none")));
+TEST_F(AbandonedFilesTest, AMissingFolderIsPassedOver) {
+    AbandonedFiles::removeFrom(folder.path(QStringLiteral("none")), copies);
     EXPECT_FALSE(QFile::exists(folder.path(QStringLiteral("none"))));
 }
 
