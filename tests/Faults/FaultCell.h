@@ -52,7 +52,7 @@ inline std::string launch(const std::string& text) {
     return "Could not start rip: " + text;
 }
 inline std::string keeping(const std::string& text) {
-    return text + "\nWhat was read is left in “tmp/ID.cdr”.";
+    return text + "\nWhat was read is left in “tmp/ID.cdr”; see “spindrift-cli leftovers”.";
 }
 
 // What is left, or said.
