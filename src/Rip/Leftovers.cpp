@@ -24,7 +24,13 @@ std::optional<QString> volumeNameOf(const QString& path) {
                                                                          "CD001")) {
         return std::nullopt;
     }
-    const QString name = QString::fromUtf8(descriptor.mid(nameAt)).remove(QChar(0)).trimmed();
+    QString name = QString::fromUtf8(descriptor.mid(nameAt));
+    for (QChar& character : name) {
+        if (!character.isPrint()) {
+            character = QLatin1Char(' ');  // it is shown among others on a line
+        }
+    }
+    name = name.simplified();
     return name.isEmpty() ? std::nullopt : std::optional(name);
 }
 

@@ -64,6 +64,15 @@ TEST_F(LeftImagesProgramTest, WithJsonEachIsAnObject) {
                                         "\",\"volumeName\":\"HOLIDAY 2019\"}");
 }
 
+TEST_F(LeftImagesProgramTest, ANameThatIsNoLineIsOne) {
+    leave("00000001",
+          "A\nB\tC\x7f\x1b[31mD\xe2\x80\xae"
+          "E");
+    CliProgram program({"leftovers"});
+    EXPECT_EQ(program.exitStatus(), 0);
+    EXPECT_THAT(program.output().toStdString(), HasSubstr("  A B C [31mD E  "));
+}
+
 TEST_F(LeftImagesProgramTest, TheyAreRemovedAfterTheyHaveBeenNamed) {
     const QString path = leave("00000001");
     CliProgram program({"leftovers", "--remove"});
