@@ -29,6 +29,7 @@ def _unreadable(bench):
     rip = bench.rip("/root/out.iso", "--thorough")
     _expect_failure(bench, rip)
     expect(str(BAD_SECTOR) in str(rip.last("error")), f"no sector number in {rip.last('error')}")
+    expect("No data available" not in rip.last("error"), f"the kernel's word: {rip.last('error')}")
     failing = _failing_reads(commands, BAD_SECTOR)
     expect(1 <= len(failing) <= 4, f"{len(failing)} failing commands: {failing}")
     expect_equal(failing[-1].sectors, 1, "the sectors of the last failing command")
@@ -112,6 +113,17 @@ def _swapped(bench):
     job = _rip_under_way(bench)
     bench.guest.swap(bench.discs.other_cd().path)
     _expect_failure(bench, Rip(job.wait(60)))
+
+
+@case("A change that leaves the same disc in the drive, as a reset of the bus does, is passed over",
+      "udev bare ide")
+def _reset(bench):
+    job = _rip_under_way(bench)
+    disc = bench.discs.named("cd", "plain")
+    bench.guest.swap(disc.path)
+    rip = Rip(job.wait(60))
+    expect_equal(rip.status, 0, f"the rip's status ({rip.text[-600:]})")
+    bench.expect_same_bytes("/root/out.iso", disc.path)
 
 
 @case("A disc that is changed so that no read notices makes the rip fail", "udev bare")

@@ -71,10 +71,16 @@ std::string reasonOf(const CopyResult& result, const CreateCommand& command) {
     const auto& device = command.device;
     switch (result.kind) {
         case CopyResult::Kind::Unreadable:
+            // The kernel's word for a bad spot means something else to people.
             return "sector " + std::to_string(result.sector) + " of " + device +
-                   " cannot be read: " + std::strerror(result.error);
+                   (result.error == ENODATA
+                        ? " is unreadable"
+                        : std::string(" cannot be read: ") + std::strerror(result.error));
         case CopyResult::Kind::Changed:
             return "the disc in " + device + " was changed while it was read";
+        case CopyResult::Kind::Unsure:
+            return "the drive " + device +
+                   " was reset while the disc was read, and nothing tells whether it is the same";
         case CopyResult::Kind::Removed:
             return "the disc in " + device + " was removed while it was read";
         case CopyResult::Kind::WriteFailed:

@@ -129,6 +129,8 @@ private:
         m_result.error = failure.error;
         if (failure.kind == Kind::Changed) {
             m_result.kind = CopyResult::Kind::Changed;
+        } else if (failure.kind == Kind::Unsure) {
+            m_result.kind = CopyResult::Kind::Unsure;
         } else if (failure.kind == Kind::Removed) {
             m_result.kind = CopyResult::Kind::Removed;
         } else if (isRunOut(failure.sector)) {
@@ -194,6 +196,8 @@ private:
         const auto state = m_medium.confirmedState();
         if (state == Medium::State::Changed) {
             m_result.kind = CopyResult::Kind::Changed;
+        } else if (state == Medium::State::Unsure) {
+            m_result.kind = CopyResult::Kind::Unsure;
         } else if (state == Medium::State::Removed) {
             m_result.kind = CopyResult::Kind::Removed;
         }

@@ -18,6 +18,7 @@ struct CopyResult {
         Copied,       // the image is complete and on the disk
         Unreadable,   // a sector cannot be read
         Changed,      // another disc is in the drive
+        Unsure,       // the drive was reset, and may have another disc
         Removed,      // the disc or the drive is gone
         WriteFailed,  // the image cannot be written
         Stopped,      // stop() was called

@@ -38,6 +38,9 @@ Result<std::unique_ptr<Medium>> DeviceMedium::open(const std::string& device,
                            std::to_string(layout.firstSector);
     }
     medium->m_disc = diskSequence(medium->m_file->descriptor());
+    if (medium->m_drive) {
+        medium->m_drive->rememberDisc(medium->m_firstSector);
+    }
     return medium;
 }
 

@@ -9,18 +9,31 @@ namespace {
 constexpr int singleSectorAttempts = 2;
 constexpr std::size_t smallPiece = 64UL * 1024;  // bytes
 
+using ReadFailure = IsolatingReader::ReadFailure;
+
+// Absent while the medium is the one that was opened.
+std::optional<ReadFailure> failureOf(Medium::State state, int error = 0) {
+    switch (state) {
+        case Medium::State::Same:
+            return std::nullopt;
+        case Medium::State::Changed:
+            return ReadFailure{ReadFailure::Kind::Changed, 0, error};
+        case Medium::State::Unsure:
+            return ReadFailure{ReadFailure::Kind::Unsure, 0, error};
+        case Medium::State::Removed:
+            break;
+    }
+    return ReadFailure{ReadFailure::Kind::Removed, 0, error};
+}
+
 }  // namespace
 
 std::optional<IsolatingReader::ReadFailure> IsolatingReader::discIsGone(int error) {
-    const auto state = m_medium->confirmedState();
-    if (state == Medium::State::Changed) {
-        return ReadFailure{ReadFailure::Kind::Changed, 0, error};
+    if (const auto failure = failureOf(m_medium->confirmedState(), error)) {
+        return failure;
     }
-    if (state == Medium::State::Removed || error == ENOMEDIUM || error == ENODEV ||
-        error == ENXIO) {
-        return ReadFailure{ReadFailure::Kind::Removed, 0, error};
-    }
-    return std::nullopt;
+    const bool isGone = error == ENOMEDIUM || error == ENODEV || error == ENXIO;
+    return isGone ? failureOf(Medium::State::Removed, error) : std::nullopt;
 }
 
 std::optional<IsolatingReader::ReadFailure> IsolatingReader::readOneSector(
@@ -59,10 +72,8 @@ std::optional<IsolatingReader::ReadFailure> IsolatingReader::readSectors(
 
 IsolatingReader::ReadResult IsolatingReader::read(std::uint64_t offset,
                                                   std::span<std::byte> buffer) {
-    if (const auto state = m_medium->state(); state != Medium::State::Same) {
-        return {0, ReadFailure{state == Medium::State::Changed ? ReadFailure::Kind::Changed
-                                                               : ReadFailure::Kind::Removed,
-                               0, 0}};
+    if (const auto failure = failureOf(m_medium->state())) {
+        return {0, failure};
     }
     int error = m_medium->read(offset, buffer);
     if (error == 0) {

@@ -18,7 +18,7 @@
 class IsolatingReader final {
 public:
     struct ReadFailure {
-        enum class Kind { Unreadable, Changed, Removed };
+        enum class Kind { Unreadable, Changed, Unsure, Removed };
         Kind kind = Kind::Unreadable;
         std::uint64_t sector = 0;  // counted from the start of what is imaged; for Unreadable
         int error = 0;             // the error number; for Unreadable

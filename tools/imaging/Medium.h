@@ -19,6 +19,7 @@ public:
     enum class State {
         Same,     // still the disc that was opened
         Changed,  // another disc is in the drive
+        Unsure,   // the drive was reset, and nothing tells whether it still has the disc
         Removed,  // no disc is in the drive, or the drive is gone
     };
 

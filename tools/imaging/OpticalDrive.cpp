@@ -26,6 +26,17 @@ int driveStatus(int descriptor) {
     return ioctl(descriptor, CDROM_DRIVE_STATUS, CDSL_CURRENT);
 }
 
+// Its status once a disc has spun up, or after a minute.
+int settledStatus(int descriptor) {
+    const auto giveUp = Clock::now() + spinUpLimit;
+    int status = driveStatus(descriptor);
+    while (status == CDS_DRIVE_NOT_READY && Clock::now() < giveUp) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        status = driveStatus(descriptor);
+    }
+    return status;
+}
+
 DescriptorHolder openQuietly(const std::string& device) {
     return DescriptorHolder(open(device.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
 }
@@ -49,12 +60,7 @@ Result<std::unique_ptr<OpticalDrive>> OpticalDrive::open(const std::string& devi
     if (ioctl(descriptor, CDROM_GET_CAPABILITY, 0) < 0) {
         return Failure{Failure::Kind::NoDrive, device + " is not an optical drive"};
     }
-    const auto giveUp = Clock::now() + spinUpLimit;
-    int status = driveStatus(descriptor);
-    while (status == CDS_DRIVE_NOT_READY && Clock::now() < giveUp) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(200));
-        status = driveStatus(descriptor);
-    }
+    const int status = settledStatus(descriptor);
     if (status < 0) {
         return Failure::ofErrno(errno, device);
     }
@@ -85,6 +91,11 @@ bool OpticalDrive::discIsBlank() const {
     return OpticalCommands::discIsBlank(descriptor());
 }
 
+void OpticalDrive::rememberDisc(std::uint64_t firstSector) {
+    m_firstSector = firstSector;
+    m_marks = DiscMarks::of(m_device, firstSector);
+}
+
 Medium::State OpticalDrive::state() {
     // The number also changes when a disc is taken out.
     if (diskSequence(descriptor()) != m_disc) {
@@ -105,9 +116,21 @@ Medium::State OpticalDrive::confirmedState() {
     if (!again.isOpen()) {
         return Medium::State::Removed;
     }
-    const int status = driveStatus(again.get());
+    const int status = settledStatus(again.get());
     if (status == CDS_NO_DISC || status == CDS_TRAY_OPEN) {
         return Medium::State::Removed;
     }
-    return diskSequence(descriptor()) == m_disc ? Medium::State::Same : Medium::State::Changed;
+    const auto disc = diskSequence(descriptor());
+    if (disc == m_disc) {
+        return Medium::State::Same;
+    }
+    if (!m_marks) {
+        return Medium::State::Unsure;
+    }
+    if (DiscMarks::of(m_device, m_firstSector) != m_marks) {
+        return Medium::State::Changed;
+    }
+    // A change that comes while the marks are read counts once more.
+    m_disc = disc;
+    return Medium::State::Same;
 }

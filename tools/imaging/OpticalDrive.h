@@ -11,6 +11,7 @@
 
 #include "DescriptorHolder.h"
 #include "DiscLayout.h"
+#include "DiscMarks.h"
 #include "Medium.h"
 #include "Result.h"
 
@@ -25,6 +26,9 @@ public:
     // Whether the drive says that nothing has been recorded on the disc; false when it won't say.
     bool discIsBlank() const;
 
+    // Notes what the disc is known by after a reset. firstSector: where its data begins.
+    void rememberDisc(std::uint64_t firstSector);
+
     // As Medium::state() and Medium::confirmedState().
     Medium::State state();
     Medium::State confirmedState();
@@ -36,6 +40,8 @@ private:
     const DescriptorHolder m_descriptor;
     std::optional<std::uint64_t> m_disc;  // the kernel's number of the disc; absent on old kernels
     std::chrono::steady_clock::time_point m_asked;
+    std::uint64_t m_firstSector = 0;
+    std::optional<DiscMarks> m_marks;
 };
 
 // The kernel's number of the medium in a block device, another one for every disc; absent on

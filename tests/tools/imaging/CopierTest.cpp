@@ -149,6 +149,14 @@ TEST(CopierTest, ADiscSwappedWithoutAnyErrorIsNeverAFinishedImage) {
     EXPECT_FALSE(sink.finished);
 }
 
+TEST(CopierTest, AResetThatMayHaveHiddenASwapIsNeverAFinishedImage) {
+    FaultyMedium medium(patternBytes(3 * mebibyte));
+    medium.confirmed = Medium::State::Unsure;
+    FaultySink sink;
+    EXPECT_EQ(Copier(medium, sink).run().kind, Kind::Unsure);
+    EXPECT_FALSE(sink.finished);
+}
+
 TEST(CopierTest, ADiscRemovedAfterTheLastReadIsNoticed) {
     FaultyMedium medium(patternBytes(3 * mebibyte));
     medium.confirmed = Medium::State::Removed;

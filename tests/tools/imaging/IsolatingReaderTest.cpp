@@ -131,6 +131,14 @@ TEST_F(IsolatingReaderTest, AnErrorAfterASwapIsAChangedDiscAndNotABadSector) {
     EXPECT_EQ(result.bytes, 0U);
 }
 
+TEST_F(IsolatingReaderTest, AnErrorAfterAResetOfWhichNothingMoreIsKnownIsOne) {
+    medium.failuresLeft = {{9, FaultyMedium::always}};
+    medium.confirmed = Medium::State::Unsure;
+    const auto result = readAll();
+    ASSERT_TRUE(result.failure);
+    EXPECT_EQ(result.failure->kind, Kind::Unsure);
+}
+
 TEST_F(IsolatingReaderTest, AnErrorAfterAnEjectIsARemovedDisc) {
     medium.failuresLeft = {{9, FaultyMedium::always}};
     medium.confirmed = Medium::State::Removed;
