@@ -104,9 +104,9 @@ int QuickCommands::nickname(const CommandContext& context) {
     if (!drive) {
         return ExitStatus::failed;
     }
-    const Descriptor lock =
-        context.invocation.operands.isEmpty() ? Descriptor() : DiagnosticsStore::lockFiles();
-    DiagnosticsStore store;
+    using OtherPrograms = DiagnosticsStore::OtherPrograms;
+    DiagnosticsStore store(nullptr, context.invocation.operands.isEmpty() ? OtherPrograms::MayWrite
+                                                                          : OtherPrograms::Wait);
     if (!context.invocation.operands.isEmpty()) {
         store.setNickname(context.invocation.operands.constFirst(), *drive);
         // What the store could not write it keeps in memory, where the next program is not.

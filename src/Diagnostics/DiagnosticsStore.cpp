@@ -127,8 +127,11 @@ QStringList DiagnosticsStore::files() {
             folder + QStringLiteral("/drivenicknames.json")};
 }
 
-DiagnosticsStore::DiagnosticsStore(QObject* parent)
-    : QObject(parent), m_resultsPath(files().constFirst()), m_nicknamesPath(files().constLast()) {
+DiagnosticsStore::DiagnosticsStore(QObject* parent, OtherPrograms others)
+    : QObject(parent),
+      m_lock(others == OtherPrograms::Wait ? lockFiles() : Descriptor()),
+      m_resultsPath(files().constFirst()),
+      m_nicknamesPath(files().constLast()) {
     if (QFile history(m_resultsPath); history.open(QIODevice::ReadOnly)) {
         m_results = decodeHistory(history).value_or(QList<SpeedTestResult>());
     }
@@ -150,6 +153,7 @@ std::optional<QString> DiagnosticsStore::nickname(const DriveIdentity& drive) co
 
 void DiagnosticsStore::setNickname(const QString& name, const DriveIdentity& drive) {
     const QString kept = trimmed(name);
+    const Descriptor lock = lockForWriting();
     keepNickname(kept, drive.driveKey());
     writeOver(m_nicknamesPath, encodeNicknames(m_nicknames));
     for (auto* store : othersOfThisProcess()) {
@@ -159,6 +163,7 @@ void DiagnosticsStore::setNickname(const QString& name, const DriveIdentity& dri
 
 void DiagnosticsStore::record(const SpeedTestResult& result) {
     keepResult(result);
+    const Descriptor lock = lockForWriting();
     if (const auto document = encodeHistory(m_results)) {
         writeOver(m_resultsPath, *document);
     }
@@ -180,8 +185,12 @@ Descriptor DiagnosticsStore::lockFiles() {
 }
 
 void DiagnosticsStore::recordAlone(const SpeedTestResult& result) {
-    const Descriptor lock = lockFiles();
-    DiagnosticsStore().record(result);
+    DiagnosticsStore(nullptr, OtherPrograms::Wait).record(result);
+}
+
+// Nobody shall read half of what is written.
+Descriptor DiagnosticsStore::lockForWriting() const {
+    return m_lock.isOpen() ? Descriptor() : lockFiles();
 }
 
 QList<DiagnosticsStore*> DiagnosticsStore::othersOfThisProcess() const {

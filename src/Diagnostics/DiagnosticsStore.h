@@ -23,7 +23,12 @@ class DiagnosticsStore final : public QObject {
     Q_PROPERTY(QList<SpeedTestResult> results READ results NOTIFY resultsChanged)
 
 public:
-    explicit DiagnosticsStore(QObject* parent = nullptr);
+    // Whether other programs that change the files wait until the store has gone, or only while it
+    // writes.
+    enum class OtherPrograms { MayWrite, Wait };
+
+    explicit DiagnosticsStore(QObject* parent = nullptr,
+                              OtherPrograms others = OtherPrograms::MayWrite);
     ~DiagnosticsStore() override;
 
     const QList<SpeedTestResult>& results() const { return m_results; }      // newest first
@@ -43,10 +48,10 @@ public:
 
     // The paths of both files as the environment names them now.
     static QStringList files();
-    // Keeps other programs that ask for the same from their stores until it is closed; not open
-    // when there is no place for the lock.
+    // Keeps other programs that ask for the same waiting until it is closed; not open when there is
+    // no place for the lock.
     static Descriptor lockFiles();
-    // Records with a store of its own, made under the lock, so that what other programs have
+    // Records with a store of its own for which other programs wait, so that what they have
     // recorded meanwhile stays.
     static void recordAlone(const SpeedTestResult& result);
 
@@ -56,10 +61,12 @@ signals:
     void nicknamesChanged();
 
 private:
+    Descriptor lockForWriting() const;
     QList<DiagnosticsStore*> othersOfThisProcess() const;
     void keepNickname(const QString& name, const QString& driveKey);
     void keepResult(const SpeedTestResult& result);
 
+    const Descriptor m_lock;  // open while other programs wait for this store
     QList<SpeedTestResult> m_results;
     QMap<QString, QString> m_nicknames;
     QString m_resultsPath;

@@ -9,8 +9,11 @@
 #include <QDir>
 #include <QFile>
 #include <QTimeZone>
+#include <atomic>
 #include <cmath>
+#include <future>
 #include <nlohmann/json.hpp>
+#include <thread>
 
 #include "OrdinaryUser.h"
 #include "SmallFileSystem.h"
@@ -298,7 +301,7 @@ TEST_F(DiagnosticsStoreTest, FilesAreWrittenInPlace) {
     store.record(result(2));
     EXPECT_TRUE(QFileInfo(resultsPath).isSymLink());
     EXPECT_EQ(json(elsewhere).size(), 2U);
-    EXPECT_EQ(TestFolder::list(application), QStringList({"speedlog.json"}));
+    EXPECT_EQ(TestFolder::list(application), QStringList({".lock", "speedlog.json"}));
 }
 
 TEST_F(DiagnosticsStoreTest, AShorterDocumentLeavesNothingOfTheLongerOne) {
@@ -338,6 +341,30 @@ TEST_F(DiagnosticsStoreTest, OnlyOneHoldsTheLockAtATime) {
     EXPECT_NE(flock(other.number(), LOCK_EX | LOCK_NB), 0);
     held.close();
     EXPECT_EQ(flock(other.number(), LOCK_EX | LOCK_NB), 0);
+}
+
+TEST_F(DiagnosticsStoreTest, AWindowsRecordWaitsForWhoeverReadsAndWrites) {
+    Descriptor held = DiagnosticsStore::lockFiles();
+    ASSERT_TRUE(held.isOpen());
+    std::promise<void> begun;
+    std::atomic<bool> isFree = false;
+    bool wasFree = false;
+    std::thread window([&] {
+        DiagnosticsStore store;
+        begun.set_value();
+        store.record(result(1));
+        wasFree = isFree;
+    });
+    begun.get_future().wait();
+    // Long enough for a record that does not wait.
+    for (int round = 0; round < 1000; ++round) {
+        EXPECT_FALSE(encodeHistory({result(2)})->isEmpty());
+    }
+    isFree = true;
+    held.close();
+    window.join();
+    EXPECT_TRUE(wasFree);
+    EXPECT_EQ(DiagnosticsStore().results().size(), 1);
 }
 
 TEST_F(DiagnosticsStoreTest, WithoutAPlaceForTheLockThereIsNone) {
