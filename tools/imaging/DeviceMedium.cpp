@@ -38,9 +38,7 @@ Result<std::unique_ptr<Medium>> DeviceMedium::open(const std::string& device,
                            std::to_string(layout.firstSector);
     }
     medium->m_disc = diskSequence(medium->m_file->descriptor());
-    if (medium->m_drive) {
-        medium->m_drive->rememberDisc(medium->m_firstSector);
-    }
+    medium->m_deviceBytes = bytes;
     return medium;
 }
 
@@ -50,7 +48,15 @@ DeviceMedium::DeviceMedium(std::unique_ptr<OpticalDrive> drive, std::unique_ptr<
 int DeviceMedium::read(std::uint64_t offset, std::span<std::byte> buffer) {
     std::size_t got = 0;
     const int error = m_file->read(m_firstSector * m_sectorBytes + offset, buffer, &got);
-    return error == 0 && got < buffer.size() ? EIO : error;
+    if (error == 0 && got < buffer.size()) {
+        return EIO;
+    }
+    if (error == 0 && m_drive && offset == 0 &&
+        buffer.size() >= std::min<std::uint64_t>(DiscMarks::beginningBytes, m_capacity)) {
+        const auto beginning = buffer.first(std::min(buffer.size(), DiscMarks::beginningBytes));
+        m_drive->rememberDisc(DiscMarks::in(beginning, m_deviceBytes), m_firstSector);
+    }
+    return error;
 }
 
 Medium::State DeviceMedium::state() {

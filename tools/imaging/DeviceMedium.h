@@ -33,6 +33,7 @@ private:
     std::optional<std::uint64_t> m_disc;  // the kernel's number of what is in the device
     std::uint32_t m_sectorBytes = Mmc::dataSectorBytes;
     std::uint64_t m_capacity = 0;
+    std::uint64_t m_deviceBytes = 0;
     std::uint64_t m_firstSector = 0;
     std::uint32_t m_runOutSectors = Mmc::runOutSectors;
     std::string m_remark;

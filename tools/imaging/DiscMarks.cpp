@@ -6,15 +6,14 @@
 #include <array>
 #include <string_view>
 
-#include "Mmc.h"
 #include "UncachedFile.h"
 
 namespace {
 
-constexpr std::uint64_t sectorBytes = Mmc::dataSectorBytes;
+constexpr std::size_t sectorBytes = Mmc::dataSectorBytes;
 
 struct Area {
-    std::uint64_t sector;
+    std::size_t sector;
     std::size_t sectors;
 };
 // The volume descriptors with what usually follows them, which has dates to a hundredth of a
@@ -35,24 +34,28 @@ bool hasFileSystem(const std::vector<std::byte>& descriptors) {
 
 }  // namespace
 
+std::optional<DiscMarks> DiscMarks::in(std::span<const std::byte> beginning,
+                                       std::uint64_t deviceBytes) {
+    DiscMarks marks{deviceBytes, {}};
+    for (const Area& area : areas) {
+        const auto from = std::min(area.sector * sectorBytes, beginning.size());
+        const auto content =
+            beginning.subspan(from, std::min(area.sectors * sectorBytes, beginning.size() - from));
+        marks.descriptors.insert(marks.descriptors.end(), content.begin(), content.end());
+    }
+    return hasFileSystem(marks.descriptors) ? std::optional(std::move(marks)) : std::nullopt;
+}
+
 std::optional<DiscMarks> DiscMarks::of(const std::string& device, std::uint64_t firstSector) {
     const auto file = UncachedFile::open(device);
     const off_t end = file ? lseek(file->descriptor(), 0, SEEK_END) : -1;
     if (end <= 0) {
         return std::nullopt;
     }
-    DiscMarks marks{static_cast<std::uint64_t>(end), {}};
-    for (const Area& area : areas) {
-        const std::uint64_t from = (firstSector + area.sector) * sectorBytes;
-        if (from + area.sectors * sectorBytes > marks.bytes) {
-            continue;
-        }
-        std::vector<std::byte> content(area.sectors * sectorBytes);
-        std::size_t got = 0;
-        if (file->read(from, content, &got) != 0 || got < content.size()) {
-            return std::nullopt;
-        }
-        marks.descriptors.insert(marks.descriptors.end(), content.begin(), content.end());
+    std::vector<std::byte> beginning(beginningBytes);
+    std::size_t got = 0;
+    if (file->read(firstSector * sectorBytes, beginning, &got) != 0) {
+        return std::nullopt;
     }
-    return hasFileSystem(marks.descriptors) ? std::optional(std::move(marks)) : std::nullopt;
+    return in(std::span(beginning).first(got), static_cast<std::uint64_t>(end));
 }

@@ -91,9 +91,9 @@ bool OpticalDrive::discIsBlank() const {
     return OpticalCommands::discIsBlank(descriptor());
 }
 
-void OpticalDrive::rememberDisc(std::uint64_t firstSector) {
+void OpticalDrive::rememberDisc(std::optional<DiscMarks> marks, std::uint64_t firstSector) {
     m_firstSector = firstSector;
-    m_marks = DiscMarks::of(m_device, firstSector);
+    m_marks = std::move(marks);
 }
 
 Medium::State OpticalDrive::state() {

@@ -27,7 +27,7 @@ public:
     bool discIsBlank() const;
 
     // Notes what the disc is known by after a reset. firstSector: where its data begins.
-    void rememberDisc(std::uint64_t firstSector);
+    void rememberDisc(std::optional<DiscMarks> marks, std::uint64_t firstSector);
 
     // As Medium::state() and Medium::confirmedState().
     Medium::State state();

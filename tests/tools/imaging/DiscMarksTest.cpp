@@ -54,6 +54,15 @@ TEST_F(DiscMarksTest, ASmallDiscHasThoseThatItHasRoomFor) {
     EXPECT_TRUE(marks(disc(100, "CD001")));
 }
 
+TEST_F(DiscMarksTest, WhatHasBeenReadTellsTheSameAsTheDisc) {
+    for (const std::size_t sectors : {100U, 400U}) {
+        const std::string content = disc(sectors, "CD001");
+        const auto beginning = std::as_bytes(std::span(content))
+                                   .first(std::min(content.size(), DiscMarks::beginningBytes));
+        EXPECT_EQ(DiscMarks::in(beginning, content.size()), marks(content));
+    }
+}
+
 TEST_F(DiscMarksTest, TheDataMayBeginLater) {
     EXPECT_TRUE(marks(disc(400, "CD001", 116), 100));
     EXPECT_FALSE(marks(disc(400, "CD001", 116), 0));
