@@ -119,6 +119,9 @@ int SpeedTestCommand::reportOutcome() {
     if (!json) {
         m_context.complain(m_tester.error().value_or(
             QStringLiteral("The test was too short to measure a speed.")));
+        if (const auto reason = m_tester.reason()) {
+            m_context.complain(*reason);
+        }
     }
     return ExitStatus::failed;
 }

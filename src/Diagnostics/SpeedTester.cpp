@@ -35,6 +35,7 @@ void SpeedTester::reset() {
     publish(this, m_result, std::optional<SpeedTestResult>(), &SpeedTester::resultChanged);
     publish(this, m_error, std::optional<QString>(), &SpeedTester::errorChanged);
     m_cancelled = false;
+    m_isRefused = false;
     m_startTime.reset();
 }
 
@@ -85,6 +86,7 @@ void SpeedTester::toolEnded(const Subject& subject, int status) {
 void SpeedTester::publishOutcome(const Subject& subject, int status) {
     const auto size = status == 0 ? m_tool->imageSize() : std::nullopt;
     if (!size || !m_startTime) {
+        m_isRefused = status == ImagingTool::busyStatus;
         publish(this, m_error, std::optional(tr("Speed test failed (exit code %1).").arg(status)),
                 &SpeedTester::errorChanged);
         return;
@@ -100,6 +102,12 @@ void SpeedTester::publishOutcome(const Subject& subject, int status) {
                 subject.drive.driveKey(), subject.drive.modelString(), rawValue(subject.discKind),
                 subject.discSizeBytes.value_or(*size), *speed, SpeedTestResult::Source::speedTest)),
             &SpeedTester::resultChanged);
+}
+
+std::optional<QString> SpeedTester::reason() const {
+    return m_isRefused ? std::optional(tr("Another program is reading the disc. Try again when it "
+                                          "has finished."))
+                       : std::nullopt;
 }
 
 std::optional<double> SpeedTester::averageSpeed(qint64 bytes, double seconds) {

@@ -33,6 +33,8 @@ public:
     qint64 bytesRead() const { return m_bytesRead; }
     const std::optional<SpeedTestResult>& result() const { return m_result; }
     const std::optional<QString>& error() const { return m_error; }
+    // What to say of the error beside its text, as a sentence; absent when there is no more to say.
+    std::optional<QString> reason() const;
 
     // Reads /dev/<bsdName> to its end. Call only while isRunning() is false.
     void start(const QString& bsdName, const DriveIdentity& drive, DiscKind discKind,
@@ -75,4 +77,5 @@ private:
     std::unique_ptr<ImagingTool> m_tool;
     std::optional<std::chrono::steady_clock::time_point> m_startTime;
     bool m_cancelled = false;
+    bool m_isRefused = false;  // because somebody else reads the disc
 };

@@ -27,6 +27,8 @@ public:
         std::function<void(int status, const QByteArray& errorOutput)> ended;
     };
     enum class ErrorOutput { Collected, Dropped };
+    // The status with which the tool ends because somebody else reads the disc.
+    static constexpr int busyStatus = 75;  // EX_TEMPFAIL
 
     // Images /dev/<bsdName> to <base>.cdr.
     ImagingTool(const QString& bsdName, const QString& base);

@@ -186,6 +186,14 @@ TEST_F(SpeedTesterTest, AToolThatFailsGivesItsStatusAndItsImageGoes) {
     EXPECT_EQ(temporaryFiles(), QStringList());
 }
 
+TEST_F(SpeedTesterTest, OnlyADiscThatSomebodyElseReadsHasAReasonBesideTheError) {
+    run("exit 75");
+    EXPECT_EQ(tester->error(), QStringLiteral("Speed test failed (exit code 75)."));
+    EXPECT_TRUE(tester->reason().has_value());
+    run("exit 1");
+    EXPECT_EQ(tester->reason(), std::nullopt);
+}
+
 TEST_F(SpeedTesterTest, AToolThatIsKilledGivesTheSignalsNumber) {
     run("kill -9 $$");
     EXPECT_EQ(tester->error(), QStringLiteral("Speed test failed (exit code 9)."));

@@ -1,5 +1,6 @@
 #include "ImagingJob.h"
 
+#include <sysexits.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -120,7 +121,8 @@ int ImagingJob::imageDisc() {
     }
     const auto opened = opening.take();
     if (!opened) {
-        return fail(opened.failure().sentence);
+        fail(opened.failure().sentence);
+        return opened.failure().kind == Failure::Kind::Busy ? EX_TEMPFAIL : EXIT_FAILURE;
     }
     const auto& medium = *opened;
 

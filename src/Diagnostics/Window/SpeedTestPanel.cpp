@@ -98,6 +98,7 @@ void SpeedTestPanel::refresh() {
     }
 
     m_error->setText(m_tester.error().value_or(QString()));
+    m_error->textLabel()->setAddition(m_tester.reason().value_or(QString()));
     m_error->setVisible(m_tester.error().has_value());
 }
 

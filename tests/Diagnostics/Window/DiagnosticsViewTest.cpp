@@ -234,6 +234,19 @@ TEST_F(DiagnosticsViewTest, CancelIsReadableInWhateverSchemeTheSheetChangesTo) {
     }
 }
 
+TEST_F(DiagnosticsViewTest, ATestThatAnotherReaderKeepsFromTheDiscSaysSoBesideItsError) {
+    drive(true);
+    StubTools::write(m_folder, QStringLiteral("/usr/bin/hdiutil"), "exit 75");
+    show();
+    find<QPushButton>("runSpeedTest")->click();
+    ASSERT_TRUE(waitUntil([&] { return find<QWidget>("speedTestError")->isVisible(); }));
+    const auto* label = find<QWidget>("speedTestError")->findChild<QLabel*>();
+    EXPECT_EQ(label->text(), QStringLiteral("Speed test failed (exit code 75)."));
+    const auto reason =
+        QStringLiteral("Another program is reading the disc. Try again when it has finished.");
+    EXPECT_EQ(label->accessibleDescription(), reason);
+}
+
 TEST_F(DiagnosticsViewTest, AFailedTestShowsItsErrorUntilTheNextOne) {
     drive(true);
     StubTools::write(m_folder, QStringLiteral("/usr/bin/hdiutil"), "exit 1");

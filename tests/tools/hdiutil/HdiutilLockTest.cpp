@@ -31,7 +31,7 @@ TEST_F(HdiutilLockTest, ADiscThatIsReadIsReadByNobodyElse) {
     auto first = start("first", {"-puppetstrings"});
     ASSERT_TRUE(readUntilItCopies(*first));
     const auto second = create("second");
-    EXPECT_EQ(second.status, 1);
+    EXPECT_EQ(second.status, 75);
     EXPECT_THAT(second.err, MatchesRegex("hdiutil: create failed - /dev/practice0 is busy: "
                                          "hdiutil \\(pid [0-9]+\\) reads it\n"));
     EXPECT_THAT(images(), ElementsAre("first.cdr"));
