@@ -7,9 +7,7 @@ if(SPINDRIFT_CCACHE AND NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
     execute_process(COMMAND ${SPINDRIFT_CCACHE} ${CMAKE_CXX_COMPILER} -c ${probe}.cpp -o ${probe}.o
         RESULT_VARIABLE ccache_result OUTPUT_QUIET ERROR_QUIET)
     if(ccache_result EQUAL 0)
-        # Else it passes over whatever uses precompiled headers.
-        set(CMAKE_CXX_COMPILER_LAUNCHER
-            env CCACHE_SLOPPINESS=pch_defines,time_macros ${SPINDRIFT_CCACHE})
+        set(CMAKE_CXX_COMPILER_LAUNCHER ${SPINDRIFT_CCACHE})
     endif()
 endif()
 
