@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "FaultMeanwhile.h"
 #include "FaultWorld.h"
 
 struct FaultCell {
@@ -55,9 +56,15 @@ inline std::string keeping(const std::string& text) {
     return text + "\nWhat was read is left in “tmp/ID.cdr”; see “spindrift-cli leftovers”.";
 }
 
+inline const std::string unread = "Could not re-read the disc to verify.";
+
 // What is left, or said.
 inline const std::string nothing;
+inline const std::string recorded = "data/.lock data/speedlog.json=1";
 inline const std::string saved = "data/.lock data/speedlog.json=1 same/disc.iso=disc";
+inline const std::string savedThere = "data/.lock data/speedlog.json=1 other/disc.iso=disc";
+inline const std::string wholeKept = "tmp/ID.cdr=disc";
+inline const std::string wholeKeptBesideOld = "other/disc.iso=old tmp/ID.cdr=disc";
 inline const std::string partKept = "tmp/ID.cdr=part";
 inline const std::string emptyKept = "tmp/ID.cdr=empty";
 

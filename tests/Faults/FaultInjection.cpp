@@ -1,6 +1,6 @@
 // Preloaded by the tests: makes a call of the C library in one program fail, lie, pause or kill.
 //
-// FAULT_RULE says "<program> <function> <piece of the path> <which call> <what happens>", such as
+// FAULT_RULE says "<programs> <functions> <piece of the path> <which call> <what happens>", such as
 // "hdiutil write .cdr 2 ENOSPC". "-" stands for any path, "any" for every function, "rename,link"
 // for both, "2+" for the second call and all later ones. FAULT_STATE is the file of the FaultState.
 // What happens:
@@ -92,6 +92,17 @@ const char* nextWord(char** text) {
     return word;
 }
 
+// Whether a list such as "rename,link" has the name.
+bool has(const char* list, const char* name) {
+    const size_t length = strlen(name);
+    const char* found = strstr(list, name);
+    while (found != nullptr && ((found != list && found[-1] != ',') ||
+                                (found[length] != '\0' && found[length] != ','))) {
+        found = strstr(found + 1, name);
+    }
+    return found != nullptr;
+}
+
 FaultState* mappedState() {
     const char* const path = getenv("FAULT_STATE");
     const long file =
@@ -113,7 +124,7 @@ __attribute__((constructor)) void readRule() {
     }
     strcpy(text.data(), given);
     char* rest = text.data();
-    if (strcmp(nextWord(&rest), program_invocation_short_name) != 0) {
+    if (!has(nextWord(&rest), program_invocation_short_name)) {
         return;
     }
     rule.function = nextWord(&rest);
@@ -138,19 +149,8 @@ bool happens(const char* what) {
     return strcmp(rule.what, what) == 0;
 }
 
-// Whether the rule names the function, alone or among others.
-bool isAbout(const char* function) {
-    const size_t length = strlen(function);
-    const char* found = strstr(rule.function, function);
-    while (found != nullptr && ((found != rule.function && found[-1] != ',') ||
-                                (found[length] != '\0' && found[length] != ','))) {
-        found = strstr(found + 1, function);
-    }
-    return found != nullptr || strcmp(rule.function, "any") == 0;
-}
-
 bool isIt(const char* function, const char* path) {
-    if (!rule.isHere || !isAbout(function) ||
+    if (!rule.isHere || (!has(rule.function, function) && !has(rule.function, "any")) ||
         (rule.path[0] != '\0' && (path == nullptr || strstr(path, rule.path) == nullptr))) {
         return false;
     }

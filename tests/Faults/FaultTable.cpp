@@ -44,6 +44,7 @@ TEST_P(FaultTable, EndsAsTheRowSaysAndTheNextRipWorks) {
     if (words.contains(QLatin1String("--force"))) {
         world.writeOld((isOther ? world.other() : world.same()) + QStringLiteral("/disc.iso"));
     }
+    world.writeStores(cell.phase);
     const FaultWorld::Meanwhile meanwhile =
         cell.meanwhile == nullptr ? FaultWorld::Meanwhile()
                                   : [&](CliProgram& program) { cell.meanwhile(world, program); };

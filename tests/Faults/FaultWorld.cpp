@@ -61,6 +61,7 @@ FaultWorld::FaultWorld(qsizetype discBytes)
       m_state(mapState(folder.path(QStringLiteral("state")))) {
     folder.setEnvironment("SPINDRIFT_TOOL_ROOT", SPINDRIFT_TOOL_ROOT_DIR);
     folder.setEnvironment("SPINDRIFT_PRACTICE_DRIVE", QFile::encodeName(drive()));
+    folder.setEnvironment("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
     folder.setEnvironment("FAULT_STATE", QFile::encodeName(folder.path(QStringLiteral("state"))));
     writeDrive();
     putIn(m_disc);
@@ -93,6 +94,35 @@ void FaultWorld::writeOld(const QString& target) const {
     }
 }
 
+void FaultWorld::writeStores(const std::string& store) const {
+    const QString data = QStringLiteral("data/Spindrift/");
+    const QByteArray other = R"({"A|B|C": "Other")";
+    if (store == "History") {
+        folder.write(data + QStringLiteral("speedlog.json"),
+                     R"([{"id": "12345678-ABCD-ABCD-ABCD-123456789ABC", "source": "Rip",
+                          "date": "2025-01-31T18:04:59Z", "driveKey": "A|B|C",
+                          "driveModelString": "A B", "discKind": "CD", "discSizeBytes": 4096,
+                          "averageBytesPerSecond": 1.5}])");
+    } else if (store == "Nickname") {
+        folder.write(data + QStringLiteral("drivenicknames.json"), other + "}");
+    } else if (store == "NicknameRemoval") {
+        folder.write(data + QStringLiteral("drivenicknames.json"),
+                     other + R"(, "MAKER|Drive|1": "Box"})");
+    } else if (store == "Preferences" || store == "NewPreferences") {
+        folder.write(QStringLiteral("config/Spindrift/Spindrift.conf"),
+                     "[General]\nthoroughVerify=true\n");
+    }
+}
+
+QStringList FaultWorld::arguments(const QString& words) const {
+    QStringList all = words.split(QLatin1Char(' '));
+    all.replaceInStrings(QStringLiteral("SAME"), same() + QStringLiteral("/disc.iso"));
+    if (hasOther()) {
+        all.replaceInStrings(QStringLiteral("OTHER"), other() + QStringLiteral("/disc.iso"));
+    }
+    return all;
+}
+
 FaultWorld::Ending FaultWorld::run(const QString& words, const std::string& rule,
                                    const Meanwhile& meanwhile) {
     m_state->calls = 0;
@@ -104,12 +134,7 @@ FaultWorld::Ending FaultWorld::run(const QString& words, const std::string& rule
     }
     folder.setEnvironment("FAULT_RULE", named);
     folder.setEnvironment("LD_PRELOAD", QByteArray(SPINDRIFT_FAULT_LIBRARY));
-    QStringList arguments = words.split(QLatin1Char(' '));
-    arguments.replaceInStrings(QStringLiteral("SAME"), same() + QStringLiteral("/disc.iso"));
-    if (hasOther()) {
-        arguments.replaceInStrings(QStringLiteral("OTHER"), other() + QStringLiteral("/disc.iso"));
-    }
-    CliProgram program(arguments, CliProgram::Group::Own);
+    CliProgram program(arguments(words), CliProgram::Group::Own);
     folder.setEnvironment("LD_PRELOAD", std::nullopt);
     if (meanwhile) {
         EXPECT_TRUE(waitUntil([this] { return m_state->faults > 0; })) << "no call to pause at";
@@ -147,7 +172,9 @@ void FaultWorld::waitForTheLastProcess() const {
     EXPECT_TRUE(ended) << "still there: " << found.toStdString();
     const int lock = ::open(QFile::encodeName(drive() + QStringLiteral("/.lock")).constData(),
                             O_RDONLY | O_CREAT | O_CLOEXEC, 0600);
-    EXPECT_EQ(::flock(lock, LOCK_EX | LOCK_NB), 0) << "the drive is locked";
+    // A process that ends loses its environment before its files.
+    EXPECT_TRUE(waitUntil([lock] { return ::flock(lock, LOCK_EX | LOCK_NB) == 0; }))
+        << "the drive is locked";
     ::close(lock);
 }
 
@@ -158,7 +185,12 @@ std::string FaultWorld::shortened(QByteArray text) const {
     text.replace(QFile::encodeName(folder.path(QString()) + QLatin1Char('/')), "");
     static const QRegularExpression identifier(
         QStringLiteral("spindrift-(.*?)[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}"));
-    return QString::fromUtf8(text).replace(identifier, QStringLiteral("\\1ID")).toStdString();
+    static const QRegularExpression newPreferences(
+        QStringLiteral("Spindrift\\.conf\\.[A-Za-z0-9]{6}$"));
+    return QString::fromUtf8(text)
+        .replace(identifier, QStringLiteral("\\1ID"))
+        .replace(newPreferences, QStringLiteral("Spindrift.conf.NEW"))
+        .toStdString();
 }
 
 std::string FaultWorld::contentOf(const QString& path) const {
@@ -169,7 +201,7 @@ std::string FaultWorld::contentOf(const QString& path) const {
     if (path.endsWith(QLatin1String(".json"))) {
         return "=" + jsonText(content);
     }
-    if (path.endsWith(QLatin1String(".conf"))) {
+    if (path.contains(QLatin1String("Spindrift.conf")) && !content.isEmpty()) {
         return "=" + content.trimmed().replace('\n', ',').toStdString();
     }
     if (content == m_disc) {
@@ -199,6 +231,7 @@ std::string FaultWorld::left() const {
     }
     add(folder.path(QStringLiteral("tmp")), QStringLiteral("tmp"));
     add(folder.path(QStringLiteral("data/Spindrift")), QStringLiteral("data"));
+    add(folder.path(QStringLiteral("data/Trash/files")), QStringLiteral("trash"));
     add(folder.path(QStringLiteral("config/Spindrift")), QStringLiteral("config"));
     files.sort();
     return files.join(QLatin1Char(' ')).toStdString();
@@ -208,6 +241,9 @@ std::string FaultWorld::nextRip(const QString& target) {
     writeDrive();
     putIn(m_disc);
     QDir().mkpath(same());
+    if (hasOther()) {
+        QDir().mkpath(other());
+    }
     const QString temporary = folder.path(QStringLiteral("tmp"));
     QDir().mkpath(temporary);
     const QStringList before = TestFolder::list(temporary);

@@ -38,6 +38,9 @@ public:
     // on another file system. Every process of ours has ended when it returns.
     Ending run(const QString& words, const std::string& rule = {}, const Meanwhile& meanwhile = {});
 
+    // The words as they are given to the program.
+    QStringList arguments(const QString& words) const;
+
     // Every file that there is, such as "same/disc.iso=disc tmp/ID.cdr=part".
     std::string left() const;
 
@@ -51,6 +54,8 @@ public:
     QString drive() const { return folder.path(QStringLiteral("drive")); }
     void writeDrive(const QByteArray& moreKeys = {}) const;
     void putIn(const QByteArray& disc) const;
+    // What "History", "Nickname", "NicknameRemoval", "Preferences" and "NewPreferences" begin with.
+    void writeStores(const std::string& store) const;
     // A file of other content, where the image is to be.
     void writeOld(const QString& target) const;
 
