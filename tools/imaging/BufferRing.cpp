@@ -2,14 +2,15 @@
 
 #include <sys/mman.h>
 
-#include <new>
+#include <cerrno>
+#include <system_error>
 
 BufferRing::BufferRing(std::size_t buffers, std::size_t bufferBytes)
     : m_buffers(buffers), m_bufferBytes(bufferBytes), m_filled(buffers) {
     void* memory = mmap(nullptr, buffers * bufferBytes, PROT_READ | PROT_WRITE,
                         MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED) {
-        throw std::bad_alloc();
+        throw std::system_error(errno, std::generic_category());
     }
     m_memory = static_cast<std::byte*>(memory);
 }

@@ -16,7 +16,7 @@ class BufferRing final {
 public:
     static constexpr std::size_t alignment = 4096;  // bytes; what O_DIRECT needs
 
-    // Throws std::bad_alloc. bufferBytes is a multiple of the alignment.
+    // Throws std::system_error. bufferBytes is a multiple of the alignment.
     BufferRing(std::size_t buffers, std::size_t bufferBytes);
     ~BufferRing();
     BufferRing(const BufferRing&) = delete;

@@ -14,7 +14,7 @@
 
 class ReadAhead final {
 public:
-    // Throws std::bad_alloc or std::system_error.
+    // Throws std::system_error.
     explicit ReadAhead(std::unique_ptr<UncachedFile> file);
     ~ReadAhead();
     ReadAhead(const ReadAhead&) = delete;
