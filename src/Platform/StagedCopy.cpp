@@ -82,7 +82,8 @@ int renameToNewName(const char* from, const char* to) {
     if (link(from, to) != 0) {
         return -1;
     }
-    return unlink(from);
+    unlink(from);  // the file is in its place, whatever becomes of the first name
+    return 0;
 }
 
 // The permissions of a file that this process makes for everybody.
