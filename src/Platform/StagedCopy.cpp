@@ -101,13 +101,15 @@ mode_t usualMode() {
     return (S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH) & ~mask;
 }
 
-// Until then a power cut can take a new name back.
-void syncFolderOf(const QString& path) {
+// Until then a power cut can take a new name back. 0 or the error number. Not every folder can be
+// read, nor every file system told.
+int syncFolderOf(const QString& path) {
     const Descriptor folder(open(QFile::encodeName(QFileInfo(path).path()).constData(),
                                  O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (folder.isOpen()) {
-        fsync(folder.number());
+    if (!folder.isOpen()) {
+        return errno == EACCES ? 0 : errno;
     }
+    return fsync(folder.number()) == 0 || errno == EINVAL ? 0 : errno;
 }
 
 }  // namespace
@@ -179,12 +181,14 @@ void StagedCopy::discard() {
 }
 
 int StagedCopy::commit() {
-    const int error = m_error != 0 ? m_error : moveFile(m_staging, m_destination, m_replacing);
-    if (error == 0) {
-        syncFolderOf(m_destination);
-        FileRemoval::remove(m_source);
-    } else {
+    int error = m_error != 0 ? m_error : moveFile(m_staging, m_destination, m_replacing);
+    if (error != 0) {
         discard();
+        return error;
+    }
+    error = syncFolderOf(m_destination);
+    if (error == 0) {
+        FileRemoval::remove(m_source);
     }
     return error;
 }

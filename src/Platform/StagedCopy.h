@@ -46,7 +46,7 @@ public:
     double fraction() const { return m_fraction; }
 
     // After the callback; main thread. 0, or the error number of what failed; the copy is gone
-    // then. The original goes only when the disk knows the copy by its name.
+    // then, unless only the disk did not confirm its name. The original goes only when it did.
     int commit();
 
 private:
