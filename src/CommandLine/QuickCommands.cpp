@@ -110,7 +110,7 @@ int QuickCommands::nickname(const CommandContext& context) {
     if (!context.invocation.operands.isEmpty()) {
         store.setNickname(context.invocation.operands.constFirst(), *drive);
         // What the store could not write it keeps in memory, where the next program is not.
-        if (DiagnosticsStore().nickname(*drive) != store.nickname(*drive)) {
+        if (DiagnosticsStore().nicknames() != store.nicknames()) {
             context.complain(
                 QStringLiteral("“%1” could not be written.").arg(store.nicknamesPath()));
             return ExitStatus::failed;
