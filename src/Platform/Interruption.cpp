@@ -146,7 +146,8 @@ void Interruption::goBeforeEventsOf(QObject* object) {
 }
 
 bool Interruption::eventFilter(QObject* watched, QEvent* event) {
-    if (happened()) {
+    // What others have posted, not what the object sends itself while it is about to begin.
+    if (event->type() == QEvent::MetaCall && happened()) {
         tell();
     }
     return QObject::eventFilter(watched, event);
