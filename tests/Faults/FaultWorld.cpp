@@ -46,6 +46,9 @@ FaultState* mapState(const QString& path) {
 }
 
 std::string jsonText(const QByteArray& text) {
+    if (text.isEmpty()) {
+        return "empty";
+    }
     const auto json = nlohmann::ordered_json::parse(text.toStdString(), nullptr, false);
     if (json.is_discarded()) {
         return "broken";
