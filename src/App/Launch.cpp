@@ -3,9 +3,12 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <cerrno>
 #include <cstdio>
 
 #include "BackgroundThread.h"
+#include "Descriptor.h"
+#include "ErrorText.h"
 #include "Interruption.h"
 #include "LaunchOptions.h"
 #include "PracticeFolder.h"
@@ -35,6 +38,9 @@ void explainMissingDisplay(QtMsgType type, const QMessageLogContext&, const QStr
         _exit(exitFailed);
     }
 }
+
+// By the display, the event loop and the bus, before anything is done.
+constexpr size_t neededDescriptors = 32;
 
 constexpr int statusOfSignals = 128;  // and the number, as in a shell
 
@@ -67,6 +73,10 @@ int launch(int argc, char** argv) {
         return 0;
     }
 
+    if (!Descriptor::areFree(neededDescriptors)) {
+        print(stderr, QStringLiteral("spindrift: ") + errorText(errno) + QLatin1Char('\n'));
+        return 1;
+    }
     ProcessTree::letToolsWatchThisProcess();
     const QtMessageHandler usual = qInstallMessageHandler(explainMissingDisplay);
     QApplication application(argc, argv);

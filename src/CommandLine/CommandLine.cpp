@@ -4,8 +4,6 @@
 #include <unistd.h>
 
 #include <QCoreApplication>
-#include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -38,14 +36,8 @@ void openClosedDescriptors() {
     }
 }
 
-// Where Qt cannot open what its event loop needs, it aborts the program.
-bool canOpenDescriptors() {
-    std::array<Descriptor, 16> some;
-    return std::ranges::all_of(some, [](Descriptor& descriptor) {
-        descriptor = Descriptor(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0));
-        return descriptor.isOpen();
-    });
-}
+// By the event loop, its signals and the bus, before anything is done.
+constexpr size_t neededDescriptors = 16;
 
 // Qt remarks on a locale that is not UTF-8 and then does the right thing.
 void printMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
@@ -144,7 +136,7 @@ int tellUsageError(const UsageError& error, TextOutput& errors) {
 
 int runCommandLine(int argc, char** argv) {
     openClosedDescriptors();
-    if (!canOpenDescriptors()) {
+    if (!Descriptor::areFree(neededDescriptors)) {
         std::fprintf(stderr, "spindrift-cli: %s\n", std::strerror(errno));
         return ExitStatus::failed;
     }

@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <cstddef>
 #include <utility>
 
 class Descriptor final {
@@ -20,6 +21,10 @@ public:
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
     ~Descriptor() { close(); }
+
+    // Whether this many more can be had now, so that a library that aborts without one is not
+    // begun; errno tells why not.
+    static bool areFree(size_t count);
 
     int number() const { return m_number; }
     bool isOpen() const { return m_number >= 0; }

@@ -67,6 +67,18 @@ TEST(LaunchTest, ADriveThatHangsDoesNotKeepTheWindowFromEnding) {
         "spindrift: The drive has not answered yet and may stay busy for a while.\n"));
 }
 
+TEST(LaunchTest, TooFewFreeDescriptorsAreAnErrorAndNoCrash) {
+    const TestFolder folder;
+    for (const char* count : {"8", "12", "20", "30"}) {
+        QProcess shell;
+        shell.start("/bin/sh", {"-c", "ulimit -n $1; exec \"$0\"", SPINDRIFT_PROGRAM, count});
+        ASSERT_TRUE(shell.waitForFinished(60000));
+        EXPECT_EQ(shell.exitStatus(), QProcess::NormalExit) << count;
+        EXPECT_EQ(shell.exitCode(), 1) << count;
+        EXPECT_EQ(shell.readAllStandardError(), "spindrift: Too many open files\n") << count;
+    }
+}
+
 TEST(LaunchTest, WithoutADisplayItSaysWhatToDo) {
     const TestFolder folder;
     const Outcome result = run({});
