@@ -71,6 +71,13 @@ protected:
     TestFolder folder;
 };
 
+TEST_F(PracticeProgramTest, AFinishedImageHasTheModeOfAnyNewFile) {
+    CliProgram program(rip(image()));
+    EXPECT_EQ(program.exitStatus(), 0);
+    const QString other = folder.write("other", "x");
+    EXPECT_EQ(QFileInfo(target()).permissions(), QFileInfo(other).permissions());
+}
+
 TEST_F(PracticeProgramTest, TheSampleDiscIsCopiedByteForByte) {
     ASSERT_TRUE(QFile::exists(QStringLiteral(SPINDRIFT_SAMPLE_DISC)))
         << "the sample disc is not built";

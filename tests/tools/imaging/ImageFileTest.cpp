@@ -1,5 +1,6 @@
 #include "ImageFile.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -10,6 +11,7 @@
 
 #include "BufferRing.h"
 #include "CachedPages.h"
+#include "DescriptorHolder.h"
 #include "ScratchFolder.h"
 
 using testing::AllOf;
@@ -51,6 +53,30 @@ INSTANTIATE_TEST_SUITE_P(AvoidingTheCacheAndInWindows, ImageFileTest,
                          [](const auto& test) {
                              return test.param == ImageFile::Caching::Avoid ? "Avoid" : "Windows";
                          });
+
+TEST_P(ImageFileTest, NobodyElseMayReadAnImageThatHasNoPlaceYet) {
+    const auto image = create();
+    ASSERT_TRUE(image) << m_failure.sentence;
+    struct stat status {};
+    ASSERT_EQ(stat(m_folder.path("image").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0600U);
+}
+
+TEST_P(ImageFileTest, AnImageIsLockedForAsLongAsItIsWritten) {
+    auto image = create();
+    ASSERT_TRUE(image) << m_failure.sentence;
+    const DescriptorHolder other(open(m_folder.path("image").c_str(), O_RDWR | O_CLOEXEC));
+    const auto isLocked = [&other] {
+        struct flock lock {};
+        lock.l_type = F_WRLCK;
+        lock.l_whence = SEEK_SET;
+        EXPECT_EQ(fcntl(other.get(), F_OFD_GETLK, &lock), 0);
+        return lock.l_type != F_UNLCK;
+    };
+    EXPECT_TRUE(isLocked());
+    image.reset();
+    EXPECT_FALSE(isLocked());
+}
 
 TEST_P(ImageFileTest, WhatIsAppendedIsInTheFileAtEverySize) {
     for (const std::size_t size :
