@@ -38,11 +38,11 @@ if(SPINDRIFT_UNITY AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
 endif()
 target_compile_definitions(spindrift_options INTERFACE _FILE_OFFSET_BITS=64 _GNU_SOURCE)
 
-option(SPINDRIFT_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+set(SPINDRIFT_SANITIZE "" CACHE STRING "Sanitizers to build with: address,undefined or thread")
 if(SPINDRIFT_SANITIZE)
-    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
+    add_compile_options(-fsanitize=${SPINDRIFT_SANITIZE} -fno-sanitize-recover=all
         -fno-omit-frame-pointer)
-    add_link_options(-fsanitize=address,undefined)
+    add_link_options(-fsanitize=${SPINDRIFT_SANITIZE})
 endif()
 
 # Qt's own switches, for targets that use Qt.
