@@ -8,6 +8,7 @@
 #include "ImagingTool.h"
 #include "MainThreadLink.h"
 #include "Published.h"
+#include "Remarks.h"
 #include "RipRoom.h"
 #include "StrictUtf8.h"
 #include "TemporaryImages.h"
@@ -20,22 +21,6 @@ constexpr double oldSpeedShare = 0.7;
 
 double seconds(ISORipper::Clock::duration duration) {
     return std::chrono::duration<double>(duration).count();
-}
-
-// The lines of a tool that has succeeded, without its name in front.
-QStringList remarksIn(const QByteArray& errorOutput) {
-    QStringList remarks;
-    for (QString line : QString::fromUtf8(errorOutput).split(QLatin1Char('\n'))) {
-        line = line.trimmed();
-        const QString tool = QStringLiteral("hdiutil: ");
-        if (line.startsWith(tool)) {
-            line.remove(0, tool.size());
-        }
-        if (!line.isEmpty()) {
-            remarks.append(line);
-        }
-    }
-    return remarks;
 }
 
 }  // namespace

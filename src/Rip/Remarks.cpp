@@ -1,0 +1,16 @@
+#include "Remarks.h"
+
+QStringList remarksIn(const QByteArray& errorOutput) {
+    QStringList remarks;
+    for (QString line : QString::fromUtf8(errorOutput).split(QLatin1Char('\n'))) {
+        line = line.trimmed();
+        const QString tool = QStringLiteral("hdiutil: ");
+        if (line.startsWith(tool)) {
+            line.remove(0, tool.size());
+        }
+        if (!line.isEmpty()) {
+            remarks.append(line);
+        }
+    }
+    return remarks;
+}
