@@ -45,6 +45,11 @@ if(SPINDRIFT_SANITIZE)
     add_link_options(-fsanitize=${SPINDRIFT_SANITIZE})
 endif()
 
+option(SPINDRIFT_FUZZ "Build the fuzz targets, with clang" OFF)
+if(SPINDRIFT_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 # Qt's own switches, for targets that use Qt.
 add_library(spindrift_qt_options INTERFACE)
 target_link_libraries(spindrift_qt_options INTERFACE spindrift_options)
