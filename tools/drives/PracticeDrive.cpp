@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "DiscType.h"
+#include "Utf8.h"
 
 namespace {
 
@@ -275,7 +276,7 @@ Result<PracticeDrive> PracticeDrive::read(const std::string& folder) {
         readSettings(drive, disc);
         drive.disc = readDisc(drive, disc);
     } catch (const Wrong& wrong) {
-        return Failure{Failure::Kind::System, wrong.what()};
+        return Failure{Failure::Kind::System, Utf8::oneLine(wrong.what())};
     }
     return drive;
 }

@@ -71,6 +71,6 @@ struct PracticeDrive {
     static std::optional<std::string> chosenFolder();
 
     // Reads the folder as it is now. Fails when the folder, its drive.json or its disc.iso is not
-    // what it should be; the sentence has no newline.
+    // what it should be; the sentence is one line of UTF-8, whatever they hold.
     static Result<PracticeDrive> read(const std::string& folder);
 };

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "ScratchFolder.h"
+#include "Utf8.h"
 
 using testing::HasSubstr;
 using testing::Not;
@@ -245,6 +246,14 @@ TEST(PracticeDriveFolderTest, AnEmptyOrMissingVariableMeansRealDrives) {
     setenv(PracticeDrive::environmentVariable, "/some/folder", 1);
     EXPECT_EQ(PracticeDrive::chosenFolder(), "/some/folder");
     unsetenv(PracticeDrive::environmentVariable);
+}
+
+TEST_F(PracticeDriveTest, AFailureIsOneLineOfTextWhateverTheFileHolds) {
+    for (const char* json : {R"({"a\nb\u001b": 1, "a\nb\u001b": 2})", "{\"vendor\": \"\xff\n"}) {
+        EXPECT_FALSE(readWith(json));
+        EXPECT_EQ(m_error, Utf8::oneLine(m_error));
+        EXPECT_THAT(m_error, HasSubstr("drive.json"));
+    }
 }
 
 }  // namespace
