@@ -17,6 +17,7 @@
 
 #include "JsonReader.h"
 #include "Published.h"
+#include "StrictUtf8.h"
 #include "UserFolders.h"
 #include "WriteAll.h"
 
@@ -77,14 +78,14 @@ private:
     bool start_array(std::size_t) override { return false; }
     bool end_array() override { return false; }
     bool key(string_t& name) override {
-        m_key = QString::fromStdString(name);
+        m_key = wholeText(name);
         return true;
     }
     bool scalar(nlohmann::json value) override {
         if (!m_isInside || !value.is_string()) {
             return false;
         }
-        m_nicknames.insert(m_key, QString::fromStdString(value.get_ref<const std::string&>()));
+        m_nicknames.insert(m_key, wholeText(value.get_ref<const std::string&>()));
         return true;
     }
 

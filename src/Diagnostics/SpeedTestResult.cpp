@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "JsonReader.h"
+#include "StrictUtf8.h"
 
 namespace {
 
@@ -30,8 +31,7 @@ std::optional<QString> stringIn(const nlohmann::json& json, const char* key) {
     if (entry == json.end() || !entry->is_string()) {
         return std::nullopt;
     }
-    const auto& text = entry->get_ref<const std::string&>();
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    return wholeText(entry->get_ref<const std::string&>());
 }
 
 bool isDigit(QChar character) {

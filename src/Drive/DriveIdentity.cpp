@@ -3,6 +3,8 @@
 #include <QStringList>
 #include <nlohmann/json.hpp>
 
+#include "StrictUtf8.h"
+
 namespace {
 
 std::optional<QString> text(const nlohmann::ordered_json& json, const char* key) {
@@ -10,7 +12,7 @@ std::optional<QString> text(const nlohmann::ordered_json& json, const char* key)
     if (found == json.end() || !found->is_string()) {
         return std::nullopt;
     }
-    return QString::fromStdString(found->get<std::string>());
+    return wholeText(found->get_ref<const std::string&>());
 }
 
 }  // namespace

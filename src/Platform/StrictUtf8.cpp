@@ -11,3 +11,9 @@ std::optional<QString> strictUtf8(const QByteArray& bytes) {
     }
     return text;
 }
+
+QString wholeText(const std::string& utf8) {
+    using Flag = QStringDecoder::Flag;
+    QStringDecoder decoder(QStringDecoder::Utf8, Flag::Stateless | Flag::ConvertInitialBom);
+    return decoder(QByteArrayView(utf8));
+}

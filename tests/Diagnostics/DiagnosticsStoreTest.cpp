@@ -149,9 +149,10 @@ TEST_F(DiagnosticsStoreTest, TheFileIsRewrittenEvenWhenNothingChanged) {
 TEST_F(DiagnosticsStoreTest, OddNicknamesComeBack) {
     for (const char16_t* odd :
          {u"\u00e4\u65e5\U0001F4BF", u"\"quoted\" \\ /", u"a\tb\nc", u"\u2028", u"<b>&"}) {
-        const QString name = QString::fromUtf16(odd);
-        DiagnosticsStore().setNickname(name, drive);
-        EXPECT_EQ(DiagnosticsStore().nickname(drive), name);
+        const QString name = QChar(QChar::ByteOrderMark) + QString::fromUtf16(odd);
+        const DriveIdentity maker{name, name, name};
+        DiagnosticsStore().setNickname(name, maker);
+        EXPECT_EQ(DiagnosticsStore().nickname(maker), name);
     }
 }
 

@@ -65,8 +65,9 @@ TEST(DriveIdentityTest, JsonHasTheThreeKeysInOrder) {
 }
 
 TEST(DriveIdentityTest, JsonGivesTheIdentityBack) {
-    for (const DriveIdentity& each :
-         {pioneer, identity("", "", ""), identity("\u00e9e\u0301\U0001F4BF", "\"\\\n\t", "|")}) {
+    const DriveIdentity marked{QChar(QChar::ByteOrderMark) + pioneer.vendor, QString(), QString()};
+    for (const DriveIdentity& each : {pioneer, marked, identity("", "", ""),
+                                      identity("\u00e9e\u0301\U0001F4BF", "\"\\\n\t", "|")}) {
         EXPECT_EQ(DriveIdentity::fromJson(each.toJson()), each);
         EXPECT_EQ(DriveIdentity::fromJson(Json::parse(each.toJson().dump())), each);
     }

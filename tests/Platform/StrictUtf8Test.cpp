@@ -57,4 +57,10 @@ TEST(StrictUtf8Test, OneCallLeavesNothingBehindForTheNext) {
     EXPECT_EQ(strictUtf8("\xE2\x82\xAC"), u"€");
 }
 
+TEST(StrictUtf8Test, AWholeTextKeepsItsMarkAndItsNullCharacters) {
+    const std::string text("\xef\xbb\xbf\0a\xc3\xa4", 7);
+    EXPECT_EQ(wholeText(text).toUtf8().toStdString(), text);
+    EXPECT_EQ(wholeText(text).size(), 4);
+}
+
 }  // namespace
