@@ -1,3 +1,4 @@
+#include <QFileInfo>
 #include <nlohmann/json.hpp>
 
 #include "ByteCount.h"
@@ -31,6 +32,10 @@ void tell(const Leftover& leftover, const CommandContext& context) {
 
 int QuickCommands::leftovers(const CommandContext& context) {
     const QString folder = context.invocation.operands.value(0, UserFolders::temporary());
+    if (!QFileInfo(folder).isDir()) {
+        context.complain(QStringLiteral("The folder “%1” does not exist.").arg(folder));
+        return ExitStatus::failed;
+    }
     const QList<Leftover> all = Leftovers::in(folder);
     for (const Leftover& leftover : all) {
         tell(leftover, context);

@@ -103,6 +103,15 @@ TEST_F(LeftImagesProgramTest, AnotherFolderCanBeAskedFor) {
     EXPECT_FALSE(QFile::exists(path));
 }
 
+TEST_F(LeftImagesProgramTest, AFolderThatDoesNotExistIsAFailure) {
+    const QString none = folder.path(QStringLiteral("none"));
+    CliProgram program({"leftovers", none});
+    EXPECT_EQ(program.exitStatus(), 1);
+    EXPECT_EQ(program.output(), "");
+    EXPECT_EQ(program.errors(),
+              "spindrift-cli: The folder “" + none.toUtf8() + "” does not exist.\n");
+}
+
 TEST_F(LeftImagesProgramTest, WithoutAReaderNothingIsRemoved) {
     const QString path = leave("00000001");
     QProcess program;
